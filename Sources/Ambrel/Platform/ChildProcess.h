@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Ambrel/Path.h"
+#include "Ambrel/Platform/OwnedFd.h"
+#include "Ambrel/Platform/ProcessEnvironment.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+namespace ambrel {
+
+/// A program that could not be started. The description ends in the system's reason.
+struct ChildProcessError : std::runtime_error {
+    enum class Fault { executable, workingDirectory, arguments };
+
+    ChildProcessError(Fault fault, const Path& path, const std::string& reason);
+
+    std::string description() const { return what(); }
+
+    Fault fault; ///< what is to blame, as far as can be told afterwards
+    Path path;   ///< the executable or the working directory
+};
+
+/// A program run as a child. It gets the three standard streams and no other descriptor, default
+/// signal dispositions and an empty signal mask; only a SIGHUP that this process ignores stays
+/// ignored.
+class ChildProcess {
+public:
+    struct Setup {
+        Path executable; ///< a file path, never looked up in PATH; relative: to this process's
+                         ///< folder
+        std::vector<std::string> arguments;       ///< without a program name in front
+        std::optional<Environment> environment{}; ///< the whole environment; absent: inherited
+        std::optional<Path> currentDirectory{};   ///< absent: inherited
+        std::shared_ptr<const OwnedFd> standardOutput{}; ///< null: inherited
+        std::shared_ptr<const OwnedFd> standardError{};  ///< null: inherited
+    };
+    /// Called once with the termination status, on a thread of its own.
+    using TerminationHandler = std::function<void(int status)>;
+
+    explicit ChildProcess(Setup setup);
+    ChildProcess(ChildProcess&&) noexcept;
+    ChildProcess& operator=(ChildProcess&&) noexcept;
+    /// Does not end a running child. One that nobody waited for stays a zombie until this process
+    /// ends; a termination handler is still called.
+    ~ChildProcess();
+
+    const Setup& setup() const { return setup_; }
+
+    /// To be set before launch().
+    void setTerminationHandler(TerminationHandler handler);
+
+    /// Starts the program; its argv[0] is the executable's path. Returns once it runs; throws
+    /// ChildProcessError when it cannot be started, and no process is left then.
+    void launch();
+
+    /// Blocks until the program has ended.
+    void waitUntilExit();
+    /// The exit status, or the signal's number for a program that a signal ended. 1 where the
+    /// status was lost because this process ignores SIGCHLD. Only after the program has ended.
+    int terminationStatus() const;
+    bool isRunning() const;
+    /// Asks the program to end (SIGTERM). Does nothing when it has ended.
+    void terminate() const noexcept;
+    /// Sends a signal; never reaches another process that got the same id later.
+    void sendSignal(int signal) const noexcept;
+    int processIdentifier() const;
+
+private:
+    struct State;
+
+    void watch();
+
+    Setup setup_;
+    TerminationHandler handler_;
+    std::shared_ptr<State> state_;
+};
+
+} // namespace ambrel

@@ -1,0 +1,38 @@
+#include "Ambrel/Platform/Posix/Folder.h"
+
+#include "Ambrel/Platform/FileError.h"
+#include "Ambrel/Platform/Posix/Retry.h"
+
+#include <fcntl.h>
+#include <string_view>
+
+namespace ambrel {
+
+Folder::Folder(OwnedFd fd, Path path) : path_(std::move(path)), stream_(::fdopendir(fd.get())) {
+    if (!stream_) throwFileError("list", path_);
+    fd.release();
+}
+
+Folder Folder::openAt(int parent, const std::string& name, const Path& path,
+                      const std::string& action) {
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    OwnedFd fd(retryInterrupted([&] { return ::openat(parent, name.c_str(), flags); }));
+    if (!fd) throwFileError(action, path);
+    return {std::move(fd), path};
+}
+
+std::vector<std::string> Folder::names(const std::string& action) const {
+    std::vector<std::string> result;
+    ::rewinddir(stream_.get());
+    while (true) {
+        errno = 0; // the only way to tell the end from a failure
+        const auto* entry = ::readdir(stream_.get());
+        if (entry == nullptr) break;
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") result.emplace_back(name);
+    }
+    if (errno != 0) throwFileError(action, path_);
+    return result;
+}
+
+} // namespace ambrel

@@ -1,0 +1,84 @@
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/OwnedFd.h"
+#include "Ambrel/Platform/Posix/CopyTree.h"
+#include "Ambrel/Platform/Posix/ExclusiveRename.h"
+#include "Ambrel/Platform/Posix/PathBytes.h"
+#include "Ambrel/Platform/Posix/Retry.h"
+
+#include <fcntl.h>
+#include <random>
+#include <unistd.h>
+
+namespace ambrel::fileSystem {
+
+namespace {
+
+/// A name beside `path` that nobody else uses.
+Path temporaryBeside(const Path& path) {
+    std::random_device random;
+    const Path folder(paths::deletingLastComponent(path));
+    const auto number = (static_cast<std::uint64_t>(random()) << 32) | random();
+    return paths::join(folder, std::string(".korvane-move-").append(std::to_string(number)));
+}
+
+/// After a failure what was made is in the way; that it cannot be removed is no further harm.
+void removeRemains(const Path& path) noexcept {
+    try {
+        removeTree(path);
+    } catch (const FileError&) {
+    }
+}
+
+void saveFolderOf(const Path& path) {
+    Path folder(paths::deletingLastComponent(path));
+    if (folder.empty()) folder = ".";
+    const auto fd = OwnedFd::open("save", folder, O_RDONLY | O_DIRECTORY);
+    if (retryInterrupted([&] { return ::fsync(fd.get()); }) != 0) throwFileError("save", folder);
+}
+
+/// Puts a complete copy of `source` at `destination`, or leaves nothing there.
+CopiedItem copyIntoPlace(const Path& source, const Path& destination) {
+    const auto temporary = temporaryBeside(destination);
+    try {
+        auto copied = copyTree(source, temporary);
+        const int error = renameExclusively(temporary.c_str(), destination.c_str());
+        if (error != 0) throw FileError("move", source, error);
+        return copied;
+    } catch (...) {
+        removeRemains(temporary);
+        throw;
+    }
+}
+
+void moveAcrossFileSystems(const Path& source, const Path& destination) {
+    const auto copied = copyIntoPlace(source, destination);
+    try {
+        saveFolderOf(destination);
+    } catch (const FileError&) {
+        removeRemains(destination);
+        throw;
+    }
+    bool complete = false;
+    const auto removed = removeCopied(source, copied, complete);
+    if (complete) return;
+    // The source is still whole, so the copy is one too many.
+    if (removed == 0) removeRemains(destination);
+    throw FileError("remove all of", source, EBUSY);
+}
+
+} // namespace
+
+void move(const Path& source, const Path& destination) {
+    const Path from(paths::withoutTrailingSlashes(source));
+    const Path to(paths::withoutTrailingSlashes(destination));
+    const int error = renameExclusively(pathBytes("move", from), pathBytes("move", to));
+    if (error == EXDEV) return moveAcrossFileSystems(from, to);
+    if (error != 0) throw FileError("move", source, error);
+}
+
+void exchange(const Path& left, const Path& right) {
+    const int error = exchangeNames(pathBytes("exchange", left), pathBytes("exchange", right));
+    if (error != 0) throw FileError("exchange", left, error);
+}
+
+} // namespace ambrel::fileSystem

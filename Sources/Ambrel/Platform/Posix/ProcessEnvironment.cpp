@@ -1,0 +1,19 @@
+#include "Ambrel/Platform/ProcessEnvironment.h"
+
+#include <string_view>
+#include <unistd.h>
+
+namespace ambrel {
+
+Environment processEnvironment() {
+    Environment environment;
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+        const std::string_view text = *entry;
+        const auto equals = text.find('=');
+        if (equals == std::string_view::npos) continue;
+        environment.emplace(text.substr(0, equals), text.substr(equals + 1));
+    }
+    return environment;
+}
+
+} // namespace ambrel

@@ -1,0 +1,30 @@
+#include "Ambrel/Support/BundleScan.h"
+
+#include "Ambrel/Platform/FileSystem.h"
+
+namespace ambrel {
+
+namespace {
+
+/// A folder that is missing or closed to this user holds nothing that could be shown.
+std::vector<std::string> namesIn(const Path& folder) {
+    try {
+        return fileSystem::list(folder);
+    } catch (const FileError&) {
+        return {};
+    }
+}
+
+} // namespace
+
+std::vector<Path> bundlesIn(const std::vector<Path>& folders) {
+    std::vector<Path> bundles;
+    for (const auto& folder : folders) {
+        for (const auto& name : namesIn(folder)) {
+            if (paths::extension(name) == "app") bundles.push_back(paths::join(folder, name));
+        }
+    }
+    return bundles;
+}
+
+} // namespace ambrel

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// UTF-8 in plain C++ (RFC 3629: no surrogates, no overlong forms, nothing above U+10FFFF).
+namespace ambrel::utf8 {
+
+bool isValid(std::string_view text);
+
+/// `text` with every ill-formed sequence replaced by U+FFFD.
+std::string replacingInvalid(std::string_view text);
+
+void append(std::string& text, char32_t character);
+
+/// Takes the next character off the front of `text`, which must not be empty. Absent, with one
+/// byte taken off, where the text is ill-formed.
+std::optional<char32_t> takeFirst(std::string_view& text);
+
+/// `text` for a message of one line: ill-formed sequences replaced, control and line-breaking
+/// characters escaped as \n, \t or \u{HEX}, and bidirectional formatting characters too, so that a
+/// name cannot fake a line.
+std::string oneLine(std::string_view text);
+
+} // namespace ambrel::utf8

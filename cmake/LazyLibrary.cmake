@@ -1,0 +1,38 @@
+# add_lazy_library(TARGET NAME Name LIBRARY path INCLUDE_DIRECTORIES dir... FUNCTIONS function...)
+#
+# Lets TARGET call FUNCTIONS of a shared library without being linked to it. Generates
+#   LazyName.h    to be included before the library's own headers: it renames each function, so
+#                 that their declarations, signatures included, come from the real headers;
+#   LazyName.S    the functions under those names, each a jump through a table;
+#   LazyName.cpp  loadName(), which fills the table when it is called for the first time.
+# Calling a function before loadName() ends the program.
+function(add_lazy_library target)
+    cmake_parse_arguments(PARSE_ARGV 1 lazy "" "NAME;LIBRARY" "INCLUDE_DIRECTORIES;FUNCTIONS")
+
+    execute_process(COMMAND "${CMAKE_READELF}" -d "${lazy_LIBRARY}"
+        OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT dynamic MATCHES "SONAME\\)[^[]*\\[([^]]+)\\]")
+        message(FATAL_ERROR "${lazy_LIBRARY} has no soname.")
+    endif()
+    set(soname "${CMAKE_MATCH_1}")
+
+    set(renames "")
+    set(stubs "")
+    set(names "")
+    set(index 0)
+    foreach(function IN LISTS lazy_FUNCTIONS)
+        string(APPEND renames "#define ${function} ambrel_lazy_${function}\n")
+        string(APPEND stubs "STUB ambrel_lazy_${function}, ${index}\n")
+        string(APPEND names "    \"${function}\",\n")
+        math(EXPR index "${index} + 1")
+    endforeach()
+
+    set(folder "${CMAKE_CURRENT_BINARY_DIR}/LazyLibraries")
+    set(lazy_TABLE "ambrel_lazy_table_${lazy_NAME}")
+    foreach(kind h S cpp)
+        configure_file("${CMAKE_CURRENT_FUNCTION_LIST_DIR}/LazyLibrary.${kind}.in"
+            "${folder}/Lazy${lazy_NAME}.${kind}" @ONLY)
+    endforeach()
+    target_sources(${target} PRIVATE "${folder}/Lazy${lazy_NAME}.S" "${folder}/Lazy${lazy_NAME}.cpp")
+    target_include_directories(${target} PRIVATE "${folder}" ${lazy_INCLUDE_DIRECTORIES})
+endfunction()
