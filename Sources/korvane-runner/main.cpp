@@ -1,0 +1,50 @@
+#include "Ambrel/BundleLayout.h"
+#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/MainBundle.h"
+#include "Ambrel/Platform/SignalRelay.h"
+
+#include <cstdio>
+
+namespace {
+
+using namespace ambrel;
+
+constexpr int failureStatus = 1;
+
+/// One line on standard error, in one write, so that lines of several runners do not mix.
+int fail(const std::string& message) {
+    const auto line = "runner: " + message + "\n";
+    std::fwrite(line.data(), 1, line.size(), stderr); // standard error has no buffer
+    return failureStatus;
+}
+
+/// Starts what `config` stands for and stays as long as that runs.
+int launchAndWait(const InstanceConfig& config, const SignalRelay& signals) {
+    try {
+        auto process = InstanceLauncher::launch(config);
+        return signals.waitUntilExit(process);
+    } catch (const std::exception& error) {
+        return fail(std::string("failed to launch instance — ") + error.what());
+    }
+}
+
+int run(const SignalRelay& signals) {
+    const auto executable = MainBundle::current().executableURL;
+    if (!executable) return fail("no executable URL");
+    InstanceConfig config;
+    try {
+        config = InstanceConfig::decode(
+            fileSystem::read(BundleLayout::instanceJsonForExecutable(*executable)));
+    } catch (const std::exception& error) {
+        return fail(std::string("unreadable instance.json — ") + error.what());
+    }
+    return launchAndWait(config, signals);
+}
+
+} // namespace
+
+int main() {
+    const SignalRelay signals; // first: a signal that comes early is passed on, not lost
+    return run(signals);
+}
