@@ -1,0 +1,150 @@
+#include "korvane/AppVerbs.h"
+
+#include "Ambrel/AppCatalog.h"
+#include "Ambrel/Platform/Text.h"
+#include "Ambrel/WrapperFactory.h"
+#include "korvane/Applications.h"
+#include "korvane/JsonOutput.h"
+#include "korvane/ListVerbs.h"
+#include "korvane/Messages.h"
+#include "korvane/Options.h"
+#include "korvane/Table.h"
+
+#include <ostream>
+
+namespace korvane {
+
+using ambrel::AppBundle;
+using ambrel::AppCatalog;
+using ambrel::WrapperFactory;
+
+namespace {
+
+std::vector<AppCatalog::InstalledApp> scan(const std::vector<std::string>& folders,
+                                           const Surroundings& surroundings) {
+    if (!surroundings.messagesAreTerminal) return AppCatalog::scan(searchFolders(folders));
+    const auto apps = AppCatalog::scan(searchFolders(folders), [&](std::size_t found) {
+        surroundings.messages << "\rLooking for applications: " << found << std::flush;
+    });
+    // Back to the start of the line, and clear it.
+    surroundings.messages << "\r\033[K" << std::flush;
+    return apps;
+}
+
+int apps(const std::vector<std::string>& folders, bool asJson, const Surroundings& surroundings) {
+    const auto found = scan(folders, surroundings);
+    if (asJson) {
+        auto array = nlohmann::json::array();
+        for (const auto& app : found) array.push_back(json::app(app));
+        json::write(array, surroundings.results);
+        return 0;
+    }
+    if (found.empty()) {
+        say(surroundings, "No applications found.");
+        say(surroundings, "Make one of an installed program with: korvane adopt PROGRAM");
+        return 0;
+    }
+    Table table;
+    table.add({"NAME", "IDENTIFIER", "BUNDLE"});
+    for (const auto& app : found) table.add({app.name, app.bundleId, app.url});
+    table.write(surroundings.results);
+    return 0;
+}
+
+struct Inspection {
+    AppBundle app;
+    WrapperFactory::EngineFinding engine;
+    std::vector<std::string> arguments;
+};
+
+void writeJson(const Inspection& found, const Surroundings& surroundings) {
+    nlohmann::json object{
+        {"url", json::text(found.app.url)},
+        {"bundleId", json::text(found.app.bundleId)},
+        {"executableName", json::text(found.app.executableName)},
+        {"executableURL", json::text(found.app.executableURL())},
+        {"sandboxed", found.app.sandboxed},
+        {"prohibitsMultipleInstances", found.app.prohibitsMultipleInstances},
+        {"engine", rawValue(found.engine.engine)},
+        {"arguments", found.arguments},
+    };
+    if (!found.engine.proof.empty()) object["engineProof"] = json::text(found.engine.proof);
+    json::write(object, surroundings.results);
+}
+
+void writeTable(const Inspection& found, const Surroundings& surroundings) {
+    const auto yesOrNo = [](bool value) { return value ? "yes" : "no"; };
+    Table table;
+    table.add({"bundle", found.app.url});
+    table.add({"identifier", found.app.bundleId});
+    table.add({"executable", found.app.executableURL()});
+    table.add({"sandboxed", yesOrNo(found.app.sandboxed)});
+    table.add({"one copy only", yesOrNo(found.app.prohibitsMultipleInstances)});
+    table.add({"engine", std::string(rawValue(found.engine.engine))});
+    if (!found.engine.proof.empty()) table.add({"shown by", found.engine.proof});
+    for (const auto& argument : found.arguments) table.add({"argument", argument});
+    table.write(surroundings.results);
+}
+
+/// The identifier is compared in small letters; as a proof it is shown as the bundle has it.
+std::string shownProof(const WrapperFactory::EngineFinding& engine, const AppBundle& app) {
+    return engine.proof == ambrel::text::lowercased(app.bundleId) ? app.bundleId : engine.proof;
+}
+
+int inspect(const std::string& name, bool asJson, const Surroundings& surroundings) {
+    const auto app = requireApplication(name, surroundings);
+    auto engine = WrapperFactory::findEngine(app.url, app.bundleId);
+    engine.proof = shownProof(engine, app);
+    const Inspection found{app, engine, WrapperFactory::autoDataDirArgs(app.url, app.bundleId)};
+    if (asJson) {
+        writeJson(found, surroundings);
+    } else {
+        writeTable(found, surroundings);
+    }
+    return 0;
+}
+
+} // namespace
+
+Verb appsVerb() {
+    return {"apps",
+            "List the applications that instances can be made of.",
+            {"korvane apps", "korvane apps --in ~/Applications --json"},
+            [](CLI::App& app, const Surroundings& surroundings) -> Action {
+                struct Given {
+                    std::vector<std::string> folders;
+                    bool asJson = false;
+                };
+                const auto given = std::make_shared<Given>();
+                options::texts(app, "--in", given->folders,
+                               "Look in this folder instead of the usual ones")
+                    ->type_name("DIR");
+                options::flag(app, "--json", given->asJson, "Write JSON");
+                return [given, &surroundings](const auto&) {
+                    return apps(given->folders, given->asJson, surroundings);
+                };
+            }};
+}
+
+Verb inspectVerb() {
+    return {"inspect",
+            "Show what is known of an application.",
+            {"korvane inspect Chromium", "korvane inspect /Applications/Mail.app --json"},
+            [](CLI::App& app, const Surroundings& surroundings) -> Action {
+                struct Given {
+                    std::string name;
+                    bool asJson = false;
+                };
+                const auto given = std::make_shared<Given>();
+                options::text(app, "APP", given->name,
+                              "The bundle's path, or a name or identifier that \"korvane apps\" "
+                              "lists")
+                    ->required();
+                options::flag(app, "--json", given->asJson, "Write JSON");
+                return [given, &surroundings](const auto&) {
+                    return inspect(given->name, given->asJson, surroundings);
+                };
+            }};
+}
+
+} // namespace korvane

@@ -1,0 +1,66 @@
+#include "korvane/DataSafety.h"
+
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/UserPaths.h"
+#include "Ambrel/Support/Utf8.h"
+#include "korvane/FolderRelation.h"
+#include "korvane/Instances.h"
+#include "korvane/ManagerError.h"
+#include "korvane/Messages.h"
+
+#include <array>
+
+namespace korvane {
+
+using ambrel::InstanceRecord;
+using ambrel::Path;
+
+namespace {
+
+constexpr std::array<std::string_view, 5> ownFolders{"Downloads", "Documents", "Desktop", "Library",
+                                                     "Applications"};
+
+void requireApartFromUser(const Path& home) {
+    const auto user = ambrel::userHome();
+    std::vector<Path> places{user};
+    for (const auto folder : ownFolders) places.push_back(ambrel::paths::join(user, folder));
+    for (const auto& place : places) {
+        if (!folders::isOrLiesIn(place, home)) continue;
+        throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(home) +
+                      " is or contains your own folder " + ambrel::utf8::oneLine(place) + ".");
+    }
+}
+
+void requireApartFrom(const InstanceRecord& other, const Path& home) {
+    const auto theirs = usableHome(other.config);
+    if (!theirs) return;
+    if (!folders::isOrLiesIn(*theirs, home) && !folders::isOrLiesIn(home, *theirs)) return;
+    throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(home) +
+                  " shares files with the home of the instance " +
+                  inQuotes(other.config.displayName) + ", " + ambrel::utf8::oneLine(*theirs) + ".");
+}
+
+} // namespace
+
+void requireDeletableData(const InstanceRecord& record,
+                          const std::vector<InstanceRecord>& instances) {
+    if (record.config.instanceHome.empty()) return;
+    const auto home = usableHome(record.config);
+    if (!home) {
+        throw Refusal("The data is not deleted: its home " + inQuotes(record.config.instanceHome) +
+                      " is not an absolute path.");
+    }
+    if (ambrel::fileSystem::kindOf(Path(ambrel::paths::withoutTrailingSlashes(record.bundleURL))) ==
+        ambrel::fileSystem::ItemKind::symbolicLink) {
+        throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(record.bundleURL) +
+                      " is only a link to the instance.");
+    }
+    requireApartFromUser(*home);
+    for (const auto& other : instances) {
+        const bool isSelf = other.bundleURL == record.bundleURL ||
+                            ambrel::fileSystem::isSameItem(other.bundleURL, record.bundleURL);
+        if (!isSelf) requireApartFrom(other, *home);
+    }
+}
+
+} // namespace korvane

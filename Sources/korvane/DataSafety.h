@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Ambrel/InstanceRegistry.h"
+
+#include <vector>
+
+namespace korvane {
+
+/// Throws Refusal unless the data of `record` can be deleted without taking anything else along:
+/// its home is not, does not contain and does not lead to the user's own home or one of the
+/// folders in it that hold the user's own files, and shares no place with the home of another of
+/// `instances`.
+void requireDeletableData(const ambrel::InstanceRecord& record,
+                          const std::vector<ambrel::InstanceRecord>& instances);
+
+} // namespace korvane

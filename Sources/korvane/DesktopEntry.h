@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Ambrel/Path.h"
+
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvane {
+
+/// A file by the Desktop Entry Specification that cannot be used, with the reason.
+struct DesktopEntryError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// How a desktop entry starts its program.
+struct ProgramCall {
+    std::string program; ///< a path, or a name to look up in PATH
+    /// The entry's own arguments before and behind the place of files that are to be opened.
+    std::vector<std::string> before;
+    std::vector<std::string> behind;
+
+    bool hasArguments() const { return !before.empty() || !behind.empty(); }
+};
+
+/// The group [Desktop Entry] of an entry. Keys of other groups, and those for a language, are left
+/// out.
+class DesktopEntry {
+public:
+    /// Throws DesktopEntryError when `text` is no desktop entry.
+    static DesktopEntry parse(std::string_view text);
+
+    /// The value of a string key with its escapes resolved; absent without the key.
+    std::optional<std::string> string(const std::string& key) const;
+    /// Whether a Boolean key is there and true.
+    bool isTrue(const std::string& key) const;
+    bool has(const std::string& key) const { return values_.count(key) > 0; }
+
+    /// The command of Exec. `file` is the entry's own path, which the field code %k stands for.
+    /// Throws DesktopEntryError when it breaks the rules in a way that leaves doubt.
+    ProgramCall program(const ambrel::Path& file) const;
+
+private:
+    std::map<std::string, std::string> values_;
+};
+
+} // namespace korvane

@@ -1,0 +1,191 @@
+#include "korvane/InstanceMaker.h"
+
+#include "Ambrel/BundleLayout.h"
+#include "Ambrel/Platform/FileError.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Support/Utf8.h"
+#include "korvane/InstanceHome.h"
+#include "korvane/Instances.h"
+#include "korvane/JsonOutput.h"
+#include "korvane/ManagerError.h"
+#include "korvane/Messages.h"
+#include "korvane/StagingFolder.h"
+
+#include <ostream>
+
+namespace korvane {
+
+using ambrel::BundleLayout;
+using ambrel::InstanceConfig;
+using ambrel::InstanceRecord;
+using ambrel::InstanceRegistry;
+using ambrel::Path;
+using ambrel::ShortcutKind;
+using ambrel::WrapperFactory;
+
+namespace {
+
+/// The instance at `place`, absent when nothing stands there. Throws for anything else.
+std::optional<InstanceRecord> requireReplaceable(const Path& place, bool replace) {
+    const auto kind = ambrel::fileSystem::kindOf(place);
+    if (!kind) return std::nullopt;
+    const auto record = InstanceRegistry().recordFor(place);
+    if (!record || *kind != ambrel::fileSystem::ItemKind::folder) {
+        throw Refusal(
+            "What stands at " + ambrel::utf8::oneLine(place) +
+            " is no instance, and is not replaced. Choose another name, or another folder "
+            "with --output.");
+    }
+    if (!replace) {
+        throw Refusal("The instance " + inQuotes(record->config.displayName) + " stands at " +
+                      ambrel::utf8::oneLine(place) + " already. Replace it with --replace.");
+    }
+    return record;
+}
+
+/// The configuration as far as it decides whether another instance is in the way.
+InstanceConfig claimsOf(const WrapperFactory::Request& request) {
+    InstanceConfig config;
+    config.displayName = request.displayName;
+    config.bundleId = *request.bundleId;
+    config.instanceHome = *request.instanceHome;
+    return config;
+}
+
+void requireRunnableTarget(const Path& place, const WrapperFactory::Request& request) {
+    const auto claims = claimsOf(request);
+    const auto instances = instancesWith(*request.outputDir);
+    requireOwnBundleId(claims, place, instances);
+    requireOwnHome(claims, place, instances, "Choose another one with --home.");
+    if (!usableHome(claims)) {
+        throw Refusal("The home " + inQuotes(*request.instanceHome) + " names an unknown user.");
+    }
+}
+
+void warnAboutTarget(const ambrel::AppBundle& target, const Surroundings& surroundings) {
+    const auto name = inQuotes(ambrel::paths::stem(target.url));
+    if (target.sandboxed) {
+        warn(surroundings, name + " is sandboxed: the system keeps its data in a container of its "
+                                  "own, so its data and settings will not be kept apart.");
+    }
+    if (target.prohibitsMultipleInstances) {
+        warn(surroundings, name + " allows only one running copy: while one runs, opening another "
+                                  "may lead to that one, and what you do there will not be kept "
+                                  "apart.");
+    }
+}
+
+void warnAboutMissingHosts(const WrapperFactory::Request& request,
+                           const Surroundings& surroundings) {
+    if (request.kind == ShortcutKind::web) {
+        warn(surroundings,
+             "The runner cannot host web sites yet: opening this instance will fail.");
+    }
+    if (request.menuBarIcon) {
+        warn(surroundings, "The runner cannot host menu-bar items yet: this instance will run "
+                           "without one.");
+    }
+    if (request.iconLabel) {
+        warn(surroundings, "Labels are not drawn yet: the icon stays without one.");
+    }
+}
+
+void warnAboutPaths(const WrapperFactory::Request& request, const Surroundings& surroundings) {
+    InstanceConfig config;
+    const auto check = [&](const std::optional<Path>& path, bool mustRun) {
+        if (!path) return;
+        config.instanceHome = *path;
+        const auto place = config.resolvedHome();
+        const bool fits = mustRun ? ambrel::fileSystem::isExecutableFile(place)
+                                  : ambrel::fileSystem::exists(place);
+        if (fits) return;
+        warn(surroundings,
+             ambrel::utf8::oneLine(place) +
+                 (mustRun ? " is no program that can be run now." : " does not exist now."));
+    };
+    check(request.openPath, false);
+    check(request.commandPath, true);
+    check(request.workingDirectory, false);
+}
+
+struct Made {
+    InstanceRecord record;
+    bool homeExisted;
+};
+
+Path createIn(const Path& folder, const PreparedRequest& prepared) {
+    auto request = prepared.request;
+    request.outputDir = folder;
+    try {
+        return WrapperFactory(prepared.runner).create(request);
+    } catch (const WrapperFactory::FactoryError& error) {
+        if (error.kind != WrapperFactory::FactoryError::Kind::runnerNotFound) throw;
+        throw Refusal(error.description() + " Name its file with --runner.");
+    }
+}
+
+void removeOld(StagingFolder& staging, const Path& place) {
+    try {
+        staging.remove();
+    } catch (const ambrel::FileError& error) {
+        throw Refusal("The new instance stands at " + ambrel::utf8::oneLine(place) +
+                      ", but what it replaced cannot be removed. " + error.description());
+    }
+}
+
+Made build(const PreparedRequest& prepared, const Path& place, bool replaces) {
+    const auto& parent = *prepared.request.outputDir;
+    StagingFolder staging(parent);
+    const auto built = createIn(staging.path(), prepared);
+    const auto record = InstanceRegistry().recordFor(built);
+    if (!record) throw Refusal("The new instance cannot be read back.");
+    const auto home = usableHome(record->config);
+    const bool homeExisted = home && ambrel::fileSystem::exists(*home);
+    NewFolders folders;
+    prepareHome(record->config, folders);
+    if (replaces) {
+        staging.exchange(built, place);
+    } else {
+        staging.putInPlace(built, place);
+    }
+    folders.keep();
+    removeOld(staging, place);
+    return {{place, record->config}, homeExisted};
+}
+
+void tellAboutHome(const Made& made, const std::optional<InstanceRecord>& old,
+                   const Surroundings& surroundings) {
+    const auto& home = made.record.config.instanceHome;
+    say(surroundings, "Its data lives in " + ambrel::utf8::oneLine(home) +
+                          (made.homeExisted ? ", with what was there already." : "."));
+    if (old && old->config.instanceHome != home) {
+        say(surroundings, "The replaced instance's data stays in " +
+                              ambrel::utf8::oneLine(old->config.instanceHome) + ".");
+    }
+}
+
+} // namespace
+
+void makeInstance(const CreateOptions& options, const Surroundings& surroundings) {
+    const auto prepared = prepareRequest(options, surroundings);
+    const auto& request = prepared.request;
+    const auto place = BundleLayout::wrapper(*request.outputDir, request.displayName).bundle;
+    const auto old = requireReplaceable(place, options.replace);
+    requireRunnableTarget(place, request);
+
+    const auto made = build(prepared, place, old.has_value());
+
+    if (prepared.target) warnAboutTarget(*prepared.target, surroundings);
+    warnAboutMissingHosts(request, surroundings);
+    warnAboutPaths(request, surroundings);
+    say(surroundings, (old ? "Replaced " : "Created ") + inQuotes(request.displayName) + ".");
+    tellAboutHome(made, old, surroundings);
+    say(surroundings, "Open it with: " + commandLine("open", {nameFor(made.record)}));
+    if (options.asJson) {
+        json::write(json::bundle(place), surroundings.results);
+    } else {
+        surroundings.results << place << '\n';
+    }
+}
+
+} // namespace korvane

@@ -1,0 +1,29 @@
+#include "korvane/JsonOutput.h"
+
+#include "Ambrel/Support/Utf8.h"
+
+#include <ostream>
+
+namespace korvane::json {
+
+std::string text(const std::string& value) { return ambrel::utf8::replacingInvalid(value); }
+
+nlohmann::json bundle(const ambrel::Path& bundleURL) { return {{"bundleURL", text(bundleURL)}}; }
+
+nlohmann::json instance(const ambrel::InstanceRecord& record) {
+    auto object = bundle(record.bundleURL);
+    object["config"] = nlohmann::json::parse(record.config.encode());
+    if (const auto icon = record.iconURL()) object["iconURL"] = text(*icon);
+    return object;
+}
+
+nlohmann::json app(const ambrel::AppCatalog::InstalledApp& app) {
+    nlohmann::json object{
+        {"url", text(app.url)}, {"name", text(app.name)}, {"bundleId", text(app.bundleId)}};
+    if (const auto icon = app.iconURL()) object["iconURL"] = text(*icon);
+    return object;
+}
+
+void write(const nlohmann::json& value, std::ostream& out) { out << value.dump(2) << '\n'; }
+
+} // namespace korvane::json

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Ambrel/AppCatalog.h"
+#include "Ambrel/InstanceRegistry.h"
+
+#include <iosfwd>
+#include <nlohmann/json.hpp>
+
+/// The manager's answers for programs. Paths are plain absolute paths, absent fields are left out.
+namespace korvane::json {
+
+nlohmann::json bundle(const ambrel::Path& bundleURL);
+nlohmann::json instance(const ambrel::InstanceRecord& record);
+nlohmann::json app(const ambrel::AppCatalog::InstalledApp& app);
+
+/// Text that a file name on disk may have come from: what is not UTF-8 becomes U+FFFD.
+std::string text(const std::string& value);
+
+void write(const nlohmann::json& value, std::ostream& out);
+
+} // namespace korvane::json

@@ -1,0 +1,79 @@
+#include "korvane/MigrateVerb.h"
+
+#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Platform/UserPaths.h"
+#include "Ambrel/Support/Utf8.h"
+#include "korvane/FolderRelation.h"
+#include "korvane/Instances.h"
+#include "korvane/JsonOutput.h"
+#include "korvane/ManagerError.h"
+#include "korvane/Messages.h"
+#include "korvane/Options.h"
+
+#include <ostream>
+
+namespace korvane {
+
+using ambrel::InstanceLauncher;
+using ambrel::InstanceRecord;
+using ambrel::Path;
+
+namespace {
+
+Path requireMigratable(const InstanceRecord& record) {
+    const auto name = inQuotes(record.config.displayName);
+    const auto home = usableHome(record.config);
+    if (!home) throw Refusal("The instance " + name + " has no home folder.");
+    if (folders::areSame(*home, ambrel::userHome())) {
+        throw Refusal("The home of the instance " + name +
+                      " is your own: there is nothing to move.");
+    }
+    if (!record.config.shareUserFolders) {
+        throw Refusal("The instance " + name +
+                      " keeps folders of its own. Let it share yours with: " +
+                      commandLine("edit", {nameFor(record)}) + " --set shareUserFolders=true");
+    }
+    return *home;
+}
+
+void tell(const std::map<std::string, int>& moved, const Surroundings& surroundings) {
+    std::size_t total = 0;
+    for (const auto& [folder, count] : moved) {
+        total += static_cast<std::size_t>(count);
+        say(surroundings, "Moved " + counted(static_cast<std::size_t>(count), "item") +
+                              " to your " + folder + ".");
+    }
+    if (total == 0) say(surroundings, "There was nothing to move.");
+}
+
+int migrate(const std::string& name, bool asJson, const Surroundings& surroundings) {
+    const auto home = requireMigratable(requireInstance(name));
+    const auto moved = InstanceLauncher::migrateSharedUserFolders(home);
+    if (asJson) json::write(moved, surroundings.results);
+    tell(moved, surroundings);
+    if (!InstanceLauncher::needsSharedFolderMigration(home)) return 0;
+    throw Refusal("Something could not be moved and stays in " + ambrel::utf8::oneLine(home) + ".");
+}
+
+} // namespace
+
+Verb migrateVerb() {
+    return {"migrate",
+            "Move an instance's own Downloads, Documents and Desktop into yours.",
+            {"korvane migrate Work", "korvane migrate Work --json"},
+            [](CLI::App& app, const Surroundings& surroundings) -> Action {
+                struct Given {
+                    std::string name;
+                    bool asJson = false;
+                };
+                const auto given = std::make_shared<Given>();
+                options::text(app, "NAME", given->name, "The instance's name, or its bundle's path")
+                    ->required();
+                options::flag(app, "--json", given->asJson, "Write the number of moved items");
+                return [given, &surroundings](const auto&) {
+                    return migrate(given->name, given->asJson, surroundings);
+                };
+            }};
+}
+
+} // namespace korvane

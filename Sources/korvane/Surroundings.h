@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Ambrel/Platform/ProcessEnvironment.h"
+
+#include <iosfwd>
+
+namespace korvane {
+
+/// What the manager is started with; made once by main and passed down.
+struct Surroundings {
+    std::istream& input;
+    std::ostream& results;  ///< standard output: what was asked for, and nothing else
+    std::ostream& messages; ///< standard error: what happened, warnings, suggestions
+    bool inputIsTerminal = false;
+    bool messagesAreTerminal = false;
+    bool useColor = false; ///< for messages
+    ambrel::Environment environment;
+};
+
+} // namespace korvane

@@ -1,0 +1,57 @@
+#include "Ambrel/Support/Utf8.h"
+#include "korvane/CommandLine.h"
+#include "korvane/ManagerError.h"
+
+#include <iostream>
+#include <unistd.h>
+
+namespace {
+
+constexpr int failed = 1;
+constexpr int wrongUsage = 2;
+
+bool wantsColor(const ambrel::Environment& environment) {
+    const auto valueOf = [&](const char* name) {
+        const auto found = environment.find(name);
+        return found == environment.end() ? std::string() : found->second;
+    };
+    return isatty(STDERR_FILENO) != 0 && valueOf("NO_COLOR").empty() && valueOf("TERM") != "dumb";
+}
+
+korvane::Surroundings surroundingsOfThisProcess() {
+    const auto environment = ambrel::processEnvironment();
+    return {.input = std::cin,
+            .results = std::cout,
+            .messages = std::cerr,
+            .inputIsTerminal = isatty(STDIN_FILENO) != 0,
+            .messagesAreTerminal = isatty(STDERR_FILENO) != 0,
+            .useColor = wantsColor(environment),
+            .environment = environment};
+}
+
+int report(const korvane::Surroundings& surroundings, const std::string& text, int status) {
+    const auto mark = surroundings.useColor ? "\033[31mkorvane:\033[0m " : "korvane: ";
+    std::cerr << mark << text << '\n';
+    return status;
+}
+
+int runChecked(const std::vector<std::string>& words, const korvane::Surroundings& surroundings) {
+    try {
+        const int status = korvane::CommandLine().run(words, surroundings);
+        if (std::cout.flush()) return status;
+        return report(surroundings, "Cannot write the result.", failed);
+    } catch (const korvane::UsageError& error) {
+        return report(surroundings, error.what(), wrongUsage);
+    } catch (const korvane::Refusal& error) {
+        return report(surroundings, error.what(), failed);
+    } catch (const std::exception& error) {
+        return report(surroundings, ambrel::utf8::oneLine(error.what()), failed);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const auto surroundings = surroundingsOfThisProcess();
+    return runChecked({argv + 1, argv + argc}, surroundings);
+}
