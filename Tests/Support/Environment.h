@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Support/Files.h"
+#include "Support/TempDir.h"
+
+#include <optional>
+#include <string>
+
+namespace korvane::test {
+
+/// Sets a variable of this process, or removes it, until the end of the scope.
+class ScopedVariable {
+public:
+    ScopedVariable(const std::string& name, const std::optional<std::string>& value);
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+    ~ScopedVariable();
+
+private:
+    static void set(const std::string& name, const std::optional<std::string>& value);
+
+    std::string name_;
+    std::optional<std::string> before_;
+};
+
+/// A home folder that stands for the user's own until the end of the scope.
+class UserHome {
+public:
+    explicit UserHome(const TempDir& tmp, const std::string& name = "user")
+        : path_(makeFolder(tmp / name)), variable_("CFFIXED_USER_HOME", path_) {}
+
+    const Path& path() const { return path_; }
+    Path operator/(const std::string& name) const { return path_ + "/" + name; }
+
+private:
+    Path path_;
+    ScopedVariable variable_;
+};
+
+/// Changes the working directory until the end of the scope.
+class WorkingDirectory {
+public:
+    explicit WorkingDirectory(const Path& folder);
+    WorkingDirectory(const WorkingDirectory&) = delete;
+    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+    ~WorkingDirectory();
+
+private:
+    Path before_;
+};
+
+} // namespace korvane::test

@@ -1,0 +1,574 @@
+#include "Support/Builders.h"
+#include "Support/Environment.h"
+#include "Support/Expect.h"
+#include "Support/Programs.h"
+#include "Support/Report.h"
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <poll.h>
+#include <pty.h>
+#include <set>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace ambrel;
+using namespace korvane::test;
+
+namespace {
+
+const Path probe = KORVANE_TEST_PROBE;
+const std::string dash = " \xe2\x80\x94 ";
+const std::string unreadable = "runner: unreadable instance.json" + dash;
+const std::string failed = "runner: failed to launch instance" + dash;
+
+/// A wrapper with the built runner in it, and a user of its own.
+struct Wrapper {
+    Wrapper() : user(tmp) { copyProgram(KORVANE_TEST_RUNNER, runner); }
+    explicit Wrapper(const InstanceConfig& config) : Wrapper() { configure(config); }
+
+    void configure(const InstanceConfig& config) const { writeFile(json, config.encode()); }
+    void configure(const std::string& text) const { writeFile(json, text); }
+    ProgramResult open() const { return run({runner}); }
+
+    TempDir tmp;
+    UserHome user;
+    Path runner = tmp / "W.app/Contents/MacOS/runner";
+    Path json = tmp / "W.app/Contents/Resources/instance.json";
+};
+
+void checkFailure(const ProgramResult& result, const std::string& text) {
+    CHECK(result.error == text);
+    CHECK(result.status == 1);
+    CHECK(result.output.empty());
+}
+
+InstanceConfig shell(const Path& home, const std::string& script) {
+    return commandConfig(home, "/bin/sh", {"-c", script});
+}
+
+/// The reading end of a pipe with a name. Lines arrive within a minute or the test fails.
+class Fifo {
+public:
+    explicit Fifo(Path path) : path_(std::move(path)) {
+        if (::mkfifo(path_.c_str(), 0600) != 0) throw std::runtime_error("Cannot make a pipe");
+        fd_ = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    }
+    Fifo(const Fifo&) = delete;
+    Fifo& operator=(const Fifo&) = delete;
+    ~Fifo() { ::close(fd_); }
+
+    const Path& path() const { return path_; }
+
+    std::string line() {
+        std::string text;
+        for (char byte = 0; byte != '\n';) {
+            pollfd waiting{fd_, POLLIN, 0};
+            if (::poll(&waiting, 1, 60000) <= 0) throw std::runtime_error("No line came: " + text);
+            const auto count = ::read(fd_, &byte, 1);
+            if (count == 0) return text + "(end)";
+            if (count == 1 && byte != '\n') text += byte;
+        }
+        return text;
+    }
+
+private:
+    Path path_;
+    int fd_ = -1;
+};
+
+InstanceConfig signalReporter(const Wrapper& wrapper, const Fifo& fifo, int last) {
+    return commandConfig(wrapper.tmp / "h", probe, {"signals", fifo.path(), std::to_string(last)});
+}
+
+} // namespace
+
+TEST_CASE("a wrapper without instance json fails with the reason and status 1") {
+    const Wrapper wrapper;
+
+    checkFailure(wrapper.open(),
+                 unreadable + "Cannot read " + wrapper.json + ": No such file or directory\n");
+}
+
+TEST_CASE("an instance json that is a folder or may not be read fails with the reason") {
+    const Wrapper wrapper;
+    makeFolder(wrapper.json);
+    checkFailure(wrapper.open(), unreadable + "Cannot read " + wrapper.json + ": Is a directory\n");
+    std::filesystem::remove(wrapper.json);
+    wrapper.configure(smallestConfig());
+    giveToOrdinaryUser(wrapper.tmp.path());
+    setMode(wrapper.json, 0000);
+
+    checkFailure(run(commandAsOrdinaryUser({wrapper.runner})),
+                 unreadable + "Cannot read " + wrapper.json + ": Permission denied\n");
+}
+
+TEST_CASE("valid JSON without one of the three required keys fails with the decoding error") {
+    const Wrapper wrapper;
+    wrapper.configure(R"({"bundleId":"b","instanceHome":"h"})");
+    checkFailure(wrapper.open(), unreadable + "Key not found: displayName\n");
+    wrapper.configure(R"({"displayName":"d","instanceHome":"h"})");
+    checkFailure(wrapper.open(), unreadable + "Key not found: bundleId\n");
+    wrapper.configure(R"({"displayName":"d","bundleId":"b"})");
+    checkFailure(wrapper.open(), unreadable + "Key not found: instanceHome\n");
+    wrapper.configure(
+        R"({"displayName":"d","bundleId":"b","instanceHome":"h","extraArgs":["a",1]})");
+    checkFailure(wrapper.open(), unreadable + "Type mismatch at extraArgs[1]: expected a string, "
+                                              "found a number\n");
+}
+
+TEST_CASE("an undecodable file fails with one line in one write and status 1") {
+    const Wrapper wrapper;
+    for (const std::string& text :
+         {std::string(), std::string("x"), std::string("\xff"), std::string(100000, '['),
+          std::string("[]"), smallestConfig().encode() + std::string("\0", 1),
+          std::string(R"({"displayName":"d","bundleId":"b","kind":"a\nb\u001b[31m"})")}) {
+        wrapper.configure(text);
+        CAPTURE(text.substr(0, 60));
+        const auto result = wrapper.open();
+        CHECK(result.status == 1);
+        CHECK(beginsWith(result.error, unreadable));
+        REQUIRE(result.errorWrites.size() == 1);
+        CHECK(result.error.back() == '\n');
+        CHECK(isOneLine(result.error.substr(0, result.error.size() - 1)));
+        CHECK(result.output.empty());
+    }
+}
+
+TEST_CASE("a web configuration never reaches the launcher, whatever menuBarIcon says") {
+    auto config = smallestConfig();
+    config.kind = ShortcutKind::web;
+    config.url = "https://example.org";
+    for (const bool menuBarIcon : {false, true}) {
+        const Wrapper wrapper;
+        config.menuBarIcon = menuBarIcon;
+        config.instanceHome = wrapper.tmp / "h";
+        wrapper.configure(config);
+
+        checkFailure(wrapper.open(),
+                     failed + "App not clonable: web shortcuts run in the runner's web host\n");
+
+        CHECK_FALSE(isThere(wrapper.tmp / "h"));
+    }
+}
+
+TEST_CASE("a command that exits with status 3 makes the runner exit with status 3") {
+    for (const int status : {0, 3, 255}) {
+        const Wrapper wrapper;
+        wrapper.configure(shell(wrapper.tmp / "h", "exit " + std::to_string(status)));
+        const auto result = wrapper.open();
+        CHECK(result.status == status);
+        CHECK(result.error.empty());
+        CHECK(result.output.empty());
+    }
+}
+
+TEST_CASE("an unsupported strategy reaches standard error with the application's identifier") {
+    const Wrapper wrapper;
+    auto config = smallestConfig();
+    config.strategy = Strategy::unsupported;
+    config.instanceHome = wrapper.tmp / "h";
+    config.targetAppPath =
+        AppBundleBuilder(wrapper.tmp / "T.app").identifier("org.example.target").write();
+    wrapper.configure(config);
+
+    checkFailure(wrapper.open(), failed + "App not clonable: org.example.target\n");
+
+    CHECK(namesIn(wrapper.tmp / "h") == Strings{"korvane-instance.log"});
+}
+
+TEST_CASE("the launcher's own refusals reach standard error word for word") {
+    const Wrapper wrapper;
+    auto config = smallestConfig();
+    config.instanceHome = wrapper.tmp / "h";
+    config.targetAppPath = "~/Applications/X.app";
+    wrapper.configure(config);
+    checkFailure(wrapper.open(), failed + "Not a readable .app bundle: ~/Applications/X.app\n");
+    config.kind = ShortcutKind::file;
+    wrapper.configure(config);
+    checkFailure(wrapper.open(), failed + "App not clonable: file shortcut has no target path\n");
+    config.kind = ShortcutKind::command;
+    wrapper.configure(config);
+    checkFailure(wrapper.open(), failed + "App not clonable: command shortcut has no executable\n");
+}
+
+TEST_CASE("a command that cannot be started fails with its path and the system's reason") {
+    const Wrapper wrapper;
+    auto config = commandConfig(wrapper.tmp / "h", wrapper.tmp / "missing");
+    wrapper.configure(config);
+    auto result = wrapper.open();
+    CHECK(result.status == 1);
+    CHECK(result.errorWrites.size() == 1);
+    CHECK(beginsWith(result.error, failed));
+    CHECK(contains(result.error, wrapper.tmp / "missing: No such file or directory\n"));
+
+    config.commandPath = "/bin/true";
+    config.workingDirectory = wrapper.tmp / "no folder";
+    wrapper.configure(config);
+    result = wrapper.open();
+
+    CHECK(result.status == 1);
+    CHECK(beginsWith(result.error, failed));
+    CHECK(contains(result.error, wrapper.tmp / "no folder: No such file or directory\n"));
+}
+
+TEST_CASE("an instance home that cannot be made is a failure of an application only") {
+    const Wrapper wrapper;
+    writeFile(wrapper.tmp / "file");
+    auto config = smallestConfig();
+    config.instanceHome = wrapper.tmp / "file/h";
+    config.targetAppPath =
+        AppBundleBuilder(wrapper.tmp / "T.app").executable("run", "exit 0").write();
+    wrapper.configure(config);
+    const auto result = wrapper.open();
+    CHECK(result.status == 1);
+    CHECK(beginsWith(result.error, failed + "Cannot create the folder " + (wrapper.tmp / "file")));
+    CHECK(result.errorWrites.size() == 1);
+
+    wrapper.configure(shell(wrapper.tmp / "file/h", "echo out; echo err >&2; exit 4"));
+    const auto command = wrapper.open();
+
+    CHECK(command.status == 4);
+    CHECK(command.output == "out\n"); // without a log the runner's own streams are inherited
+    CHECK(command.error == "err\n");
+}
+
+TEST_CASE("a program that a signal ended makes its number the runner's status") {
+    for (const int signal : {SIGKILL, SIGTERM, SIGSEGV, SIGHUP, SIGINT, SIGUSR1}) {
+        const Wrapper wrapper;
+        wrapper.configure(
+            shell(wrapper.tmp / "h", "ulimit -c 0; kill -" + std::to_string(signal) + " $$"));
+        const auto result = wrapper.open();
+        CAPTURE(signal);
+        CHECK(result.status == signal);
+        CHECK(result.signal == 0);
+        CHECK(result.error.empty());
+    }
+}
+
+TEST_CASE(
+    "signals that ask the runner to end are passed on and it ends with its program's status") {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        const Wrapper wrapper;
+        Fifo fifo(wrapper.tmp / "fifo");
+        wrapper.configure(signalReporter(wrapper, fifo, signal));
+        CAPTURE(signal);
+        RunningProgram running({.command = {wrapper.runner}});
+        REQUIRE(fifo.line() == "ready");
+
+        running.send(signal);
+
+        CHECK(fifo.line() == std::to_string(signal) + " user");
+        CHECK(running.wait().status == 40);
+    }
+}
+
+TEST_CASE("a program that ignores the request to end keeps the runner waiting for it") {
+    const Wrapper wrapper;
+    Fifo fifo(wrapper.tmp / "fifo");
+    wrapper.configure(signalReporter(wrapper, fifo, SIGINT));
+    RunningProgram running({.command = {wrapper.runner}});
+    REQUIRE(fifo.line() == "ready");
+
+    running.send(SIGTERM);
+    CHECK(fifo.line() == "15 user");
+    running.send(SIGTERM);
+    CHECK(fifo.line() == "15 user");
+    running.send(SIGINT);
+
+    CHECK(fifo.line() == "2 user");
+    CHECK(running.wait().status == 40);
+}
+
+TEST_CASE("an interrupt typed at the terminal reaches the program once") {
+    const Wrapper wrapper;
+    Fifo fifo(wrapper.tmp / "fifo");
+    wrapper.configure(signalReporter(wrapper, fifo, SIGTERM));
+    int terminal = -1;
+    const pid_t runner = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (runner == 0) {
+        ::execl(wrapper.runner.c_str(), wrapper.runner.c_str(), nullptr);
+        ::_exit(127);
+    }
+    REQUIRE(runner > 0);
+    REQUIRE(fifo.line() == "ready");
+
+    REQUIRE(::write(terminal, "\x03", 1) == 1);
+    CHECK(fifo.line() == "2 kernel");
+    // Both wait at the runner in this order, so a passed-on interrupt would come first.
+    REQUIRE(::kill(runner, SIGTERM) == 0);
+
+    CHECK(fifo.line() == "15 user");
+    int status = 0;
+    REQUIRE(::waitpid(runner, &status, 0) == runner);
+    ::close(terminal);
+    CHECK(WIFEXITED(status));
+    CHECK(WEXITSTATUS(status) == 40);
+}
+
+TEST_CASE("a terminal that goes away is told to the program of a runner that leads its session") {
+    const Wrapper wrapper;
+    Fifo fifo(wrapper.tmp / "fifo");
+    wrapper.configure(signalReporter(wrapper, fifo, SIGHUP));
+    int terminal = -1;
+    const pid_t runner = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (runner == 0) {
+        ::execl(wrapper.runner.c_str(), wrapper.runner.c_str(), nullptr);
+        ::_exit(127);
+    }
+    REQUIRE(runner > 0);
+    REQUIRE(fifo.line() == "ready");
+
+    ::close(terminal);
+
+    CHECK(fifo.line() == "1 user");
+    int status = 0;
+    REQUIRE(::waitpid(runner, &status, 0) == runner);
+    CHECK(WIFEXITED(status));
+    CHECK(WEXITSTATUS(status) == 40);
+}
+
+TEST_CASE("a runner whose standard error has no reader still ends with its own status") {
+    const Wrapper wrapper;
+    int ends[2];
+    REQUIRE(::pipe(ends) == 0);
+    ::close(ends[0]);
+    const pid_t runner = ::fork();
+    if (runner == 0) {
+        ::dup2(ends[1], STDERR_FILENO);
+        ::execl(wrapper.runner.c_str(), wrapper.runner.c_str(), nullptr);
+        ::_exit(127);
+    }
+    ::close(ends[1]);
+    int status = 0;
+    REQUIRE(::waitpid(runner, &status, 0) == runner);
+
+    CHECK(WIFEXITED(status));
+    CHECK(WEXITSTATUS(status) == 1);
+}
+
+TEST_CASE("a hang-up signal that is ignored at the start stays ignored in runner and program") {
+    const Wrapper wrapper;
+    Fifo fifo(wrapper.tmp / "fifo");
+    wrapper.configure(signalReporter(wrapper, fifo, SIGTERM));
+    {
+        RunningProgram running({.command = {wrapper.runner}, .ignoredSignals = {SIGHUP}});
+        REQUIRE(fifo.line() == "ready");
+        running.send(SIGHUP);
+        running.send(SIGTERM);
+        CHECK(fifo.line() == "15 user");
+        CHECK(running.wait().status == 40);
+    }
+    wrapper.configure(commandConfig(wrapper.tmp / "h", probe, {"report", wrapper.tmp / "report"}));
+    run({.command = {wrapper.runner}, .ignoredSignals = {SIGHUP, SIGINT, SIGPIPE}});
+
+    CHECK(Report(wrapper.tmp / "report").ignoredSignals() == 1U << (SIGHUP - 1));
+    CHECK(Report(wrapper.tmp / "report").lines("SigBlk") == Strings{"0000000000000000"});
+}
+
+TEST_CASE("a runner whose parent ignores the end of children still hands on the status") {
+    const Wrapper wrapper;
+    wrapper.configure(shell(wrapper.tmp / "h", "exit 3"));
+
+    CHECK(run({.command = {wrapper.runner}, .ignoredSignals = {SIGCHLD}}).status == 3);
+}
+
+TEST_CASE("a runner without standard streams gives none of its files to them") {
+    const Wrapper wrapper;
+    wrapper.configure(commandConfig(wrapper.tmp / "h", probe, {"report", wrapper.tmp / "report"}));
+
+    const auto result = run({.command = {wrapper.runner}, .closedStreams = {0, 1, 2}});
+
+    CHECK(result.status == 0);
+    const auto log = wrapper.tmp / "h/korvane-instance.log";
+    CHECK(Report(wrapper.tmp / "report").lines("fd") ==
+          Strings{"0 /dev/null", "1 " + log, "2 " + log});
+    wrapper.configure(std::string("x"));
+    CHECK(run({.command = {wrapper.runner}, .closedStreams = {0, 1, 2}}).status == 1);
+    CHECK(readFile(wrapper.json) == "x");
+}
+
+TEST_CASE("the program gets the three standard streams and no other descriptor") {
+    const Wrapper wrapper;
+    wrapper.configure(commandConfig(wrapper.tmp / "h", probe, {"report", wrapper.tmp / "report"}));
+    const int leaking = ::open("/dev/zero", O_RDONLY);
+
+    CHECK(wrapper.open().status == 0);
+    ::close(leaking);
+
+    CHECK(Report(wrapper.tmp / "report").lines("fd").size() == 3);
+}
+
+TEST_CASE("a relative command lies below the runner's folder, also with a working directory") {
+    const Wrapper wrapper;
+    copyProgram(probe, wrapper.tmp / "here/bin/tool");
+    makeFolder(wrapper.tmp / "there");
+    auto config = commandConfig(wrapper.tmp / "h", "bin/tool", {"report", wrapper.tmp / "report"});
+    config.workingDirectory = wrapper.tmp / "there";
+    wrapper.configure(config);
+
+    const auto result =
+        run({.command = {wrapper.runner}, .currentDirectory = wrapper.tmp / "here"});
+
+    CHECK(result.status == 0);
+    CHECK(Report(wrapper.tmp / "report").lines("cwd") == Strings{wrapper.tmp / "there"});
+    CHECK(Report(wrapper.tmp / "report").lines("argv0") == Strings{wrapper.tmp / "here/bin/tool"});
+}
+
+TEST_CASE("a file instance runs the system's opener with the expanded path and its status") {
+    const Wrapper wrapper;
+    auto config = smallestConfig();
+    config.kind = ShortcutKind::file;
+    config.openPath = "~/a b.pdf";
+    wrapper.configure(config);
+    const auto opener =
+        writeScript(wrapper.tmp / "opener", "printf '%s\\n' \"$0\" \"$#\" \"$@\" > " +
+                                                quoted(wrapper.tmp / "seen") + "; exit 5");
+    REQUIRE(isThere("/usr/bin/open")); // the system's opener, which the stand-in covers
+
+    const auto result = run(commandInMountNamespace(
+        "mount --bind " + quoted(opener) + " /usr/bin/open", {wrapper.runner}));
+
+    CHECK(result.error.empty());
+    CHECK(result.status == 5);
+    CHECK(readFile(wrapper.tmp / "seen") ==
+          "/usr/bin/open\n1\n" + (wrapper.user / "a b.pdf") + "\n");
+}
+
+TEST_CASE("an application instance runs isolated from the user's own data") {
+    const Wrapper wrapper;
+    makeFolder(wrapper.user / "Documents");
+    makeFolder(wrapper.user / "Library/Keychains");
+    auto config = smallestConfig();
+    config.instanceHome = "~/Instances/One";
+    config.targetAppPath = AppBundleBuilder(wrapper.tmp / "T.app")
+                               .identifier("org.example.target")
+                               .executable("run", "echo \"$HOME $CFFIXED_USER_HOME $1\"; exit 6")
+                               .write();
+    config.extraArgs = {"--d={{instanceHome}}/d"};
+    config.menuBarIcon = true; // runs as if it had none
+    wrapper.configure(config);
+    const auto home = wrapper.user / "Instances/One";
+
+    const auto result = wrapper.open();
+
+    CHECK(result.error.empty());
+    CHECK(result.status == 6);
+    CHECK(readFile(home + "/korvane-instance.log") == home + " " + home + " --d=" + home + "/d\n");
+    CHECK(linkText(home + "/Documents") == wrapper.user / "Documents");
+    CHECK(linkText(home + "/Library/Keychains") == wrapper.user / "Library/Keychains");
+}
+
+TEST_CASE("HOME alone does not move what the runner links to") {
+    const Wrapper wrapper;
+    makeFolder(wrapper.tmp / "decoy/Documents");
+    auto config = smallestConfig();
+    config.instanceHome = wrapper.tmp / "h";
+    config.targetAppPath =
+        AppBundleBuilder(wrapper.tmp / "T.app").executable("run", "exit 0").write();
+    wrapper.configure(config);
+
+    const auto result =
+        run({.command = {wrapper.runner}, .environment = {{"HOME", wrapper.tmp / "decoy"}}});
+
+    CHECK(result.status == 0);
+    CHECK_FALSE(isThere(wrapper.tmp / "h/Documents"));
+}
+
+TEST_CASE("the runner reads no arguments and writes nothing to standard output") {
+    const Wrapper wrapper;
+    wrapper.configure(shell(wrapper.tmp / "h", "exit 7"));
+
+    const auto result = run({wrapper.runner, "--help", "/etc/passwd"});
+
+    CHECK(result.status == 7);
+    CHECK(result.output.empty());
+    CHECK(result.error.empty());
+}
+
+TEST_CASE("the configuration lies two folders above the runner, whatever the folders are called") {
+    const TempDir tmp;
+    const UserHome user(tmp);
+    copyProgram(KORVANE_TEST_RUNNER, tmp / "any/where/anything");
+    writeFile(tmp / "any/Resources/instance.json", shell(tmp / "h", "exit 8").encode());
+    makeLink(tmp / "elsewhere/link", tmp / "any/where/anything");
+
+    CHECK(run({tmp / "any/where/anything"}).status == 8);
+    CHECK(run({tmp / "elsewhere/link"}).status == 8); // the program's own place, not the link's
+    CHECK(run({.command = {"./anything"}, .currentDirectory = tmp / "any/where"}).status == 8);
+}
+
+TEST_CASE("the configuration is not looked for anywhere else") {
+    const TempDir tmp;
+    copyProgram(KORVANE_TEST_RUNNER, tmp / "a/b/runner");
+    const auto json = shell(tmp / "h", "exit 0").encode();
+    writeFile(tmp / "a/b/instance.json", json);
+    writeFile(tmp / "a/instance.json", json);
+    writeFile(tmp / "a/b/Resources/instance.json", json);
+    writeFile(tmp / "Resources/instance.json", json);
+
+    const auto result = run({.command = {tmp / "a/b/runner"}, .currentDirectory = tmp / "a/b"});
+
+    checkFailure(result, unreadable + "Cannot read " + (tmp / "a/Resources/instance.json") +
+                             ": No such file or directory\n");
+}
+
+TEST_CASE("the runner needs no libraries but those of the C runtime") {
+    std::set<std::string> allowed{"libc.so.6",
+                                  "libm.so.6",
+                                  "libdl.so.2",
+                                  "libpthread.so.0",
+                                  "ld-linux-x86-64.so.2",
+                                  "ld-linux-aarch64.so.1"};
+#ifdef __SANITIZE_ADDRESS__
+    // The checked build brings the checkers' own libraries.
+    allowed.insert({"libasan.so.8", "libubsan.so.1", "libgcc_s.so.1"});
+#endif
+    const auto said = run({KORVANE_TEST_READELF, "-d", KORVANE_TEST_RUNNER});
+    std::istringstream lines(said.output);
+    int needed = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find("(NEEDED)") == std::string::npos) continue;
+        const auto start = line.find('[') + 1;
+        const auto name = line.substr(start, line.find(']') - start);
+        ++needed;
+        CAPTURE(name);
+        CHECK(allowed.count(name) == 1);
+    }
+    CHECK(needed > 0);
+}
+
+TEST_CASE("a missing property-list library is a launch error that names it") {
+    const Wrapper wrapper;
+    const auto library = std::filesystem::canonical(KORVANE_TEST_PLIST).string();
+    const auto empty = writeFile(wrapper.tmp / "empty");
+    const auto hide = "mount --bind " + quoted(empty) + " " + quoted(library);
+    auto config = smallestConfig();
+    config.instanceHome = wrapper.tmp / "h";
+    config.targetAppPath =
+        AppBundleBuilder(wrapper.tmp / "T.app").executable("run", "exit 0").write();
+    wrapper.configure(config);
+    REQUIRE(wrapper.open().status == 0);
+
+    const auto result = run(commandInMountNamespace(hide, {wrapper.runner}));
+
+    CHECK(result.status == 1);
+    CHECK(beginsWith(result.error, failed + "Cannot load the library libplist-2.0.so"));
+    CHECK(result.errorWrites.size() == 1);
+    wrapper.configure(shell(wrapper.tmp / "h", "exit 9")); // which needs no such library
+    CHECK(run(commandInMountNamespace(hide, {wrapper.runner})).status == 9);
+}
+
+// The address checker itself cannot start without /proc.
+#ifndef __SANITIZE_ADDRESS__
+TEST_CASE("without its own location the runner says so exactly and exits with status 1") {
+    const Wrapper wrapper;
+    wrapper.configure(shell(wrapper.tmp / "h", "exit 0"));
+
+    checkFailure(run(commandInMountNamespace("mount -t tmpfs none /proc", {wrapper.runner})),
+                 "runner: no executable URL\n");
+}
+#endif
