@@ -1,0 +1,249 @@
+#include "Manager.h"
+
+#include "Ambrel/Platform/PropertyList.h"
+#include "korvane/InstalledPrograms.h"
+
+namespace korvane::test {
+
+namespace {
+
+/// The start of a PNG file of the given width, followed by `rest`.
+std::string png(unsigned width, const std::string& rest) {
+    std::string bytes("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16);
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        bytes += static_cast<char>(width >> static_cast<unsigned>(shift) & 0xFFU);
+    }
+    return bytes + rest;
+}
+
+struct Fixture {
+    Manager manager;
+    Path program = writeScript(manager.tmp / "bin/mailer",
+                               "for a in \"$@\"; do printf '<%s>' \"$a\"; done; echo");
+
+    Path writeEntry(const std::string& id, const std::string& lines) const {
+        return writeFile(manager.tmp / ("share/applications/" + id + ".desktop"),
+                         "[Desktop Entry]\nType=Application\nName=Mail Reader\n" + lines + "\n");
+    }
+    Path adopt(const std::string& what) const {
+        const auto output = manager.result({"adopt", what});
+        return output.substr(0, output.size() - 1);
+    }
+    ambrel::PropertyListDictionary infoOf(const Path& bundle) const {
+        const auto info = ambrel::readPropertyList(bundle + "/Contents/Info.plist");
+        REQUIRE(info);
+        return *info;
+    }
+};
+
+} // namespace
+
+TEST_CASE("an entry becomes a bundle whose program is a link") {
+    const Fixture fixture;
+    fixture.writeEntry("org.example.Mail", "Exec=" + fixture.program + " %U");
+
+    const auto bundle = fixture.adopt("org.example.Mail");
+
+    CHECK(bundle == fixture.manager.applications() + "/Mail Reader.app");
+    CHECK(linkText(bundle + "/Contents/MacOS/mailer") == fixture.program);
+    CHECK(fixture.infoOf(bundle) ==
+          ambrel::PropertyListDictionary{{"CFBundleIdentifier", {std::string("org.example.Mail")}},
+                                         {"CFBundleExecutable", {std::string("mailer")}},
+                                         {"CFBundleName", {std::string("Mail Reader")}}});
+    CHECK(namesIn(fixture.manager.applications()) == Strings{"Mail Reader.app"});
+}
+
+TEST_CASE("an entry is found by id, with its ending, by path and in a sub-folder") {
+    const Fixture fixture;
+    fixture.writeEntry("a", "Exec=" + fixture.program);
+    const auto file = fixture.writeEntry("b", "Exec=" + fixture.program);
+    fixture.writeEntry("kde/c", "Exec=" + fixture.program);
+    writeFile(fixture.manager.tmp / "data/applications/a.desktop",
+              "[Desktop Entry]\nType=Application\nName=User's own\nExec=" + fixture.program + "\n");
+
+    CHECK(fixture.adopt("a") == fixture.manager.applications() + "/User's own.app");
+    CHECK(fixture.manager.run({"adopt", "b.desktop", "--into", "one"}).status == 0);
+    CHECK(fixture.manager.run({"adopt", file, "--into", "two"}).status == 0);
+    CHECK(fixture.manager.run({"adopt", "kde-c", "--into", "three"}).status == 0);
+}
+
+TEST_CASE("a program without an entry is adopted by path or name") {
+    const Fixture fixture;
+
+    const auto byPath = fixture.adopt("bin/mailer");
+    const auto byName = fixture.manager.run({"adopt", "mailer", "--into", "other"},
+                                            {{"PATH", fixture.manager.tmp / "bin"}});
+
+    CHECK(byPath == fixture.manager.applications() + "/mailer.app");
+    CHECK(linkText(byPath + "/Contents/MacOS/mailer") == fixture.program);
+    CHECK(*fixture.infoOf(byPath).at("CFBundleIdentifier").string() == "mailer");
+    CHECK(byName.output == fixture.manager.tmp / "other/mailer.app\n");
+}
+
+TEST_CASE("an adopted program is listed, cloned and run") {
+    const Fixture fixture;
+    fixture.writeEntry("org.example.Mail", "Exec=" + fixture.program + " %f");
+    fixture.adopt("org.example.Mail");
+
+    CHECK(fixture.manager.json({"apps", "--json"})[0]["name"] == "Mail Reader");
+    fixture.manager.create({"app", "Work", "Mail Reader", "--arg", "a b"});
+    CHECK(fixture.manager.run({"run", "Work"}).status == 0);
+    CHECK(fixture.manager.result({"logs", "Work"}) == "<a b>\n");
+}
+
+TEST_CASE("an entry's own arguments go into a launcher") {
+    const Fixture fixture;
+    fixture.writeEntry("mail", "Exec=" + fixture.program + R"( --write "it's $x" %U 100%%)");
+
+    const auto bundle = fixture.adopt("mail");
+
+    const auto launcher = bundle + "/Contents/MacOS/mailer";
+    CHECK_FALSE(isLink(launcher));
+    CHECK(modeOf(launcher) == 0755);
+    CHECK(run({launcher, "file 1"}).output == "<--write><it's $x><file 1><100%>\n");
+}
+
+TEST_CASE("well-known browsers get the identifier by which their engine is told") {
+    struct Row {
+        std::string name;
+        std::string engine;
+    };
+    const Fixture fixture;
+    const Row rows[] = {
+        {"google-chrome", "chromium"},
+        {"google-chrome-beta", "chromium"},
+        {"brave-browser", "chromium"},
+        {"microsoft-edge", "chromium"},
+        {"microsoft-edge-dev", "chromium"},
+        {"vivaldi-stable", "chromium"},
+        {"opera", "chromium"},
+        {"chromium", "chromium"},
+        {"chromium-browser", "chromium"},
+        {"yandex-browser", "chromium"},
+        {"firefox", "firefox"},
+        {"firefox-esr", "firefox"},
+        {"thunderbird", "firefox"},
+        {"torbrowser", "firefox"},
+        {"librewolf", "firefox"},
+        {"waterfox", "firefox"},
+    };
+    for (const auto& row : rows) {
+        CAPTURE(row.name);
+        fixture.writeEntry(row.name, "Exec=" + fixture.program);
+        const auto into = fixture.manager.tmp / ("into-" + row.name);
+        fixture.manager.result({"adopt", row.name, "--into", into});
+        CHECK(fixture.manager.json({"inspect", into + "/Mail Reader.app", "--json"})["engine"] ==
+              row.engine);
+    }
+    CHECK(wellKnownIdentifier("firefox") != wellKnownIdentifier("firefox-esr"));
+    for (const std::string other : {"firefoxy", "chromium-bsu", "operator", "", "mail"}) {
+        CHECK_FALSE(wellKnownIdentifier(other));
+    }
+}
+
+TEST_CASE("the icon is the largest PNG of the theme and the pixmaps, unchanged") {
+    const Fixture fixture;
+    const auto& tmp = fixture.manager.tmp;
+    writeFile(tmp / "share/icons/hicolor/48x48/apps/mail.png", png(48, "small"));
+    writeFile(tmp / "share/icons/hicolor/512x512/apps/mail.png", png(256, "wrongly filed"));
+    writeFile(tmp / "data/icons/hicolor/64x64@2x/apps/mail.png", png(512, "largest"));
+    writeFile(tmp / "share/pixmaps/mail.png", png(100, "pixmap"));
+    writeFile(tmp / "share/icons/hicolor/1024x1024/apps/mail.png", "no picture");
+    fixture.writeEntry("mail", "Exec=" + fixture.program + "\nIcon=mail");
+
+    const auto bundle = fixture.adopt("mail");
+
+    CHECK(readFile(bundle + "/Contents/Resources/AppIcon.icns") == png(512, "largest"));
+    CHECK(*fixture.infoOf(bundle).at("CFBundleIconFile").string() == "AppIcon");
+}
+
+TEST_CASE("an icon is taken by its path, and only a PNG is one") {
+    const Fixture fixture;
+    const auto icon = writeFile(fixture.manager.tmp / "icon.bin", png(10, "x"));
+    fixture.writeEntry("a", "Exec=" + fixture.program + "\nIcon=" + icon);
+    const auto svg = writeFile(fixture.manager.tmp / "icon.png", "<svg/>");
+    fixture.writeEntry("b", "Exec=" + fixture.program + "\nIcon=" + svg);
+
+    CHECK(readFile(fixture.adopt("a") + "/Contents/Resources/AppIcon.icns") == png(10, "x"));
+    const auto done = fixture.manager.run({"adopt", "b", "--into", "other"});
+    CHECK(done.status == 0);
+    CHECK(says(done.error, "It has no icon"));
+    CHECK_FALSE(
+        fixture.infoOf(fixture.manager.tmp / "other/Mail Reader.app").count("CFBundleIconFile"));
+}
+
+TEST_CASE("programs that a bundle cannot start rightly are refused, and nothing is left") {
+    const Fixture fixture;
+    struct Row {
+        std::string lines;
+        std::string reason;
+    };
+    const Row rows[] = {
+        {"Exec=" + fixture.program + "\nTerminal=true", "terminal"},
+        {"Exec=sh -c \"" + fixture.program + "\"", "shell command"},
+        {"Exec=/usr/bin/flatpak run org.example.Mail", "Flatpak"},
+        {"Exec=" + fixture.program + "\nX-SnapInstanceName=mail", "snap"},
+        {"Exec=/snap/bin/mail", "snap"},
+        {"Exec=" + fixture.program + "\nHidden=true", "deleted"},
+        {"Exec=no-such-program-here", "No program called"},
+        {"Exec=/no/such/program", "/no/such/program is no program"},
+        {"Exec=" + fixture.program + " 'x'", "outside quotes"},
+        {"", "has no Exec"},
+    };
+    for (const auto& row : rows) {
+        CAPTURE(row.lines);
+        fixture.writeEntry("mail", row.lines);
+        CHECK(says(fixture.manager.refusal({"adopt", "mail"}), row.reason));
+    }
+    writeFile(fixture.manager.tmp / "link.desktop",
+              "[Desktop Entry]\nType=Link\nName=x\nURL=http://example.org/\nExec=true\n");
+    CHECK(says(fixture.manager.refusal({"adopt", fixture.manager.tmp / "link.desktop"}),
+               "no application"));
+    CHECK(says(fixture.manager.refusal({"adopt", "nothing-of-this-name"}), "Neither"));
+    CHECK(says(fixture.manager.refusal({"adopt", fixture.manager.tmp / "bin"}), "is no program"));
+    CHECK(namesIn(fixture.manager.home.path()) == Strings{});
+}
+
+TEST_CASE("a program that the bus can activate is adopted with a warning") {
+    const Fixture fixture;
+    fixture.writeEntry("mail", "Exec=" + fixture.program + "\nDBusActivatable=true");
+
+    const auto done = fixture.manager.run({"adopt", "mail"});
+
+    CHECK(done.status == 0);
+    CHECK(says(done.error, "warning: \"Mail Reader\" can be activated over the session bus"));
+}
+
+TEST_CASE("a name in an entry cannot leave the folder") {
+    const Fixture fixture;
+    for (const std::string name : {"../../x", ".hidden", "a\\nb"}) {
+        CAPTURE(name);
+        writeFile(fixture.manager.tmp / "x.desktop", "[Desktop Entry]\nType=Application\nName=" +
+                                                         name + "\nExec=" + fixture.program + "\n");
+        CHECK(fixture.manager.run({"adopt", fixture.manager.tmp / "x.desktop"}).status == 1);
+    }
+    writeFile(fixture.manager.tmp / "x.desktop",
+              "[Desktop Entry]\nType=Application\nName=A/B\nExec=" + fixture.program + "\n");
+    CHECK(fixture.adopt(fixture.manager.tmp / "x.desktop") ==
+          fixture.manager.applications() + "/A-B.app");
+}
+
+TEST_CASE("what stands at the bundle's place is never touched") {
+    const Fixture fixture;
+    fixture.writeEntry("mail", "Exec=" + fixture.program);
+    fixture.adopt("mail");
+    const auto before = snapshot(fixture.manager.tmp.path());
+
+    CHECK(says(fixture.manager.refusal({"adopt", "mail"}), "already"));
+
+    CHECK(snapshot(fixture.manager.tmp.path()) == before);
+}
+
+TEST_CASE("adopt tells programs the bundle as JSON") {
+    const Fixture fixture;
+
+    CHECK(fixture.manager.json({"adopt", fixture.program, "--json"}) ==
+          nlohmann::json{{"bundleURL", fixture.manager.applications() + "/mailer.app"}});
+}
+
+} // namespace korvane::test

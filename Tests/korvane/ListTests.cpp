@@ -1,0 +1,124 @@
+#include "Manager.h"
+
+namespace korvane::test {
+
+TEST_CASE("list shows the instances of the default folder in order") {
+    const Manager manager;
+    manager.create({"command", "beta", aProgram});
+    manager.create({"command", "Alpha", aProgram});
+
+    const auto text = manager.result({"list"});
+    const auto json = manager.json({"list", "--json"});
+
+    CHECK(text.find("Alpha") < text.find("beta"));
+    REQUIRE(json.size() == 2);
+    CHECK(json[0]["bundleURL"] == manager.applications() + "/Alpha.app");
+    CHECK(json[0]["config"]["displayName"] == "Alpha");
+    CHECK(json[0]["config"]["commandArgs"] == nlohmann::json::array());
+    CHECK_FALSE(json[0].contains("iconURL"));
+    CHECK_FALSE(json[0]["config"].contains("url"));
+}
+
+TEST_CASE("list takes folders in place of the default one") {
+    const Manager manager;
+    manager.create({"command", "Default", aProgram});
+    manager.create({"command", "One", aProgram, "--output", manager.tmp / "one"});
+    manager.create({"command", "Two", aProgram, "--output", manager.home / "two"});
+
+    const auto json = manager.json({"list", "--in", "one", "--in=~/two", "--json"});
+
+    REQUIRE(json.size() == 2);
+    CHECK(json[0]["bundleURL"] == manager.tmp / "one/One.app");
+    CHECK(json[1]["bundleURL"] == manager.home / "two/Two.app");
+}
+
+TEST_CASE("an empty list is an empty result and a hint") {
+    const Manager manager;
+
+    const auto done = manager.run({"list"});
+
+    CHECK(done.status == 0);
+    CHECK(done.output.empty());
+    CHECK(says(done.error, "korvane create app"));
+    CHECK(manager.result({"list", "--json"}) == "[]\n");
+}
+
+TEST_CASE("a name in a list cannot fake a line or turn the text around") {
+    const Manager manager;
+    auto config = smallestConfig();
+    config.displayName = "a\nb\x1b[31m\xe2\x80\xae"
+                         "c";
+    writeWrapper(manager.applications() + "/x.app", config);
+
+    const auto text = manager.result({"list"});
+
+    CHECK(contains(text, "a\\nb\\u{1B}[31m\\u{202E}c"));
+    CHECK(std::count(text.begin(), text.end(), '\n') == 2);
+}
+
+TEST_CASE("lists and JSON survive file names that are not UTF-8") {
+    const Manager manager;
+    writeWrapper(manager.applications() + "/bad\xff.app", smallestConfig());
+
+    CHECK(contains(manager.result({"list"}), "bad\xef\xbf\xbd.app"));
+    CHECK(manager.json({"list", "--json"})[0]["bundleURL"] ==
+          manager.applications() + "/bad\xef\xbf\xbd.app");
+    CHECK(manager.json({"show", manager.applications() + "/bad\xff.app",
+                        "--json"})["config"]["displayName"] == "Mail");
+}
+
+TEST_CASE("show tells one instance by name and by path") {
+    const Manager manager;
+    const auto icon = writeFile(manager.tmp / "icon.png", "picture");
+    const auto bundle = manager.create({"command", "Work", aProgram, "--icon", icon});
+
+    const auto json = manager.json({"show", "Work", "--json"});
+
+    CHECK(json["bundleURL"] == bundle);
+    CHECK(json["iconURL"] == bundle + "/Contents/Resources/AppIcon.icns");
+    CHECK(manager.json({"show", bundle + "/", "--json"}) == json);
+    CHECK(manager.json({"show", "user/Applications/Work.app", "--json"}) == json);
+    CHECK(contains(manager.result({"show", "Work"}), "/bin/true"));
+}
+
+TEST_CASE("a name is exact") {
+    const Manager manager;
+    manager.create({"command", "Work", aProgram});
+
+    CHECK(says(manager.refusal({"show", "work"}), "Did you mean \"Work\"?"));
+    CHECK(says(manager.refusal({"show", "Work "}), "No instance is called \"Work \""));
+    CHECK(says(manager.refusal({"show", ""}), "No instance is called \"\""));
+}
+
+TEST_CASE("several instances of one name are refused and listed") {
+    const Manager manager;
+    writeWrapper(manager.applications() + "/one.app", smallestConfig());
+    writeWrapper(manager.applications() + "/two.app", smallestConfig());
+
+    for (const std::string verb : {"show", "open", "run", "logs", "delete", "migrate"}) {
+        CAPTURE(verb);
+        const auto error = manager.refusal({verb, "Mail"});
+        CHECK(contains(error, "\n  " + manager.applications() + "/one.app"));
+        CHECK(contains(error, "\n  " + manager.applications() + "/two.app"));
+    }
+    CHECK(manager.json({"show", manager.applications() + "/two.app", "--json"})["bundleURL"] ==
+          manager.applications() + "/two.app");
+}
+
+TEST_CASE("a path without an instance is refused") {
+    const Manager manager;
+    manager.installApp("Mail", "org.example.mail");
+    CHECK(says(manager.refusal({"show", manager.applications() + "/Mail.app"}),
+               "There is no instance at " + manager.applications() + "/Mail.app"));
+}
+
+TEST_CASE("a damaged configuration is refused with the reason, and not listed") {
+    const Manager manager;
+    writeWrapper(manager.applications() + "/x.app", R"({"displayName": "x", "bundleId": 1})");
+
+    CHECK(says(manager.refusal({"show", manager.applications() + "/x.app"}),
+               "is damaged: its configuration cannot be read. Type mismatch at bundleId"));
+    CHECK(manager.result({"list", "--json"}) == "[]\n");
+}
+
+} // namespace korvane::test

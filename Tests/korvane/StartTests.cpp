@@ -1,0 +1,178 @@
+#include "Manager.h"
+#include "Support/Report.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace korvane::test {
+
+namespace {
+
+Path makeFifo(const Path& path) {
+    REQUIRE(::mkfifo(path.c_str(), 0600) == 0);
+    return path;
+}
+
+/// Blocks until a program has opened the named pipe, written to it and closed it.
+std::string readFifo(const Path& fifo) { return readFile(fifo); }
+
+} // namespace
+
+TEST_CASE("run hands on the program's exit status") {
+    const Manager manager;
+    manager.create({"command", "Seven", "/bin/sh", "--", "-c", "exit 7"});
+    manager.create({"command", "Zero", aProgram});
+
+    CHECK(manager.run({"run", "Seven"}).status == 7);
+    CHECK(manager.run({"run", "Zero"}).status == 0);
+}
+
+TEST_CASE("run shows what the runner says, and nothing of its own") {
+    const Manager manager;
+    manager.create({"web", "Site", "https://example.org/"});
+
+    const auto done = manager.run({"run", "Site"});
+
+    CHECK(done.status == 1);
+    CHECK(done.output.empty());
+    CHECK(done.error ==
+          "runner: failed to launch instance — App not clonable: web shortcuts run in "
+          "the runner's web host\n");
+}
+
+TEST_CASE("a signal that ends run reaches the program") {
+    const Manager manager;
+    const auto fifo = makeFifo(manager.tmp / "fifo");
+    manager.create(
+        {"command", "Probe", KORVANE_TEST_PROBE, "--", "signals", fifo, std::to_string(SIGTERM)});
+
+    RunningProgram program(manager.setup({"run", "Probe"}));
+    const int reader = ::open(fifo.c_str(), O_RDONLY);
+    char ready[6];
+    REQUIRE(::read(reader, ready, sizeof ready) == 6);
+    program.send(SIGTERM);
+
+    CHECK(program.wait().status == 40);
+    ::close(reader);
+}
+
+TEST_CASE("open starts the wrapper in a session of its own and does not wait for it") {
+    const Manager manager;
+    const auto go = makeFifo(manager.tmp / "go");
+    const auto out = makeFifo(manager.tmp / "out");
+    manager.create({"command", "Slow", "/bin/sh", "--", "-c",
+                    "read x < '" + go + "'; " KORVANE_TEST_PROBE " report '" +
+                        (manager.tmp / "report") + "' $(ps -o sid= -p $PPID) $PPID; echo done > '" +
+                        out + "'"});
+
+    const auto done = manager.run({"open", "Slow"});
+    writeFile(go, "x\n");
+    CHECK(readFifo(out) == "done\n");
+
+    CHECK(done.status == 0);
+    CHECK(done.output.empty());
+    CHECK(says(done.error, "Opened \"Slow\"."));
+    CHECK(says(done.error, "korvane logs -f Slow\n"));
+    const Report report(manager.tmp / "report");
+    const auto arguments = report.lines("arg");
+    REQUIRE(arguments.size() == 2);
+    CHECK(arguments[0] == arguments[1]); // the runner leads its session
+    CHECK(report.lines("fd").front() == "0 /dev/null");
+}
+
+TEST_CASE("open refuses what could only fail unseen") {
+    const Manager manager;
+    manager.installApp("Mail", "org.example.mail");
+    manager.create({"web", "Site", "https://example.org/"});
+    manager.create({"app", "Fixed", "Mail", "--strategy", "unsupported"});
+    const auto damaged = manager.create({"command", "Damaged", aProgram});
+    ::unlink((damaged + "/Contents/MacOS/runner").c_str());
+    const auto moved = manager.create({"app", "Moved", "Mail"});
+    ::rename((manager.applications() + "/Mail.app").c_str(), (manager.tmp / "gone").c_str());
+
+    CHECK(says(manager.refusal({"open", "Site"}), "cannot host web sites yet"));
+    CHECK(says(manager.refusal({"open", "Damaged"}), "no runner"));
+    CHECK(says(manager.refusal({"open", "Moved"}), "Not a readable .app bundle: "));
+    ::rename((manager.tmp / "gone").c_str(), (manager.applications() + "/Mail.app").c_str());
+    CHECK(says(manager.refusal({"open", "Fixed"}), "App not clonable: org.example.mail"));
+}
+
+TEST_CASE("an instance of an application runs with its own home and arguments") {
+    const Manager manager;
+    manager.installApp("Mail", "org.mozilla.mail");
+    manager.create({"app", "Work", "Mail", "--add-arg", "a b"});
+
+    CHECK(manager.run({"run", "Work"}).status == 0);
+
+    CHECK(manager.result({"logs", "Work"}) ==
+          "-profile\n" + manager.instanceHome("Work") + "/FirefoxProfile\n-no-remote\na b\n");
+}
+
+TEST_CASE("logs shows the whole log") {
+    const Manager manager;
+    manager.create({"command", "Echo", "/bin/echo", "--", "one"});
+
+    manager.run({"run", "Echo"});
+    manager.run({"run", "Echo"});
+
+    CHECK(manager.result({"logs", "Echo"}) == "one\none\n");
+}
+
+TEST_CASE("a log that is not there yet is a failure with a hint") {
+    const Manager manager;
+    manager.create({"command", "Echo", "/bin/echo"});
+    CHECK(says(manager.refusal({"logs", "Echo"}), "korvane open Echo"));
+}
+
+TEST_CASE("logs follows what is written, from before the log exists until it is ended") {
+    const Manager manager;
+    manager.create({"command", "Echo", "/bin/echo"});
+    const auto fifo = makeFifo(manager.tmp / "out");
+    auto setup = manager.setup({"logs", "Echo", "-f"});
+    setup.command[2] = "exec \"$@\" </dev/null >'" + fifo + "'";
+    const auto log = manager.instanceHome("Echo") + "/korvane-instance.log";
+
+    RunningProgram program(setup);
+    std::ifstream lines(fifo);
+    const auto append = [&](const std::string& text) {
+        std::ofstream(log, std::ios::app) << text << std::flush;
+    };
+    std::string line;
+    append("one\n");
+    std::getline(lines, line);
+    CHECK(line == "one");
+    append("two\n");
+    std::getline(lines, line);
+    CHECK(line == "two");
+    writeFile(log, "3\n"); // begun anew
+    std::getline(lines, line);
+    CHECK(line == "3");
+
+    program.send(SIGINT);
+    CHECK(program.wait().signal == SIGINT);
+}
+
+TEST_CASE("logs ends when nobody reads any more") {
+    const Manager manager;
+    manager.create({"command", "Echo", "/bin/echo", "--", "one"});
+    manager.run({"run", "Echo"});
+    const auto fifo = makeFifo(manager.tmp / "out");
+    auto setup = manager.setup({"logs", "Echo", "-f"});
+    setup.command[2] = "exec \"$@\" </dev/null >'" + fifo + "'";
+
+    RunningProgram program(setup);
+    {
+        std::ifstream lines(fifo);
+        std::string line;
+        std::getline(lines, line);
+        CHECK(line == "one");
+    }
+
+    CHECK(program.wait().status == 0);
+}
+
+} // namespace korvane::test
