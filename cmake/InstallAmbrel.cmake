@@ -7,10 +7,16 @@ set(AMBREL_PKGCONFIG_DIR "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 install(TARGETS Ambrel EXPORT AmbrelTargets ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 
 # What lies in these two folders is public; the folders below Platform hold the backends, and
-# Support what the library needs for itself.
+# Support what the library needs for itself, but for the pictures and shapes that the drawing of
+# labels is told in.
 foreach(folder IN ITEMS Ambrel Ambrel/Platform)
     file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/Sources/${folder}/*.h")
     install(FILES ${headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}")
+endforeach()
+
+foreach(header IN ITEMS Canvas Icns Image Outline)
+    install(FILES "${PROJECT_SOURCE_DIR}/Sources/Ambrel/Support/${header}.h"
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/Ambrel/Support")
 endforeach()
 
 install(EXPORT AmbrelTargets NAMESPACE Ambrel:: DESTINATION "${AMBREL_PACKAGE_DIR}")

@@ -59,13 +59,13 @@ bool hasVisibleLabel(const InstanceConfig& config) {
     return config.iconLabel && !text::trimmingWhitespace(config.iconLabel->text).empty();
 }
 
-/// Whether the labelled icon was written. A label that cannot be drawn is not worth failing for:
-/// the wrapper gets the plain icon.
+/// Whether the labelled icon was written. A label that cannot be drawn is not worth failing for,
+/// whatever the reason: the wrapper gets the plain icon.
 bool tryCompose(const Path& source, const IconLabel& label, const Path& destination) {
     try {
         IconComposer::compose(source, label, destination);
         return true;
-    } catch (const IconComposer::ComposeError&) {
+    } catch (const std::exception&) {
         return false;
     }
 }

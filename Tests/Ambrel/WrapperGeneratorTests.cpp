@@ -1,9 +1,12 @@
 #include "Ambrel/WrapperGenerator.h"
 
+#include "Ambrel/ImageFile.h"
 #include "Ambrel/Platform/FileError.h"
+#include "Ambrel/Platform/Images.h"
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
+#include "Support/Pictures.h"
 #include "Support/Programs.h"
 
 using namespace ambrel;
@@ -368,4 +371,40 @@ TEST_CASE("the declared name is AppIcon and never has the extension") {
 
     CHECK(declaredIcon(bundle) == "AppIcon");
     CHECK(namesIn(bundle + "/Contents/Resources") == Strings{"AppIcon.icns", "instance.json"});
+}
+
+TEST_CASE("a label is drawn onto the custom icon, or onto the target's") {
+    const TempDir tmp;
+    const Fonts fonts(tmp);
+    const auto png = images::encodePng(filledPicture(256, 256, blue));
+    const auto target = AppBundleBuilder(tmp / "App.app")
+                            .executable("app", "")
+                            .iconFile("Foo")
+                            .file("Contents/Resources/Foo.icns", png)
+                            .write();
+    auto onCustom = toolOptions(tmp);
+    onCustom.customIcon = writeFile(tmp / "picture.png", png);
+    for (auto options : {onCustom, appOptions(tmp, target)}) {
+        options.config.iconLabel = IconLabel{"i", "FF0000", IconLabel::Position::center};
+
+        const auto bundle = generate(tmp, options);
+
+        const auto drawn = imagesIn(readFile(iconOf(bundle)));
+        REQUIRE(drawn.size() == 7);
+        CHECK(pixelAt(drawn.front(), 512, 512) == red);
+        CHECK(pixelAt(drawn.front(), 10, 10) == blue);
+        CHECK(declaredIcon(bundle) == "AppIcon");
+        CHECK(namesIn(bundle + "/Contents/Resources") == Strings{"AppIcon.icns", "instance.json"});
+    }
+}
+
+TEST_CASE("a blank label leaves a picture as it is, byte for byte") {
+    const TempDir tmp;
+    auto options = toolOptions(tmp);
+    const auto png = images::encodePng(filledPicture(32, 32, blue));
+    options.customIcon = writeFile(tmp / "picture.png", png);
+    for (const std::string text : {"", "  \t "}) {
+        options.config.iconLabel = IconLabel{text, "FF0000", IconLabel::Position::top};
+        CHECK(readFile(iconOf(generate(tmp, options))) == png);
+    }
 }

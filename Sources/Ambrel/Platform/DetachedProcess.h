@@ -1,13 +1,18 @@
 #pragma once
 
 #include "Ambrel/Path.h"
+#include "Ambrel/Platform/OwnedFd.h"
+
+#include <memory>
 
 namespace ambrel {
 
 /// Starts the program at `executable` (absolute) without arguments, in a session of its own, with
-/// the three standard streams on /dev/null and this process's environment and working directory.
+/// the standard streams on /dev/null (standard error on `standardError` where that is not null) and
+/// this process's environment and working directory.
 /// It lives on when this process or its terminal ends. Throws ChildProcessError when it cannot be
 /// started.
-void launchDetached(const Path& executable);
+void launchDetached(const Path& executable,
+                    const std::shared_ptr<const OwnedFd>& standardError = {});
 
 } // namespace ambrel

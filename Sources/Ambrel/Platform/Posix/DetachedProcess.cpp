@@ -15,10 +15,15 @@ namespace ambrel {
 
 namespace {
 
-void discardStreams(posix_spawn_file_actions_t& actions) {
+void setStreams(posix_spawn_file_actions_t& actions,
+                const std::shared_ptr<const OwnedFd>& standardError) {
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    if (standardError) {
+        posix_spawn_file_actions_adddup2(&actions, standardError->get(), STDERR_FILENO);
+    } else {
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    }
 }
 
 void setFreshStart(posix_spawnattr_t& attributes) {
@@ -33,12 +38,12 @@ void setFreshStart(posix_spawnattr_t& attributes) {
 
 } // namespace
 
-void launchDetached(const Path& executable) {
+void launchDetached(const Path& executable, const std::shared_ptr<const OwnedFd>& standardError) {
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
     posix_spawn_file_actions_init(&actions);
     posix_spawnattr_init(&attributes);
-    discardStreams(actions);
+    setStreams(actions, standardError);
     setFreshStart(attributes);
     Path name = executable;
     char* const arguments[] = {name.data(), nullptr};

@@ -1,10 +1,12 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/OwnedFd.h"
 #include "Ambrel/Platform/Posix/CopyTree.h"
+#include "Ambrel/Platform/Posix/Descriptor.h"
 #include "Ambrel/Platform/Posix/ExclusiveRename.h"
 #include "Ambrel/Platform/Posix/PathBytes.h"
 #include "Ambrel/Platform/Posix/Retry.h"
 
+#include <cstdio>
 #include <fcntl.h>
 #include <random>
 #include <unistd.h>
@@ -74,6 +76,19 @@ void move(const Path& source, const Path& destination) {
     const int error = renameExclusively(pathBytes("move", from), pathBytes("move", to));
     if (error == EXDEV) return moveAcrossFileSystems(from, to);
     if (error != 0) throw FileError("move", source, error);
+}
+
+void replace(const Path& file, std::string_view bytes) {
+    const auto temporary = temporaryBeside(file);
+    const auto fd = OwnedFd::open("write", temporary, O_WRONLY | O_CREAT | O_EXCL);
+    try {
+        writeAll(fd.get(), bytes, "write", file);
+        const int result = ::rename(temporary.c_str(), pathBytes("write", file));
+        if (result != 0) throwFileError("write", file);
+    } catch (const FileError&) {
+        removeRemains(temporary);
+        throw;
+    }
 }
 
 void exchange(const Path& left, const Path& right) {
