@@ -64,7 +64,9 @@ int adopt(const AdoptOptions& options, const Surroundings& surroundings) {
     for (const auto& warning : adoption.warnings) warn(surroundings, warning);
     say(surroundings, "Adopted " + ambrel::utf8::oneLine(adoption.call.program) + " as " +
                           inQuotes(adoption.name) + ".");
-    if (!adoption.icon) say(surroundings, "It has no icon: no PNG picture was found for it.");
+    if (!ambrel::fileSystem::exists(BundleLayout{bundle}.icon())) {
+        say(surroundings, "It has no icon: no picture was found for it that could be read.");
+    }
     say(surroundings, "Make an instance of it with: korvane create app NAME " +
                           shellWord(nameFor(adoption, bundle)));
     if (options.asJson) {

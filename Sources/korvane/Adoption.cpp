@@ -6,6 +6,7 @@
 #include "Ambrel/Platform/Text.h"
 #include "Ambrel/Support/Utf8.h"
 #include "korvane/Applications.h"
+#include "korvane/IconFile.h"
 #include "korvane/InstalledPrograms.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
@@ -77,7 +78,8 @@ Adoption fromEntry(const Path& file, const Surroundings& surroundings) {
     const std::string id{paths::stem(file)};
     requireUtf8(id, "the desktop entry's name");
     Adoption adoption;
-    adoption.name = bundleName(entry.string("Name").value_or(id));
+    const auto name = entry.string("Name").value_or("");
+    adoption.name = bundleName(name.empty() ? id : name);
     adoption.identifier = wellKnownIdentifier(id).value_or(id);
     call.program = requireProgram(call.program, surroundings);
     adoption.call = std::move(call);
@@ -163,8 +165,7 @@ void writeAdoptedBundle(const Adoption& adoption, const Path& bundle) {
     };
     fileSystem::createFolders(layout.executables());
     fileSystem::createFolders(layout.resources());
-    if (adoption.icon) {
-        fileSystem::copyFile(*adoption.icon, layout.icon());
+    if (adoption.icon && tryConvertToIconFile(*adoption.icon, layout.icon())) {
         info.insert({"CFBundleIconFile", {std::string(BundleLayout::iconName)}});
     }
     const auto place = paths::join(layout.executables(), executable);

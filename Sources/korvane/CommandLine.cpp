@@ -7,6 +7,7 @@
 #include "korvane/DeleteVerb.h"
 #include "korvane/EditVerb.h"
 #include "korvane/HelpFormatter.h"
+#include "korvane/IconVerbs.h"
 #include "korvane/ListVerbs.h"
 #include "korvane/LogsVerb.h"
 #include "korvane/ManagerError.h"
@@ -117,14 +118,14 @@ const Verb* CommandLine::find(const std::string& name) const {
 
 const Verb& CommandLine::requireVerb(const std::vector<std::string>& words) const {
     const auto& first = words.front();
+    if (words.size() > 1) {
+        if (const auto* verb = find(first + " " + words[1])) return *verb;
+    }
     if (const auto* verb = find(first)) return *verb;
     const auto below = namesBelow(first);
     if (below.empty()) {
         throw UsageError(inQuotes(first) + " is no command." + guess(first, namesBelow("")) +
                          " See: korvane --help");
-    }
-    if (words.size() > 1) {
-        if (const auto* verb = find(first + " " + words[1])) return *verb;
     }
     const auto typed = words.size() > 1 ? words[1] : "";
     std::string list;
@@ -185,10 +186,10 @@ int CommandLine::help(const std::vector<std::string>& words,
 
 std::vector<Verb> allVerbs() {
     return {
-        createAppVerb(), createWebVerb(), createFileVerb(), createCommandVerb(),
-        adoptVerb(),     listVerb(),      showVerb(),       openVerb(),
-        runVerb(),       logsVerb(),      editVerb(),       migrateVerb(),
-        deleteVerb(),    appsVerb(),      inspectVerb(),    profileCheckVerb(),
+        createAppVerb(),    createWebVerb(), createFileVerb(), createCommandVerb(), adoptVerb(),
+        listVerb(),         showVerb(),      openVerb(),       runVerb(),           logsVerb(),
+        editVerb(),         migrateVerb(),   deleteVerb(),     appsVerb(),          inspectVerb(),
+        profileCheckVerb(), iconVerb(),      iconLintVerb(),
     };
 }
 

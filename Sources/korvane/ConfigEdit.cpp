@@ -22,6 +22,7 @@ namespace {
 
 using List = std::vector<std::string>;
 using OptionalText = std::optional<std::string>;
+using OptionalLabel = std::optional<ambrel::IconLabel>;
 
 /// How a text becomes a stored one.
 enum class TextForm { plain, path, expandedPath };
@@ -37,7 +38,7 @@ struct OptionalField {
 
 using Field = std::variant<TextField, OptionalField, bool InstanceConfig::*, List InstanceConfig::*,
                            StringMap InstanceConfig::*, ShortcutKind InstanceConfig::*,
-                           Strategy InstanceConfig::*>;
+                           Strategy InstanceConfig::*, OptionalLabel InstanceConfig::*>;
 
 const std::vector<std::pair<std::string, Field>>& fields() {
     using C = InstanceConfig;
@@ -49,6 +50,7 @@ const std::vector<std::pair<std::string, Field>>& fields() {
         {"strategy", &C::strategy},
         {"extraArgs", &C::extraArgs},
         {"environment", &C::environment},
+        {"iconLabel", &C::iconLabel},
         {"menuBarIcon", &C::menuBarIcon},
         {"menuBarIconTemplate", &C::menuBarIconTemplate},
         {"shareUserFolders", &C::shareUserFolders},
@@ -71,7 +73,6 @@ const std::vector<std::pair<std::string, std::string>>& bundleKeys() {
         {"infoPlistOverrides", "with --replace --plist K=V"},
         {"registerAsBrowser", "with --replace --browser, or without"},
         {"openWithPassthrough", "with --replace --open-with, or without"},
-        {"iconLabel", "with --replace --label TEXT"},
         {"customIcon", "with --replace --icon FILE"},
         {"hideWrapperIcon", "with --replace --hide-icon, or without"},
         {"outputDir", "with --output DIR, after deleting this one"},
@@ -114,6 +115,17 @@ const Field& requireField(const std::string& key) {
 /// The value as JSON; "discarded" when it is none.
 json parsed(const std::string& value) { return json::parse(value, nullptr, false); }
 
+/// No program can be given a text with a NUL character in it.
+bool isUsableText(const json& element) {
+    return element.is_string() &&
+           element.get_ref<const std::string&>().find('\0') == std::string::npos;
+}
+
+bool isVariableName(const std::string& name) {
+    return !name.empty() && name.find('=') == std::string::npos &&
+           name.find('\0') == std::string::npos;
+}
+
 bool booleanFrom(const std::string& key, const std::string& value) {
     const auto found = parsed(value);
     if (!found.is_boolean()) refuseValue(key, value, "true or false");
@@ -122,18 +134,37 @@ bool booleanFrom(const std::string& key, const std::string& value) {
 
 List listFrom(const std::string& key, const std::string& value) {
     const auto found = parsed(value);
-    const bool fits = found.is_array() && std::all_of(found.begin(), found.end(),
-                                                      [](const json& e) { return e.is_string(); });
+    const bool fits = found.is_array() && std::all_of(found.begin(), found.end(), isUsableText);
     if (!fits) refuseValue(key, value, R"(a JSON list of texts, as in ["-x", "y"])");
     return found.get<List>();
 }
 
 StringMap mapFrom(const std::string& key, const std::string& value) {
     const auto found = parsed(value);
-    const bool fits = found.is_object() && std::all_of(found.begin(), found.end(),
-                                                       [](const json& e) { return e.is_string(); });
+    const bool fits = found.is_object() && std::all_of(found.begin(), found.end(), isUsableText);
     if (!fits) refuseValue(key, value, R"(a JSON object of texts, as in {"LANG": "C"})");
-    return found.get<StringMap>();
+    auto map = found.get<StringMap>();
+    for (const auto& [name, ignored] : map) {
+        if (!isVariableName(name)) refuseValue(key, value, "names of variables");
+    }
+    return map;
+}
+
+ambrel::IconLabel labelFrom(const std::string& key, const std::string& value) {
+    const auto found = parsed(value);
+    const auto text = [&](const char* name) {
+        const bool fits = found.is_object() && found.contains(name) && isUsableText(found[name]);
+        return fits ? found[name].get<std::string>() : std::string();
+    };
+    const auto position = ambrel::fromRawValue<ambrel::IconLabel::Position>(text("position"));
+    const bool fits = position && text("colorHex").size() >= 6 && found.contains("text") &&
+                      isUsableText(found["text"]);
+    if (!fits) {
+        refuseValue(
+            key, value,
+            R"(a JSON label, as in {"text": "A", "colorHex": "FFFFFF", "position": "top"})");
+    }
+    return {text("text"), checkedColor(text("colorHex")), *position};
 }
 
 template <class Enum> Enum enumFrom(const std::string& key, const std::string& value) {
@@ -167,6 +198,9 @@ struct Setter {
     void operator()(List InstanceConfig::*member) const { config.*member = listFrom(key, value); }
     void operator()(StringMap InstanceConfig::*member) const {
         config.*member = mapFrom(key, value);
+    }
+    void operator()(OptionalLabel InstanceConfig::*member) const {
+        config.*member = labelFrom(key, value);
     }
     void operator()(ShortcutKind InstanceConfig::*member) const {
         config.*member = enumFrom<ShortcutKind>(key, value);

@@ -49,15 +49,6 @@ StringMap mapFrom(const std::vector<std::string>& texts, const std::string& opti
     return map;
 }
 
-template <class Enum> Enum enumFrom(const std::string& text, const std::string& option) {
-    if (const auto value = ambrel::fromRawValue<Enum>(text)) return *value;
-    std::string known;
-    for (const auto& [ignored, raw] : ambrel::RawValues<Enum>::table) {
-        known += (known.empty() ? "" : ", ") + std::string(raw);
-    }
-    throw UsageError(option + " is one of " + known + ", not " + inQuotes(text) + ".");
-}
-
 std::optional<IconLabel> labelFrom(const CreateOptions& options) {
     if (!options.label) {
         if (!options.labelColor && !options.labelPosition) return std::nullopt;

@@ -81,7 +81,7 @@ Verb createVerb(ShortcutKind kind, std::string summary, std::vector<std::string>
 
 Verb createAppVerb() {
     return createVerb(ShortcutKind::app, "Make an isolated copy of an application.",
-                      {"korvane create app Work Chromium",
+                      {"korvane create app Work \"Chromium Web Browser\"",
                        "korvane create app Work ~/Applications/Chromium.app --add-arg --incognito",
                        "korvane create app Work org.mozilla.firefox --home ~/Work --replace"},
                       "APP",

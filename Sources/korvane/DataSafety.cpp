@@ -61,6 +61,11 @@ void requireDeletableData(const InstanceRecord& record,
                             ambrel::fileSystem::isSameItem(other.bundleURL, record.bundleURL);
         if (!isSelf) requireApartFrom(other, *home);
     }
+    if (ambrel::fileSystem::kindOf(Path(ambrel::paths::withoutTrailingSlashes(*home))) ==
+        ambrel::fileSystem::ItemKind::symbolicLink) {
+        throw Refusal("The data is not deleted: its home " + ambrel::utf8::oneLine(*home) +
+                      " is a link to another folder.");
+    }
 }
 
 } // namespace korvane

@@ -3,11 +3,13 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Support/Utf8.h"
 #include "korvane/DataSafety.h"
-#include "korvane/FolderRelation.h"
 #include "korvane/Instances.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
 #include "korvane/Options.h"
+#include "korvane/StagingFolder.h"
+
+#include <memory>
 
 namespace korvane {
 
@@ -29,8 +31,10 @@ bool exists(const Path& path) { return ambrel::fileSystem::kindOf(path).has_valu
 
 /// Returns false when the user says no.
 bool agreed(const DeleteOptions& options, const Path& home, const Surroundings& surroundings) {
-    if (options.yes || !exists(home)) return true;
-    if (!surroundings.inputIsTerminal || options.noInput) {
+    if (options.yes) return true;
+    // A question that goes into a file is not seen either.
+    const bool canAsk = surroundings.inputIsTerminal && surroundings.messagesAreTerminal;
+    if (!canAsk || options.noInput) {
         throw Refusal("Deleting the data in " + ambrel::utf8::oneLine(home) +
                       " cannot be undone, and nobody can be asked. Say so with --yes.");
     }
@@ -38,9 +42,42 @@ bool agreed(const DeleteOptions& options, const Path& home, const Surroundings& 
                    "Delete all data in " + ambrel::utf8::oneLine(home) + " for good?");
 }
 
-int deleteBundle(const InstanceRecord& record, const Surroundings& surroundings) {
-    InstanceRegistry().remove(record, UserData::keep);
+std::unique_ptr<StagingFolder> movedAside(const Path& bundle) {
+    try {
+        auto staging =
+            std::make_unique<StagingFolder>(Path(ambrel::paths::deletingLastComponent(bundle)));
+        ambrel::fileSystem::move(
+            bundle, ambrel::paths::join(staging->path(), ambrel::paths::lastComponent(bundle)));
+        return staging;
+    } catch (const ambrel::FileError& error) {
+        throw Refusal("Cannot delete " + ambrel::utf8::oneLine(bundle) + ". " +
+                      error.description());
+    }
+}
+
+/// Moves the bundle aside in one step before anything in it is removed, so that a failure leaves
+/// it whole. A link to a bundle is no bundle: it goes by itself.
+void removeBundle(const InstanceRecord& record, const Surroundings& surroundings) {
+    const Path bundle{ambrel::paths::withoutTrailingSlashes(record.bundleURL)};
+    if (ambrel::fileSystem::kindOf(bundle) == ambrel::fileSystem::ItemKind::symbolicLink) {
+        ambrel::fileSystem::removeItem(bundle);
+        say(surroundings, "Deleted the link " + ambrel::utf8::oneLine(bundle) +
+                              "; the instance that it leads to is as it was.");
+        return;
+    }
+    const auto staging = movedAside(bundle);
+    const auto hidden = staging->path();
     say(surroundings, "Deleted " + inQuotes(record.config.displayName) + ".");
+    try {
+        staging->remove();
+    } catch (const ambrel::FileError& error) {
+        warn(surroundings, "Its remains could not be removed and lie in " +
+                               ambrel::utf8::oneLine(hidden) + ". " + error.description());
+    }
+}
+
+int deleteBundle(const InstanceRecord& record, const Surroundings& surroundings) {
+    removeBundle(record, surroundings);
     const auto home = usableHome(record.config);
     if (home && exists(*home)) {
         say(surroundings, "Its data stays in " + ambrel::utf8::oneLine(*home) + ".");
@@ -54,17 +91,15 @@ int deleteWithData(const InstanceRecord& record, const DeleteOptions& options,
     requireDeletableData(record, instancesWith(folder));
     const auto home = usableHome(record.config).value_or("");
     if (!agreed(options, home, surroundings)) throw Refusal("Nothing was deleted.");
-    // A home that is a link is removed as a link; what it leads to is looked at afterwards.
-    const auto data = home.empty() ? home : folders::canonical(home);
-    InstanceRegistry().remove(record, UserData::remove);
-    say(surroundings, "Deleted " + inQuotes(record.config.displayName) + ".");
-    for (const auto& place : {home, data}) {
-        if (place.empty() || !exists(place)) continue;
+    const bool hadData = !home.empty() && exists(home);
+    removeBundle(record, surroundings);
+    InstanceRegistry().remove(record, UserData::remove); // the bundle is gone: the data follows
+    if (!hadData) return 0;
+    if (exists(home)) {
         throw Refusal("Its data could not be deleted and is still in " +
-                      ambrel::utf8::oneLine(place) + ".");
+                      ambrel::utf8::oneLine(home) + ".");
     }
-    if (!home.empty())
-        say(surroundings, "Deleted its data in " + ambrel::utf8::oneLine(home) + ".");
+    say(surroundings, "Deleted its data in " + ambrel::utf8::oneLine(home) + ".");
     return 0;
 }
 

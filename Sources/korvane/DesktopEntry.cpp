@@ -128,7 +128,7 @@ private:
                 append("--icon");
                 append(*icon);
             }
-        } else if (!argument.isQuoted && namesFiles(argument.text)) {
+        } else if (isForFiles(argument)) {
             placeFiles();
         } else {
             append(withoutCodes(argument));
@@ -143,6 +143,12 @@ private:
             ++i;
         }
         return false;
+    }
+
+    /// In quotes a field code is not defined; alone it can mean nothing else.
+    static bool isForFiles(const Argument& argument) {
+        if (argument.isQuoted && argument.text.size() != 2) return false;
+        return namesFiles(argument.text);
     }
 
     void placeFiles() {
@@ -161,10 +167,11 @@ private:
     }
 
     std::string withoutCodes(const Argument& argument) const {
-        if (argument.isQuoted) return argument.text;
         std::string text;
         for (std::size_t i = 0; i < argument.text.size(); ++i) {
-            if (argument.text[i] != '%') {
+            const bool isCode = argument.text[i] == '%' &&
+                                (!argument.isQuoted || argument.text.substr(i + 1, 1) == "%");
+            if (!isCode) {
                 text += argument.text[i];
             } else {
                 text += expanded(i + 1 < argument.text.size() ? argument.text[++i] : ' ');

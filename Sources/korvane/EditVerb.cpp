@@ -110,6 +110,9 @@ int editInstance(const EditOptions& options, const Surroundings& surroundings) {
                               "; from now on it uses " +
                               ambrel::utf8::oneLine(config.instanceHome) + ".");
     }
+    if (config.iconLabel != record.config.iconLabel) {
+        say(surroundings, "The icon itself is drawn anew only by: korvane create … --replace");
+    }
     say(surroundings, "See it with: " + commandLine("show", {nameFor(record)}));
     return 0;
 }

@@ -4,6 +4,7 @@
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Support/Utf8.h"
+#include "korvane/IconFile.h"
 #include "korvane/InstanceHome.h"
 #include "korvane/Instances.h"
 #include "korvane/JsonOutput.h"
@@ -85,8 +86,15 @@ void warnAboutMissingHosts(const WrapperFactory::Request& request,
         warn(surroundings, "The runner cannot host menu-bar items yet: this instance will run "
                            "without one.");
     }
-    if (request.iconLabel) {
-        warn(surroundings, "Labels are not drawn yet: the icon stays without one.");
+}
+
+void warnAboutLabel(const InstanceRecord& made, const Surroundings& surroundings) {
+    const auto& label = made.config.iconLabel;
+    if (!label) return;
+    if (!ambrel::fileSystem::exists(BundleLayout{made.bundleURL}.icon())) {
+        warn(surroundings, "There is no icon to draw the label on: give one with --icon.");
+    } else if (const auto obstacle = obstacleTo(*label)) {
+        warn(surroundings, *obstacle);
     }
 }
 
@@ -108,14 +116,42 @@ void warnAboutPaths(const WrapperFactory::Request& request, const Surroundings& 
     check(request.workingDirectory, false);
 }
 
+/// Some fields are stored for every kind and used by few.
+void warnAboutUnusedOptions(const CreateOptions& options, const Surroundings& surroundings) {
+    const auto tell = [&](bool given, const std::string& option, const std::string& hint = "") {
+        if (!given) return;
+        warn(surroundings, option + " is stored, but means nothing to an instance of the kind " +
+                               std::string(rawValue(options.kind)) + "." + hint);
+    };
+    const bool isApp = options.kind == ShortcutKind::app;
+    const bool isCommand = options.kind == ShortcutKind::command;
+    const std::string hint = isCommand ? " A command's arguments stand behind \"--\"." : "";
+    tell(!isApp && !options.args.empty(), "--arg", hint);
+    tell(!isApp && !options.addArgs.empty(), "--add-arg", hint);
+    tell(!isApp && options.strategy, "--strategy");
+    tell(!isApp && options.noShareFolders, "--no-share-folders");
+    tell(!isApp && !isCommand && !options.environment.empty(), "--env");
+    tell(!isCommand && options.workingDirectory, "--working-directory");
+}
+
 struct Made {
     InstanceRecord record;
     bool homeExisted;
 };
 
+/// The chosen icon as an icon file, in `folder` where it was none: a bundle shows no other picture.
+std::optional<Path> iconFor(const WrapperFactory::Request& request, const Path& folder) {
+    const auto& chosen = request.customIcon;
+    if (!chosen || isIconFile(*chosen)) return chosen;
+    const auto converted = ambrel::paths::join(folder, "icon.icns");
+    convertToIconFile(*chosen, converted);
+    return converted;
+}
+
 Path createIn(const Path& folder, const PreparedRequest& prepared) {
     auto request = prepared.request;
     request.outputDir = folder;
+    request.customIcon = iconFor(request, folder);
     try {
         return WrapperFactory(prepared.runner).create(request);
     } catch (const WrapperFactory::FactoryError& error) {
@@ -124,16 +160,19 @@ Path createIn(const Path& folder, const PreparedRequest& prepared) {
     }
 }
 
-void removeOld(StagingFolder& staging, const Path& place) {
+/// The new instance is in place: what cannot be removed of the old one is no failure any more.
+void removeOld(StagingFolder& staging, const Surroundings& surroundings) {
+    const auto hidden = staging.path();
     try {
         staging.remove();
     } catch (const ambrel::FileError& error) {
-        throw Refusal("The new instance stands at " + ambrel::utf8::oneLine(place) +
-                      ", but what it replaced cannot be removed. " + error.description());
+        warn(surroundings, "Remains of what was replaced lie in " + ambrel::utf8::oneLine(hidden) +
+                               ". " + error.description());
     }
 }
 
-Made build(const PreparedRequest& prepared, const Path& place, bool replaces) {
+Made build(const PreparedRequest& prepared, const Path& place, bool replaces,
+           const Surroundings& surroundings) {
     const auto& parent = *prepared.request.outputDir;
     StagingFolder staging(parent);
     const auto built = createIn(staging.path(), prepared);
@@ -149,7 +188,7 @@ Made build(const PreparedRequest& prepared, const Path& place, bool replaces) {
         staging.putInPlace(built, place);
     }
     folders.keep();
-    removeOld(staging, place);
+    removeOld(staging, surroundings);
     return {{place, record->config}, homeExisted};
 }
 
@@ -173,12 +212,18 @@ void makeInstance(const CreateOptions& options, const Surroundings& surroundings
     const auto old = requireReplaceable(place, options.replace);
     requireRunnableTarget(place, request);
 
-    const auto made = build(prepared, place, old.has_value());
+    const auto made = build(prepared, place, old.has_value(), surroundings);
 
     if (prepared.target) warnAboutTarget(*prepared.target, surroundings);
+    warnAboutUnusedOptions(options, surroundings);
     warnAboutMissingHosts(request, surroundings);
+    warnAboutLabel(made.record, surroundings);
     warnAboutPaths(request, surroundings);
     say(surroundings, (old ? "Replaced " : "Created ") + inQuotes(request.displayName) + ".");
+    if (made.homeExisted && !old && !options.home) {
+        warn(surroundings, "Its home was there before, perhaps as that of another instance. Choose "
+                           "one of its own with --home.");
+    }
     tellAboutHome(made, old, surroundings);
     say(surroundings, "Open it with: " + commandLine("open", {nameFor(made.record)}));
     if (options.asJson) {

@@ -69,10 +69,9 @@ InstanceRecord requireInstance(const std::string& name) {
         if (found.size() > 1) refuseSeveral(name, found);
         if (found.size() == 1) return found.front();
     }
+    if (name.empty()) refuseUnknown(name);
     const auto path = usablePath(name);
-    if (!name.empty()) {
-        if (auto record = InstanceRegistry().recordFor(path)) return *record;
-    }
+    if (auto record = InstanceRegistry().recordFor(path)) return *record;
     if (!isPath) refuseUnknown(name);
     refuseUnreadable(path);
     throw Refusal("There is no instance at " + ambrel::utf8::oneLine(path) + ". See: korvane list");

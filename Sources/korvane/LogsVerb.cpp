@@ -9,6 +9,7 @@
 #include "korvane/Messages.h"
 #include "korvane/Options.h"
 
+#include <cerrno>
 #include <fstream>
 #include <ostream>
 
@@ -25,7 +26,10 @@ constexpr int standardOutput = 1;
 /// shorter is written from its start.
 std::streamoff writeFrom(const Path& log, std::streamoff position, std::ostream& out) {
     std::ifstream file(log, std::ios::binary);
-    if (!file) return 0;
+    if (!file) {
+        if (ambrel::fileSystem::isMissing(log)) return 0; // it may begin any moment
+        throw ambrel::FileError("read", log, errno);
+    }
     file.seekg(0, std::ios::end);
     if (file.tellg() < position) position = 0;
     file.seekg(position);
@@ -51,8 +55,11 @@ int logs(const std::string& name, bool following, const Surroundings& surroundin
     const auto home = usableHome(record.config);
     if (!home) throw Refusal("The instance has no home folder, and so no log.");
     const auto log = ambrel::paths::join(*home, ambrel::InstanceLauncher::instanceLogName);
-    const bool exists = ambrel::fileSystem::exists(log);
-    if (!exists && (!following || !ambrel::fileSystem::isFolder(*home))) {
+    if (record.config.kind == ambrel::ShortcutKind::file) {
+        throw Refusal("A document is opened by another program, so that this instance has no log.");
+    }
+    if (ambrel::fileSystem::isMissing(log) &&
+        (!following || !ambrel::fileSystem::isFolder(*home))) {
         throw Refusal("There is no log yet at " + ambrel::utf8::oneLine(log) +
                       ". It begins with: " + commandLine("open", {name}));
     }

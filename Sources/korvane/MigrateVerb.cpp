@@ -1,6 +1,7 @@
 #include "korvane/MigrateVerb.h"
 
 #include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Support/Utf8.h"
 #include "korvane/FolderRelation.h"
@@ -39,6 +40,7 @@ Path requireMigratable(const InstanceRecord& record) {
 void tell(const std::map<std::string, int>& moved, const Surroundings& surroundings) {
     std::size_t total = 0;
     for (const auto& [folder, count] : moved) {
+        if (count == 0) continue;
         total += static_cast<std::size_t>(count);
         say(surroundings, "Moved " + counted(static_cast<std::size_t>(count), "item") +
                               " to your " + folder + ".");
@@ -48,6 +50,8 @@ void tell(const std::map<std::string, int>& moved, const Surroundings& surroundi
 
 int migrate(const std::string& name, bool asJson, const Surroundings& surroundings) {
     const auto home = requireMigratable(requireInstance(name));
+    // The library passes over what it cannot see; here that is a failure to be told.
+    if (!ambrel::fileSystem::isMissing(home)) ambrel::fileSystem::list(home);
     const auto moved = InstanceLauncher::migrateSharedUserFolders(home);
     if (asJson) json::write(moved, surroundings.results);
     tell(moved, surroundings);

@@ -22,6 +22,7 @@ void NewFolders::make(const Path& folder) {
     if (fileSystem::isFolder(folder)) return;
     const Path above{ambrel::paths::deletingLastComponent(folder)};
     if (!above.empty() && above != folder) make(above);
+    if (fileSystem::isFolder(folder)) return; // ".." behind a folder that was missing
     fileSystem::createFolders(folder);
     made_.push_back(folder);
 }
@@ -29,6 +30,7 @@ void NewFolders::make(const Path& folder) {
 void NewFolders::makePrivate(const Path& folder) {
     if (fileSystem::isFolder(folder)) return;
     make(Path(ambrel::paths::deletingLastComponent(folder)));
+    if (fileSystem::isFolder(folder)) return;
     constexpr unsigned ownerOnly = 0700;
     fileSystem::createFolder(folder, ownerOnly);
     made_.push_back(folder);

@@ -6,6 +6,7 @@
 #include "Ambrel/Platform/DetachedProcess.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/SignalRelay.h"
+#include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Support/Utf8.h"
 #include "korvane/Instances.h"
 #include "korvane/ManagerError.h"
@@ -17,6 +18,7 @@ namespace korvane {
 using ambrel::ChildProcess;
 using ambrel::InstanceConfig;
 using ambrel::InstanceRecord;
+using ambrel::Path;
 using ambrel::ShortcutKind;
 
 namespace {
@@ -27,6 +29,18 @@ ambrel::Path requireRunner(const InstanceRecord& record) {
     throw Refusal("The instance " + inQuotes(record.config.displayName) +
                   " is damaged: there is no runner at " + ambrel::utf8::oneLine(runner) +
                   ". Make it anew with: korvane create … --replace");
+}
+
+void requireThere(const std::optional<Path>& path, const std::string& what) {
+    const auto place = ambrel::expandingTilde(path.value_or(""));
+    const bool isAddress = place.find("://") != Path::npos;
+    if (place.empty() || isAddress || ambrel::fileSystem::exists(place)) return;
+    throw Refusal(what + " is not there: " + ambrel::utf8::oneLine(place));
+}
+
+void requireRunnable(const Path& program, const std::string& what) {
+    if (ambrel::fileSystem::isExecutableFile(program)) return;
+    throw Refusal(what + " cannot be run: " + ambrel::utf8::oneLine(program));
 }
 
 /// What a detached start would fail at unseen.
@@ -41,23 +55,28 @@ void requireLaunchable(const InstanceConfig& config) {
     if (config.kind == ShortcutKind::command && config.commandPath.value_or("").empty()) {
         throw LaunchError::unsupported("command shortcut has no executable");
     }
+    if (config.kind == ShortcutKind::file) requireThere(config.openPath, "The document");
+    if (config.kind == ShortcutKind::command) {
+        requireRunnable(ambrel::expandingTilde(*config.commandPath), "The command");
+        requireThere(config.workingDirectory, "The working directory");
+    }
     if (config.kind != ShortcutKind::app) return;
     const auto target = ambrel::AppBundle::read(config.targetAppURL());
     if (!target) throw LaunchError::badBundle(config.targetAppPath);
     if (config.strategy == ambrel::Strategy::unsupported) {
         throw LaunchError::unsupported(target->bundleId);
     }
-    if (!ambrel::fileSystem::isExecutableFile(target->executableURL())) {
-        throw Refusal("The application's program cannot be run: " +
-                      ambrel::utf8::oneLine(target->executableURL()));
-    }
+    requireRunnable(target->executableURL(), "The application's program");
 }
 
 int open(const std::string& name, const Surroundings& surroundings) {
     const auto record = requireInstance(name);
     const auto runner = requireRunner(record);
     requireLaunchable(record.config);
-    ambrel::launchDetached(runner);
+    // Nobody watches the runner's own messages: they go where the instance's are looked for.
+    const auto home = usableHome(record.config);
+    const auto log = home ? ambrel::InstanceLauncher::instanceLogHandle(*home) : nullptr;
+    ambrel::launchDetached(runner, log);
     say(surroundings, "Opened " + inQuotes(record.config.displayName) + ".");
     if (record.config.kind != ShortcutKind::file) {
         say(surroundings, "See what it writes with: " + commandLine("logs -f", {nameFor(record)}));

@@ -66,12 +66,22 @@ void requireUtf8(std::string_view text, const std::string& what) {
     throw Refusal("The text of " + what + " is not UTF-8: " + inQuotes(text));
 }
 
+namespace {
+
+void requirePath(std::string_view text) {
+    if (text.empty()) throw UsageError("A path is missing: the text given for it is empty.");
+}
+
+} // namespace
+
 ambrel::Path storedPath(std::string_view text) {
+    requirePath(text);
     if (text.starts_with('~')) return withoutDots(ambrel::Path(text));
     return withoutDots(ambrel::fileSystem::absolute(ambrel::Path(text)));
 }
 
 ambrel::Path usablePath(std::string_view text) {
+    requirePath(text);
     const ambrel::Path path{ambrel::paths::withoutTrailingSlashes(text)};
     return withoutDots(ambrel::fileSystem::absolute(ambrel::expandingTilde(path)));
 }
@@ -82,7 +92,8 @@ std::string checkedColor(const std::string& text) {
                            return std::isxdigit(static_cast<unsigned char>(c)) != 0;
                        });
     if (!valid) {
-        throw UsageError("A color is six hexadecimal digits, as in FF8800, not " + inQuotes(text));
+        throw UsageError("A color is six hexadecimal digits, as in FF8800, not " + inQuotes(text) +
+                         ".");
     }
     return text;
 }

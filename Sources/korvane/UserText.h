@@ -1,6 +1,9 @@
 #pragma once
 
 #include "Ambrel/Path.h"
+#include "Ambrel/RawValue.h"
+#include "korvane/ManagerError.h"
+#include "korvane/Messages.h"
 
 #include <string>
 #include <string_view>
@@ -23,5 +26,15 @@ ambrel::Path usablePath(std::string_view text);
 
 /// The six hexadecimal digits of a color, an optional "#" in front. Throws UsageError.
 std::string checkedColor(const std::string& text);
+
+/// The value that `text` names. Throws UsageError, with the known ones, for another text.
+template <class Enum> Enum enumFrom(const std::string& text, const std::string& option) {
+    if (const auto value = ambrel::fromRawValue<Enum>(text)) return *value;
+    std::string known;
+    for (const auto& [ignored, raw] : ambrel::RawValues<Enum>::table) {
+        known += (known.empty() ? "" : ", ") + std::string(raw);
+    }
+    throw UsageError(option + " is one of " + known + ", not " + inQuotes(text) + ".");
+}
 
 } // namespace korvane

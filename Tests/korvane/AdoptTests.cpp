@@ -1,19 +1,24 @@
 #include "Manager.h"
 
+#include "Ambrel/ImageFile.h"
+#include "Ambrel/Platform/Images.h"
 #include "Ambrel/Platform/PropertyList.h"
+#include "Support/Pictures.h"
 #include "korvane/InstalledPrograms.h"
 
 namespace korvane::test {
 
 namespace {
 
-/// The start of a PNG file of the given width, followed by `rest`.
-std::string png(unsigned width, const std::string& rest) {
-    std::string bytes("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16);
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        bytes += static_cast<char>(width >> static_cast<unsigned>(shift) & 0xFFU);
-    }
-    return bytes + rest;
+std::string png(std::uint32_t width, const Pixel& color) {
+    return ambrel::images::encodePng(filledPicture(width, width, color));
+}
+
+/// The colour of the icon that was made for a bundle.
+Pixel colorOfIcon(const Path& bundle) {
+    const auto images = ambrel::imagesIn(readFile(bundle + "/Contents/Resources/AppIcon.icns"));
+    REQUIRE(images.size() == 7);
+    return pixelAt(images.front(), 500, 500);
 }
 
 struct Fixture {
@@ -141,31 +146,44 @@ TEST_CASE("well-known browsers get the identifier by which their engine is told"
     }
 }
 
-TEST_CASE("the icon is the largest PNG of the theme and the pixmaps, unchanged") {
+TEST_CASE("the icon is made of the largest PNG of the theme and the pixmaps") {
     const Fixture fixture;
     const auto& tmp = fixture.manager.tmp;
-    writeFile(tmp / "share/icons/hicolor/48x48/apps/mail.png", png(48, "small"));
-    writeFile(tmp / "share/icons/hicolor/512x512/apps/mail.png", png(256, "wrongly filed"));
-    writeFile(tmp / "data/icons/hicolor/64x64@2x/apps/mail.png", png(512, "largest"));
-    writeFile(tmp / "share/pixmaps/mail.png", png(100, "pixmap"));
+    writeFile(tmp / "share/icons/hicolor/48x48/apps/mail.png", png(48, red));
+    writeFile(tmp / "share/icons/hicolor/512x512/apps/mail.png", png(256, blue));
+    writeFile(tmp / "data/icons/hicolor/64x64@2x/apps/mail.png", png(512, green));
+    writeFile(tmp / "share/pixmaps/mail.png", png(100, black));
     writeFile(tmp / "share/icons/hicolor/1024x1024/apps/mail.png", "no picture");
     fixture.writeEntry("mail", "Exec=" + fixture.program + "\nIcon=mail");
 
     const auto bundle = fixture.adopt("mail");
 
-    CHECK(readFile(bundle + "/Contents/Resources/AppIcon.icns") == png(512, "largest"));
+    CHECK(colorOfIcon(bundle) == green);
     CHECK(*fixture.infoOf(bundle).at("CFBundleIconFile").string() == "AppIcon");
 }
 
 TEST_CASE("an icon is taken by its path, and only a PNG is one") {
     const Fixture fixture;
-    const auto icon = writeFile(fixture.manager.tmp / "icon.bin", png(10, "x"));
+    const auto icon = writeFile(fixture.manager.tmp / "icon.bin", png(10, red));
     fixture.writeEntry("a", "Exec=" + fixture.program + "\nIcon=" + icon);
     const auto svg = writeFile(fixture.manager.tmp / "icon.png", "<svg/>");
     fixture.writeEntry("b", "Exec=" + fixture.program + "\nIcon=" + svg);
 
-    CHECK(readFile(fixture.adopt("a") + "/Contents/Resources/AppIcon.icns") == png(10, "x"));
+    CHECK(colorOfIcon(fixture.adopt("a")) == red);
     const auto done = fixture.manager.run({"adopt", "b", "--into", "other"});
+    CHECK(done.status == 0);
+    CHECK(says(done.error, "It has no icon"));
+    CHECK_FALSE(
+        fixture.infoOf(fixture.manager.tmp / "other/Mail Reader.app").count("CFBundleIconFile"));
+}
+
+TEST_CASE("a program whose icon cannot be read is adopted without it") {
+    const Fixture fixture;
+    const auto icon = writeFile(fixture.manager.tmp / "icon.png", png(64, red).substr(0, 60));
+    fixture.writeEntry("a", "Exec=" + fixture.program + "\nIcon=" + icon);
+
+    const auto done = fixture.manager.run({"adopt", "a", "--into", "other"});
+
     CHECK(done.status == 0);
     CHECK(says(done.error, "It has no icon"));
     CHECK_FALSE(

@@ -25,7 +25,8 @@ const std::vector<Strings> verbs{
     {"create", "app"}, {"create", "web"}, {"create", "file"}, {"create", "command"},
     {"adopt"},         {"list"},          {"show"},           {"open"},
     {"run"},           {"logs"},          {"edit"},           {"migrate"},
-    {"delete"},        {"apps"},          {"inspect"},        {"profile", "check"}};
+    {"delete"},        {"apps"},          {"inspect"},        {"profile", "check"},
+    {"icon"},          {"icon", "lint"}};
 
 } // namespace
 

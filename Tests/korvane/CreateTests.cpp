@@ -139,10 +139,40 @@ TEST_CASE("arguments replace those of the engine or follow them") {
           Strings{"[a,b]", "{}", "", "--"});
 }
 
+TEST_CASE("an empty folder is wrong usage and never the current one") {
+    const Manager manager;
+    for (const std::string option : {"--output", "--home", "--working-directory", "--runner"}) {
+        CAPTURE(option);
+        const auto done = manager.run({"create", "command", "Work", aProgram, option, ""});
+        CHECK(done.status == 2);
+    }
+    CHECK_FALSE(isThere(manager.applications()));
+}
+
+TEST_CASE("a flag that the kind does not use is told, with the place for a command's arguments") {
+    const Manager manager;
+
+    const auto done = manager.run({"create", "command", "Work", "/bin/echo", "--arg", "x"});
+
+    CHECK(done.status == 0);
+    CHECK(says(done.error, "--arg"));
+    CHECK(says(done.error, "behind \"--\""));
+}
+
+TEST_CASE("a home behind a missing folder and back is used") {
+    const Manager manager;
+    makeFolder(manager.home / "Data");
+
+    CHECK(manager.run({"create", "command", "Work", aProgram, "--home", "~/x/../Data"}).status ==
+          0);
+
+    CHECK(isThere(manager.home / "Data"));
+}
+
 TEST_CASE("every field of the request is a flag") {
     const Manager manager;
     manager.installApp("App", "org.example.app");
-    const auto icon = writeFile(manager.tmp / "icon.png", "picture");
+    const auto icon = writeFile(manager.tmp / "icon.icns", "icns picture");
 
     const auto bundle = manager.create({"app",
                                         "Work",
@@ -189,7 +219,7 @@ TEST_CASE("every field of the request is a flag") {
     CHECK(config.menuBarIcon);
     CHECK(config.menuBarIconTemplate);
     CHECK_FALSE(config.shareUserFolders);
-    CHECK(readFile(bundle + "/Contents/Resources/AppIcon.icns") == "picture");
+    CHECK(readFile(bundle + "/Contents/Resources/AppIcon.icns") == "icns picture");
     CHECK(ambrel::readPropertyList(bundle + "/Contents/Info.plist")
               ->at("LSUIElement")
               .exactBoolean() == true);

@@ -172,22 +172,27 @@ TEST_CASE("data that is still there afterwards is told, and is a failure") {
     const Fixture fixture;
     const auto& manager = fixture.manager;
 
-    SUBCASE("a home that is a link to elsewhere") {
-        writeFile(manager.tmp / "disk/data", "far");
-        makeLink(manager.tmp / "link", manager.tmp / "disk");
-        fixture.setHome(manager.tmp / "link");
-        CHECK(says(manager.run({"delete", "Work", "--data", "--yes"}).error,
-                   "is still in " + (manager.tmp / "disk")));
-        CHECK(readFile(manager.tmp / "disk/data") == "far");
-    }
-    SUBCASE("a home in a folder that may not be changed") {
-        const auto setup = manager.setupAsOrdinaryUser({"delete", "Work", "--data", "--yes"});
-        setMode(manager.home / "KorvaneInstances", 0555);
-        const auto done = run(setup);
-        CHECK(done.status == 1);
-        CHECK(says(done.error, "could not be deleted and is still in"));
-    }
+    const auto setup = manager.setupAsOrdinaryUser({"delete", "Work", "--data", "--yes"});
+    setMode(manager.home / "KorvaneInstances", 0555);
+
+    const auto done = run(setup);
+
+    CHECK(done.status == 1);
+    CHECK(says(done.error, "could not be deleted and is still in"));
     CHECK_FALSE(isThere(fixture.bundle));
+}
+
+TEST_CASE("a home that is a link to elsewhere is refused with nothing touched") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    writeFile(manager.tmp / "disk/data", "far");
+    makeLink(manager.tmp / "link", manager.tmp / "disk");
+    fixture.setHome(manager.tmp / "link");
+
+    fixture.refuseToDeleteData("is a link to another folder");
+
+    CHECK(readFile(manager.tmp / "disk/data") == "far");
+    CHECK(isThere(fixture.bundle));
 }
 
 TEST_CASE("a bundle that cannot be removed is a failure, and the data stays") {
@@ -200,15 +205,18 @@ TEST_CASE("a bundle that cannot be removed is a failure, and the data stays") {
 
     CHECK(done.status == 1);
     CHECK(says(done.error, fixture.bundle));
+    CHECK(isThere(fixture.bundle + "/Contents/Resources/instance.json"));
     CHECK(readFile(fixture.data) == "mine");
 }
 
-TEST_CASE("an instance without data is deleted without a question") {
+TEST_CASE("an instance without data wants the consent to deleting data as well") {
     const Manager manager;
     const auto bundle = manager.create({"command", "Work", aProgram});
     ::rmdir(manager.instanceHome("Work").c_str());
 
-    CHECK(manager.run({"delete", "Work", "--data"}).status == 0);
+    CHECK(says(manager.refusal({"delete", "Work", "--data"}), "--yes"));
+    CHECK(isThere(bundle));
+    CHECK(manager.run({"delete", "Work", "--data", "--yes"}).status == 0);
 
     CHECK_FALSE(isThere(bundle));
 }

@@ -107,14 +107,30 @@ TEST_CASE("keys that the bundle carries elsewhere are refused with what to do in
     const auto before = readFile(fixture.file());
     for (const std::string key :
          {"displayName", "bundleId", "infoPlistOverrides", "infoPlistOverrides.LSUIElement",
-          "registerAsBrowser", "openWithPassthrough", "iconLabel", "customIcon", "hideWrapperIcon",
+          "registerAsBrowser", "openWithPassthrough", "customIcon", "hideWrapperIcon",
           "outputDir"}) {
         CAPTURE(key);
         const auto error = fixture.manager.refusal({"edit", "Work", "--set", key + "=x"});
         CHECK(says(error, "Create the instance again instead, "));
     }
-    CHECK(says(fixture.manager.refusal({"edit", "Work", "--unset", "iconLabel"}), "--label"));
     CHECK(readFile(fixture.file()) == before);
+}
+
+TEST_CASE("a label is set as JSON, and the icon is drawn anew by create alone") {
+    const Fixture fixture;
+    const std::string label = R"({"text": "A", "colorHex": "FF0000", "position": "top"})";
+
+    const auto done = fixture.manager.run({"edit", "Work", "--set", "iconLabel=" + label});
+
+    CHECK(done.status == 0);
+    CHECK(says(done.error, "--replace"));
+    const auto stored = fixture.manager.configOf(fixture.bundle).iconLabel;
+    CHECK((stored == ambrel::IconLabel{"A", "FF0000", ambrel::IconLabel::Position::top}));
+    CHECK(fixture.manager.run({"edit", "Work", "--unset", "iconLabel"}).status == 0);
+    CHECK_FALSE(fixture.manager.configOf(fixture.bundle).iconLabel);
+    for (const std::string wrong : {"A", "{}", R"({"text": "A"})"}) {
+        CHECK(fixture.manager.run({"edit", "Work", "--set", "iconLabel=" + wrong}).status == 2);
+    }
 }
 
 TEST_CASE("what is no key or no value of it is wrong usage, and nothing is written") {

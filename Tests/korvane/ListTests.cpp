@@ -69,7 +69,7 @@ TEST_CASE("lists and JSON survive file names that are not UTF-8") {
 
 TEST_CASE("show tells one instance by name and by path") {
     const Manager manager;
-    const auto icon = writeFile(manager.tmp / "icon.png", "picture");
+    const auto icon = writeFile(manager.tmp / "icon.icns", "icns picture");
     const auto bundle = manager.create({"command", "Work", aProgram, "--icon", icon});
 
     const auto json = manager.json({"show", "Work", "--json"});

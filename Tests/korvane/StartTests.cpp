@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -101,6 +102,17 @@ TEST_CASE("open refuses what could only fail unseen") {
     CHECK(says(manager.refusal({"open", "Fixed"}), "App not clonable: org.example.mail"));
 }
 
+TEST_CASE("open refuses a command, a folder or a document that is not there") {
+    const Manager manager;
+    manager.create({"command", "Gone", manager.tmp / "gone"});
+    manager.create({"command", "Where", aProgram, "--working-directory", manager.tmp / "where"});
+    manager.create({"file", "Paper", manager.tmp / "paper.pdf"});
+
+    CHECK(says(manager.refusal({"open", "Gone"}), manager.tmp / "gone"));
+    CHECK(says(manager.refusal({"open", "Where"}), manager.tmp / "where"));
+    CHECK(says(manager.refusal({"open", "Paper"}), manager.tmp / "paper.pdf"));
+}
+
 TEST_CASE("an instance of an application runs with its own home and arguments") {
     const Manager manager;
     manager.installApp("Mail", "org.mozilla.mail");
@@ -126,6 +138,20 @@ TEST_CASE("a log that is not there yet is a failure with a hint") {
     const Manager manager;
     manager.create({"command", "Echo", "/bin/echo"});
     CHECK(says(manager.refusal({"logs", "Echo"}), "korvane open Echo"));
+}
+
+TEST_CASE("a log that cannot be read is a failure with its reason") {
+    const Manager manager;
+    manager.create({"command", "Work", aProgram});
+    manager.result({"run", "Work"});
+    const auto log = manager.instanceHome("Work") + "/korvane-instance.log";
+    const auto setup = manager.setupAsOrdinaryUser({"logs", "Work"});
+    REQUIRE(::chmod(log.c_str(), 0) == 0);
+
+    const auto done = run(setup);
+
+    CHECK(done.status == 1);
+    CHECK(says(done.error, "Cannot read " + log + ": Permission denied"));
 }
 
 TEST_CASE("logs follows what is written, from before the log exists until it is ended") {

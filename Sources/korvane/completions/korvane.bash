@@ -26,7 +26,7 @@ _korvane() {
 
     if ((COMP_CWORD == 1)); then
         _korvane_offer -W "create adopt list show open run logs edit migrate delete apps
-            inspect profile help --help --version" -- "$word"
+            inspect profile icon help --help --version" -- "$word"
         return
     fi
     case $verb in
@@ -43,10 +43,12 @@ _korvane() {
 
     case $before in
     --home | --output | --working-directory | --in | --into)
-        _korvane_offer -d -- "$word"
+        local kind=-d
+        [[ $verb == icon ]] && kind=-f
+        _korvane_offer "$kind" -- "$word"
         return
         ;;
-    --icon | --runner)
+    --icon | --runner | --preview | -o)
         _korvane_offer -f -- "$word"
         return
         ;;
@@ -55,7 +57,7 @@ _korvane() {
             -- "$word"
         return
         ;;
-    --label-position)
+    --label-position | --position)
         _korvane_offer -W "bottom center top" -- "$word"
         return
         ;;
@@ -66,7 +68,7 @@ _korvane() {
         _korvane_offer -W "$fields" -- "$word"
         return
         ;;
-    --bundle-id | --arg | --add-arg | --env | --plist | --label | --label-color | --signature)
+    --bundle-id | --arg | --add-arg | --env | --plist | --label | --label-color | --color | --signature)
         return
         ;;
     esac
@@ -82,6 +84,11 @@ _korvane() {
     edit) options="--set --unset" ;;
     delete) options="--data --yes --no-input" ;;
     profile) options="--signature --json" ;;
+    icon)
+        options="--label --color --position --output --preview"
+        [[ ${COMP_WORDS[2]} == lint ]] && options=--json
+        ((COMP_CWORD == 2)) && [[ -n $word && lint == "$word"* ]] && COMPREPLY=(lint)
+        ;;
     esac
     if [[ $word == -* ]]; then
         _korvane_offer -W "$options --help" -- "$word"

@@ -32,17 +32,19 @@ for verb in create:'Make an instance' adopt:'Make an application of an installed
     run:'Run an instance and wait' logs:'Show what an instance has written' \
     edit:'Change an instance' migrate:'Move the files of an instance to yours' \
     delete:'Delete an instance' apps:'List the applications' \
-    inspect:'Show what is known of an application' profile:'Check a profile' help:'Show help'
+    inspect:'Show what is known of an application' profile:'Check a profile' \
+    icon:'Make an icon file of a picture' help:'Show help'
     set -l parts (string split -m 1 : -- $verb)
     complete -c korvane -n __korvane_needs_verb -a $parts[1] -d $parts[2]
 end
 complete -c korvane -n '__korvane_needs_second create' -a 'app web file command'
 complete -c korvane -n '__korvane_needs_second profile' -a check
+complete -c korvane -n '__korvane_needs_second icon' -a lint -d 'Check an icon file'
 
 for verb in show open run logs edit migrate delete
     complete -c korvane -n "__korvane_is $verb" -a '(__korvane_instances)'
 end
-for verb in create adopt inspect profile
+for verb in create adopt inspect profile icon
     complete -c korvane -n "__korvane_is $verb" -F
 end
 
@@ -83,4 +85,10 @@ complete -c korvane -n '__korvane_is edit' -l unset -x -d 'Give a field its defa
 complete -c korvane -n '__korvane_is delete' -l data -d 'Delete its home with all data too'
 complete -c korvane -n '__korvane_is delete' -s y -l yes -d 'Do not ask'
 complete -c korvane -n '__korvane_is delete' -l no-input -d 'Refuse instead of asking'
+complete -c korvane -n '__korvane_is icon' -l label -x -d 'A text to draw onto it'
+complete -c korvane -n '__korvane_is icon' -l color -x -d 'Its color'
+complete -c korvane -n '__korvane_is icon' -l position -x -a 'bottom center top' -d 'Where it is'
+complete -c korvane -n '__korvane_is icon' -s o -l output -rF -d 'The icon file to write'
+complete -c korvane -n '__korvane_is icon' -l preview -rF -d 'Show its sizes in a PNG picture'
+complete -c korvane -n '__korvane_is icon lint' -l json -d 'Write JSON'
 complete -c korvane -n '__korvane_is profile' -l signature -x -d 'The environment to compare with'
