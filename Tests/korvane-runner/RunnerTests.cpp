@@ -283,17 +283,28 @@ TEST_CASE("a program that ignores the request to end keeps the runner waiting fo
     CHECK(running.wait().status == 40);
 }
 
+namespace {
+
+/// Starts the program as the leader of a session on a terminal of its own, whose other side is
+/// `terminal` then.
+pid_t startOnTerminal(const Path& program, int& terminal) {
+    const pid_t process = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (process == 0) {
+        ::execl(program.c_str(), program.c_str(), nullptr);
+        ::_exit(127);
+    }
+    REQUIRE(process > 0);
+    return process;
+}
+
+} // namespace
+
 TEST_CASE("an interrupt typed at the terminal reaches the program once") {
     const Wrapper wrapper;
     Fifo fifo(wrapper.tmp / "fifo");
     wrapper.configure(signalReporter(wrapper, fifo, SIGTERM));
     int terminal = -1;
-    const pid_t runner = ::forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (runner == 0) {
-        ::execl(wrapper.runner.c_str(), wrapper.runner.c_str(), nullptr);
-        ::_exit(127);
-    }
-    REQUIRE(runner > 0);
+    const pid_t runner = startOnTerminal(wrapper.runner, terminal);
     REQUIRE(fifo.line() == "ready");
 
     REQUIRE(::write(terminal, "\x03", 1) == 1);
@@ -314,12 +325,7 @@ TEST_CASE("a terminal that goes away is told to the program of a runner that lea
     Fifo fifo(wrapper.tmp / "fifo");
     wrapper.configure(signalReporter(wrapper, fifo, SIGHUP));
     int terminal = -1;
-    const pid_t runner = ::forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (runner == 0) {
-        ::execl(wrapper.runner.c_str(), wrapper.runner.c_str(), nullptr);
-        ::_exit(127);
-    }
-    REQUIRE(runner > 0);
+    const pid_t runner = startOnTerminal(wrapper.runner, terminal);
     REQUIRE(fifo.line() == "ready");
 
     ::close(terminal);
