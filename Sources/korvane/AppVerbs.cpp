@@ -129,7 +129,8 @@ Verb appsVerb() {
 Verb inspectVerb() {
     return {"inspect",
             "Show what is known of an application.",
-            {"korvane inspect Chromium", "korvane inspect /Applications/Mail.app --json"},
+            {"korvane inspect \"Chromium Web Browser\"",
+             "korvane inspect /Applications/Mail.app --json"},
             [](CLI::App& app, const Surroundings& surroundings) -> Action {
                 struct Given {
                     std::string name;
