@@ -57,6 +57,10 @@ template <> struct RawValues<IconLabel::Position> {
 /// The placeholder for the resolved instance home inside stored arguments and environment values.
 inline constexpr std::string_view instanceHomePlaceholder = "{{instanceHome}}";
 
+/// The key of `infoPlistOverrides` whose value is, on Linux, the name (argv[0]) that the started
+/// application is given: programs of several toolkits make it the name of their windows.
+inline constexpr const char* processNameKey = "KorvaneProcessName";
+
 /// The configuration of one instance, stored in its wrapper as Contents/Resources/instance.json.
 /// The record never validates its contents: what cannot be run is refused when it is launched.
 /// The fields stand in the order in which they are decoded.
