@@ -1,6 +1,7 @@
 #include "Ambrel/InstanceLauncher.h"
 
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/ProcessName.h"
 #include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Support/Utf8.h"
 
@@ -67,14 +68,6 @@ ChildProcess launchCommand(const InstanceConfig& config) {
     return launched(std::move(setup));
 }
 
-ChildProcess launchApp(const InstanceConfig& config, const SystemTools& tools) {
-    const auto home = config.resolvedHome();
-    // Before the bundle is looked at, and whatever the strategy.
-    if (config.shareUserFolders) InstanceLauncher::ensureSharedUserFolders(home);
-    return InstanceLauncher::launch(config.targetAppURL(), home, config.strategy,
-                                    config.resolvedArgs(), config.resolvedEnvironment(), tools);
-}
-
 Environment isolatedEnvironment(const Path& home, const StringMap& configured) {
     auto environment = processEnvironment();
     environment["HOME"] = home;
@@ -82,6 +75,64 @@ Environment isolatedEnvironment(const Path& home, const StringMap& configured) {
     redirectHomeVariables(environment, home);
     overwrite(environment, configured); // the configuration has the last word
     return environment;
+}
+
+/// What an application is started with.
+struct AppStart {
+    Path home;
+    Strategy strategy;
+    std::vector<std::string> arguments;
+    StringMap environment;
+    std::optional<std::string> processName;
+    bool sharesTrash = false;
+};
+
+AppBundle readBundle(const Path& appURL, const SystemTools& tools) {
+    auto app = AppBundle::read(appURL, tools);
+    if (!app) throw LaunchError::badBundle(appURL);
+    return std::move(*app);
+}
+
+ChildProcess startApp(const AppBundle& app, const AppStart& start) {
+    fileSystem::createFolders(start.home);
+    const auto log = InstanceLauncher::instanceLogHandle(start.home);
+    // Checked this late on purpose: a refused app still leaves its home folder and log behind.
+    if (start.strategy == Strategy::unsupported) throw LaunchError::unsupported(app.bundleId);
+    InstanceLauncher::ensureKeychainAccess(start.home);
+    InstanceLauncher::ensureDesktopAccess(start.home);
+    if (start.sharesTrash) InstanceLauncher::ensureSharedTrash(start.home);
+    return launched({.executable = app.executableURL(),
+                     .arguments = start.arguments,
+                     .environment = isolatedEnvironment(start.home, start.environment),
+                     .standardOutput = log,
+                     .standardError = log,
+                     .processName = start.processName});
+}
+
+/// The configured name of the process, where this system has a use for it.
+std::optional<std::string> configuredProcessName(const InstanceConfig& config) {
+    if (!processNameNamesWindows()) return std::nullopt;
+    const auto entry = config.infoPlistOverrides.find(processNameKey);
+    if (entry == config.infoPlistOverrides.end()) return std::nullopt;
+    const bool isUsable = InstanceLauncher::isUsableProcessName(entry->second);
+    return isUsable ? std::optional(entry->second) : std::nullopt;
+}
+
+bool isControl(char32_t character) {
+    return character < 0x20 || (character >= 0x7F && character < 0xA0);
+}
+
+ChildProcess launchApp(const InstanceConfig& config, const SystemTools& tools) {
+    const auto home = config.resolvedHome();
+    // Before the bundle is looked at, and whatever the strategy.
+    if (config.shareUserFolders) InstanceLauncher::ensureSharedUserFolders(home);
+    return startApp(readBundle(config.targetAppURL(), tools),
+                    {.home = home,
+                     .strategy = config.strategy,
+                     .arguments = config.resolvedArgs(),
+                     .environment = config.resolvedEnvironment(),
+                     .processName = configuredProcessName(config),
+                     .sharesTrash = config.shareUserFolders});
 }
 
 } // namespace
@@ -102,25 +153,26 @@ ChildProcess InstanceLauncher::launch(const InstanceConfig& config, const System
 
 ChildProcess InstanceLauncher::launch(const Path& appURL, const Path& home, Strategy strategy,
                                       const std::vector<std::string>& extraArgs,
-                                      const StringMap& environment, const SystemTools& tools) {
-    const auto app = AppBundle::read(appURL, tools);
-    if (!app) throw LaunchError::badBundle(appURL);
-    return launch(*app, home, strategy, extraArgs, environment);
+                                      const StringMap& environment, const SystemTools& tools,
+                                      const std::optional<std::string>& processName) {
+    const auto app = readBundle(appURL, tools);
+    return launch(app, home, strategy, extraArgs, environment, processName);
 }
 
 ChildProcess InstanceLauncher::launch(const AppBundle& app, const Path& home, Strategy strategy,
                                       const std::vector<std::string>& extraArgs,
-                                      const StringMap& environment) {
-    fileSystem::createFolders(home);
-    const auto log = instanceLogHandle(home);
-    // Checked this late on purpose: a refused app still leaves its home folder and log behind.
-    if (strategy == Strategy::unsupported) throw LaunchError::unsupported(app.bundleId);
-    ensureKeychainAccess(home);
-    return launched({.executable = app.executableURL(),
-                     .arguments = extraArgs,
-                     .environment = isolatedEnvironment(home, environment),
-                     .standardOutput = log,
-                     .standardError = log});
+                                      const StringMap& environment,
+                                      const std::optional<std::string>& processName) {
+    return startApp(app, {home, strategy, extraArgs, environment, processName});
+}
+
+bool InstanceLauncher::isUsableProcessName(std::string_view name) noexcept {
+    if (name.empty()) return false;
+    while (!name.empty()) {
+        const auto character = utf8::takeFirst(name);
+        if (!character || *character == '/' || isControl(*character)) return false;
+    }
+    return true;
 }
 
 void InstanceLauncher::ensureKeychainAccess(const Path& home) noexcept {

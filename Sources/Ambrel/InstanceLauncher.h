@@ -42,25 +42,47 @@ struct InstanceLauncher {
 
     /// Starts the main executable of `app` with its home folder pointed at `home` (absolute).
     /// `home`, `extraArgs` and `environment` are used exactly as given; `environment` has the last
-    /// word over HOME and every inherited variable. Output goes to the instance log where that can
-    /// be opened. Throws LaunchError::unsupported for the strategy of that name; `home` and an
-    /// empty log then already exist.
+    /// word over HOME and every inherited variable. `processName` is the program's argv[0], absent:
+    /// its path; only launch(config) takes it from a configuration. The keychains and what
+    /// ensureDesktopAccess() names are linked, nothing else is shared with the user. Output goes to
+    /// the instance log where that can be opened. Throws LaunchError::unsupported for the strategy
+    /// of that name; `home` and an empty log then already exist.
     static ChildProcess launch(const AppBundle& app, const Path& home, Strategy strategy,
                                const std::vector<std::string>& extraArgs,
-                               const StringMap& environment);
+                               const StringMap& environment,
+                               const std::optional<std::string>& processName = {});
 
     /// The same for the bundle at `appURL`. Throws LaunchError::badBundle when it cannot be read.
     static ChildProcess launch(const Path& appURL, const Path& home, Strategy strategy,
                                const std::vector<std::string>& extraArgs,
-                               const StringMap& environment, const SystemTools& tools = {});
+                               const StringMap& environment, const SystemTools& tools = {},
+                               const std::optional<std::string>& processName = {});
+
+    /// Whether a configured process name is used: not empty, no "/", no control character and
+    /// nothing but UTF-8. With another one the program gets its path.
+    static bool isUsableProcessName(std::string_view name) noexcept;
 
     /// Links `home`/Library/Keychains to the user's own keychains by the rule of linkIfSafe.
     static void ensureKeychainAccess(const Path& home) noexcept;
 
+    /// Links what programs look for below the home folder although it belongs to the user's session
+    /// (see desktopLinks()) to the user's own: input method, fonts, themes and icons. A link is
+    /// made only where its target exists, no link stands on the way to its place, and nothing or an
+    /// empty folder is there. Nothing at all in a home that is or contains the user's own. Missing
+    /// folders on the way are made with mode 0700; failures are swallowed.
+    static void ensureDesktopAccess(const Path& home) noexcept;
+
+    /// The same for the trash, so that a file thrown away from a shared folder is found in the
+    /// user's, which is made first where the user has none. launch(config) does so when user
+    /// folders are shared.
+    static void ensureSharedTrash(const Path& home) noexcept;
+
     /// The instance log opened for appending, made when absent; null when it cannot be opened.
     static std::shared_ptr<const OwnedFd> instanceLogHandle(const Path& home) noexcept;
 
-    /// Links each shared folder of `home` to the user's own by the rule of linkIfSafe.
+    /// Links each shared folder of `home` to the user's own by the rule of linkIfSafe. Which one
+    /// that is, and whether it is shared at all, is told by UserFolders; the links keep the names
+    /// of `sharedUserFolders`.
     static void ensureSharedUserFolders(const Path& home) noexcept;
 
     /// Makes `link` a symbolic link to `target`, unless `target` does not exist, `link` already is
@@ -68,7 +90,8 @@ struct InstanceLauncher {
     /// folder or a plain file at `link` is replaced. Failures are swallowed.
     static void linkIfSafe(const Path& link, const Path& target) noexcept;
 
-    /// Whether any shared folder of `home` exists as something other than a link.
+    /// Whether any shared folder of `home` exists as something other than a link. A
+    /// folder that UserFolders does not share does not count.
     static bool needsSharedFolderMigration(const Path& home) noexcept;
 
     /// Moves what private copies of the shared folders hold into the user's own folders, under new

@@ -47,14 +47,9 @@ std::vector<InstanceRecord> InstanceRegistry::list() const {
 }
 
 std::optional<InstanceRecord> InstanceRegistry::recordFor(const Path& bundleURL) const {
-    try {
-        const auto json = fileSystem::read(BundleLayout{bundleURL}.instanceJson());
-        return InstanceRecord{bundleURL, InstanceConfig::decode(json)};
-    } catch (const FileError&) {
-        return std::nullopt; // no wrapper
-    } catch (const DecodingError&) {
-        return std::nullopt; // one that nobody can use
-    }
+    auto config = configIn(bundleURL);
+    if (!config) return std::nullopt;
+    return InstanceRecord{bundleURL, std::move(*config)};
 }
 
 void InstanceRegistry::remove(const InstanceRecord& record, UserData data) const {

@@ -1,6 +1,8 @@
 #include "Ambrel/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/UserPaths.h"
+#include "Ambrel/UserFolders.h"
+
+#include <algorithm>
 
 namespace ambrel {
 
@@ -85,6 +87,25 @@ void linkOrLeave(const Path& linkPath, const Path& target) {
     succeeds([&] { fileSystem::createSymbolicLink(target, link); });
 }
 
+/// Migrates each shared folder of `home` into the one that `destinationOf` gives for its name, if
+/// any.
+template <class DestinationOf>
+std::map<std::string, int> migrate(const Path& home, const DestinationOf& destinationOf) {
+    std::map<std::string, int> counts;
+    if (home.empty()) return counts;
+    for (const auto name : InstanceLauncher::sharedUserFolders) {
+        const auto source = paths::join(home, name);
+        const std::optional<Path> destination = destinationOf(name);
+        if (!destination || fileSystem::kindOf(source) == ItemKind::symbolicLink) continue;
+        if (fileSystem::mayBeSameItem(source, *destination)) continue; // the user's own home
+        if (fileSystem::exists(source)) {
+            counts[std::string(name)] = moveEntries(source, *destination);
+        }
+        InstanceLauncher::linkIfSafe(source, *destination);
+    }
+    return counts;
+}
+
 } // namespace
 
 void InstanceLauncher::linkIfSafe(const Path& link, const Path& target) noexcept {
@@ -94,41 +115,35 @@ void InstanceLauncher::linkIfSafe(const Path& link, const Path& target) noexcept
 void InstanceLauncher::ensureSharedUserFolders(const Path& home) noexcept {
     if (home.empty()) return; // the links would land wherever the program was started
     succeeds([&] {
-        const auto user = userHome();
+        UserFolders user(home);
         for (const auto name : sharedUserFolders) {
-            linkIfSafe(paths::join(home, name), paths::join(user, name));
+            if (const auto folder = user.find(name)) linkIfSafe(paths::join(home, name), *folder);
         }
     });
 }
 
 bool InstanceLauncher::needsSharedFolderMigration(const Path& home) noexcept {
     if (home.empty()) return false;
-    for (const auto name : sharedUserFolders) {
-        const auto kind = fileSystem::kindOf(paths::join(home, name));
-        if (kind && *kind != ItemKind::symbolicLink) return true;
-    }
-    return false;
+    bool isNeeded = false;
+    succeeds([&] {
+        UserFolders user(home);
+        isNeeded = std::ranges::any_of(sharedUserFolders, [&](std::string_view name) {
+            const auto kind = fileSystem::kindOf(paths::join(home, name));
+            return kind && *kind != ItemKind::symbolicLink && user.find(name).has_value();
+        });
+    });
+    return isNeeded;
 }
 
 std::map<std::string, int> InstanceLauncher::migrateSharedUserFolders(const Path& home) {
-    return migrateSharedUserFolders(home, userHome());
+    UserFolders user(home);
+    return migrate(home, [&](std::string_view name) { return user.find(name); });
 }
 
 std::map<std::string, int> InstanceLauncher::migrateSharedUserFolders(const Path& home,
                                                                       const Path& into) {
-    std::map<std::string, int> counts;
-    if (home.empty()) return counts;
-    for (const auto name : sharedUserFolders) {
-        const auto source = paths::join(home, name);
-        const auto destination = paths::join(into, name);
-        if (fileSystem::kindOf(source) == ItemKind::symbolicLink) continue;
-        if (fileSystem::mayBeSameItem(source, destination)) continue; // the user's own home
-        if (fileSystem::exists(source)) {
-            counts[std::string(name)] = moveEntries(source, destination);
-        }
-        linkIfSafe(source, destination);
-    }
-    return counts;
+    return migrate(home,
+                   [&](std::string_view name) { return std::optional(paths::join(into, name)); });
 }
 
 } // namespace ambrel

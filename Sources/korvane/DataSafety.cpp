@@ -3,6 +3,7 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Support/Utf8.h"
+#include "Ambrel/UserFolders.h"
 #include "korvane/FolderRelation.h"
 #include "korvane/Instances.h"
 #include "korvane/ManagerError.h"
@@ -24,6 +25,7 @@ void requireApartFromUser(const Path& home) {
     const auto user = ambrel::userHome();
     std::vector<Path> places{user};
     for (const auto folder : ownFolders) places.push_back(ambrel::paths::join(user, folder));
+    for (auto& folder : ambrel::UserFolders::allSet()) places.push_back(std::move(folder));
     for (const auto& place : places) {
         if (!folders::isOrLiesIn(place, home)) continue;
         throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(home) +

@@ -37,6 +37,7 @@ public:
         std::optional<Path> currentDirectory{};   ///< absent: inherited
         std::shared_ptr<const OwnedFd> standardOutput{}; ///< null: inherited
         std::shared_ptr<const OwnedFd> standardError{};  ///< null: inherited
+        std::optional<std::string> processName{};        ///< argv[0]; absent: the executable's path
     };
     /// Called once with the termination status, on a thread of its own.
     using TerminationHandler = std::function<void(int status)>;
@@ -53,7 +54,7 @@ public:
     /// To be set before launch().
     void setTerminationHandler(TerminationHandler handler);
 
-    /// Starts the program; its argv[0] is the executable's path. Returns once it runs; throws
+    /// Starts the program. Returns once it runs; throws
     /// ChildProcessError when it cannot be started, and no process is left then.
     void launch();
 

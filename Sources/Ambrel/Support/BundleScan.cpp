@@ -1,5 +1,6 @@
 #include "Ambrel/Support/BundleScan.h"
 
+#include "Ambrel/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
 
 namespace ambrel {
@@ -25,6 +26,16 @@ std::vector<Path> bundlesIn(const std::vector<Path>& folders) {
         }
     }
     return bundles;
+}
+
+std::optional<InstanceConfig> configIn(const Path& bundle) {
+    try {
+        return InstanceConfig::decode(fileSystem::read(BundleLayout{bundle}.instanceJson()));
+    } catch (const FileError&) {
+        return std::nullopt; // no wrapper
+    } catch (const DecodingError&) {
+        return std::nullopt; // one that nobody can use
+    }
 }
 
 } // namespace ambrel

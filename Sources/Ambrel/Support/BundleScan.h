@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Ambrel/Path.h"
+#include "Ambrel/InstanceConfig.h"
 
+#include <optional>
 #include <vector>
 
 namespace ambrel {
@@ -9,5 +10,8 @@ namespace ambrel {
 /// The entries lying directly in `folders` whose extension is exactly "app", in the order of the
 /// folders and of their listings. Folders that cannot be listed are skipped.
 std::vector<Path> bundlesIn(const std::vector<Path>& folders);
+
+/// What the instance.json of the bundle holds; absent when there is none that can be decoded.
+std::optional<InstanceConfig> configIn(const Path& bundle);
 
 } // namespace ambrel

@@ -13,28 +13,33 @@ namespace {
 int errorOf(int result) { return result == 0 ? 0 : errno; }
 
 /// A hard link is made only where nothing is; the old name goes afterwards.
-int renameByLink(const char* from, const char* to) noexcept {
-    if (::linkat(AT_FDCWD, from, AT_FDCWD, to, 0) != 0) return errno;
-    if (::unlink(from) == 0) return 0;
+int renameByLink(int folder, const char* from, const char* to) noexcept {
+    if (::linkat(folder, from, folder, to, 0) != 0) return errno;
+    if (::unlinkat(folder, from, 0) == 0) return 0;
     const int reason = errno;
-    ::unlink(to);
+    ::unlinkat(folder, to, 0);
     return reason;
 }
 
 /// For file systems that do not know the flag. Renaming a folder replaces at most an empty folder.
-int renameWithoutFlag(const char* from, const char* to) noexcept {
+int renameWithoutFlag(int folder, const char* from, const char* to) noexcept {
     struct stat status {};
-    if (::fstatat(AT_FDCWD, to, &status, AT_SYMLINK_NOFOLLOW) == 0) return EEXIST;
-    if (::fstatat(AT_FDCWD, from, &status, AT_SYMLINK_NOFOLLOW) != 0) return errno;
-    return S_ISDIR(status.st_mode) ? errorOf(::rename(from, to)) : renameByLink(from, to);
+    if (::fstatat(folder, to, &status, AT_SYMLINK_NOFOLLOW) == 0) return EEXIST;
+    if (::fstatat(folder, from, &status, AT_SYMLINK_NOFOLLOW) != 0) return errno;
+    if (!S_ISDIR(status.st_mode)) return renameByLink(folder, from, to);
+    return errorOf(::renameat(folder, from, folder, to));
 }
 
 } // namespace
 
-int renameExclusively(const char* from, const char* to) noexcept {
-    const int error = errorOf(::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE));
+int renameExclusivelyIn(int folder, const char* from, const char* to) noexcept {
+    const int error = errorOf(::renameat2(folder, from, folder, to, RENAME_NOREPLACE));
     const bool unknownFlag = error == EINVAL || error == ENOSYS;
-    return unknownFlag ? renameWithoutFlag(from, to) : error;
+    return unknownFlag ? renameWithoutFlag(folder, from, to) : error;
+}
+
+int renameExclusively(const char* from, const char* to) noexcept {
+    return renameExclusivelyIn(AT_FDCWD, from, to);
 }
 
 int exchangeNames(const char* left, const char* right) noexcept {

@@ -189,7 +189,7 @@ void ChildProcess::setTerminationHandler(TerminationHandler handler) {
 
 void ChildProcess::launch() {
     const Path executable = fileSystem::absolute(setup_.executable);
-    std::vector<std::string> arguments{executable};
+    std::vector<std::string> arguments{setup_.processName.value_or(executable)};
     arguments.insert(arguments.end(), setup_.arguments.begin(), setup_.arguments.end());
     auto environment = assignments(setup_.environment.value_or(Environment()));
     requireNoNul(arguments, "an argument", executable);

@@ -1,0 +1,7 @@
+#include "Ambrel/Platform/ProcessName.h"
+
+namespace ambrel {
+
+bool processNameNamesWindows() noexcept { return true; }
+
+} // namespace ambrel

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Ambrel/Path.h"
+
+#include <functional>
+#include <map>
+#include <string>
+
+namespace ambrel {
+
+/// Where the user has set the own folders "Downloads", "Documents" and "Desktop" to lie, by these
+/// names: an absolute path, or the empty one where the setting names no place that could be used.
+/// A folder without a setting is absent; it lies in userHome() under its name. On Linux from
+/// userConfigFolder()/user-dirs.dirs, in the form that xdg-user-dirs writes; on macOS always empty.
+/// Reads the file at each call; one that cannot be read sets nothing.
+std::map<std::string, Path, std::less<>> userFolderSettings();
+
+} // namespace ambrel

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Ambrel/Path.h"
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ambrel {
+
+/// Where the user's own folders lie that an instance shares. Reads the user's settings once, when
+/// made, and the other instances only when a setting leads somewhere unusual.
+class UserFolders {
+public:
+    /// For the instance whose home is `instanceHome` (absolute).
+    explicit UserFolders(Path instanceHome);
+
+    /// The user's folder for the shared name `name`, existing or not: the one that the user has
+    /// set, else the one of that name in the user's home. Absent when a setting names no usable
+    /// place, or one that is or contains, by its text or by where its links lead, the user's home
+    /// or the home of an instance: such a folder is not shared.
+    std::optional<Path> find(std::string_view name);
+
+    /// Every place that the user has set for one of these folders, whether it would be shared or
+    /// not.
+    static std::vector<Path> allSet();
+
+private:
+    bool isShareable(const Path& place, std::string_view name);
+    const std::vector<Path>& knownHomes();
+
+    Path instanceHome_;
+    std::map<std::string, Path, std::less<>> settings_;
+    std::optional<std::vector<Path>> knownHomes_;
+};
+
+} // namespace ambrel
