@@ -76,7 +76,7 @@ void InstanceLauncher::ensureSharedTrash(const Path& home) noexcept {
         if (!folder) return;
         for (const auto& link : trashLinks()) {
             if (!isWayFree(*folder, link)) continue; // then the user's needs not be made either
-            makeUserTrash();
+            tryStep([] { makeUserTrash(); });        // another start may have been faster
             linkOrLeave(*folder, link);
         }
     });

@@ -1,7 +1,6 @@
 #include "Ambrel/UserFolders.h"
 
 #include "Ambrel/InstanceRegistry.h"
-#include "Ambrel/Platform/UserFolderSettings.h"
 #include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Support/BundleScan.h"
 #include "Ambrel/Support/FolderRelation.h"

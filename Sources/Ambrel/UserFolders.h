@@ -1,11 +1,9 @@
 #pragma once
 
 #include "Ambrel/Path.h"
+#include "Ambrel/Platform/UserFolderSettings.h"
 
-#include <functional>
-#include <map>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -33,7 +31,7 @@ private:
     const std::vector<Path>& knownHomes();
 
     Path instanceHome_;
-    std::map<std::string, Path, std::less<>> settings_;
+    UserFolderSettings settings_;
     std::optional<std::vector<Path>> knownHomes_;
 };
 

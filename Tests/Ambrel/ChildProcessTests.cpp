@@ -64,6 +64,20 @@ TEST_CASE("a child gets its arguments and its own path in front of them") {
     CHECK(Report(report).lines("arg") == Strings{"a b", "", "\xff", "-n", "\"$x\""});
 }
 
+TEST_CASE("a child gets the process name of its setup in place of its path") {
+    const TempDir tmp;
+    const auto report = tmp / "report";
+    for (const std::string name : {"org.example.Work", "-x", "a b\xff", "/else/where", ""}) {
+        ChildProcess child(
+            {.executable = probe, .arguments = {"report", report, "x"}, .processName = name});
+        child.launch();
+        child.waitUntilExit();
+        CHECK(child.terminationStatus() == 0);
+        CHECK(Report(report).lines("argv0") == Strings{name});
+        CHECK(Report(report).lines("arg") == Strings{"x"});
+    }
+}
+
 TEST_CASE("a child's termination status is its exit status or the signal that ended it") {
     CHECK(statusOf("/bin/sh", {"-c", "exit 0"}) == 0);
     CHECK(statusOf("/bin/sh", {"-c", "exit 3"}) == 3);
@@ -218,6 +232,9 @@ TEST_CASE("arguments that no program can get are refused before anything runs") 
         launchErrorOf({.executable = probe, .arguments = {"report", std::string("a\0b", 3)}});
     CHECK(withNul.fault == Fault::arguments);
     launchErrorOf({.executable = std::string("/bin/true\0x", 11), .arguments = {}});
+    const auto named = launchErrorOf(
+        {.executable = probe, .arguments = {}, .processName = std::string("a\0b", 3)});
+    CHECK(named.fault == Fault::arguments);
     launchErrorOf({.executable = "/bin/true",
                    .arguments = {},
                    .environment = Environment{{"K", std::string("a\0b", 3)}}});

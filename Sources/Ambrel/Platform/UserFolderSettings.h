@@ -8,11 +8,14 @@
 
 namespace ambrel {
 
-/// Where the user has set the own folders "Downloads", "Documents" and "Desktop" to lie, by these
-/// names: an absolute path, or the empty one where the setting names no place that could be used.
-/// A folder without a setting is absent; it lies in userHome() under its name. On Linux from
+/// Places of the user's own folders by the names "Downloads", "Documents" and "Desktop".
+using UserFolderSettings = std::map<std::string, Path, std::less<>>;
+
+/// Where the user has set the own folders "Downloads", "Documents" and "Desktop" to lie, an
+/// absolute path, or the empty one where the setting names no place that could be used. A folder
+/// without a setting is absent; it lies in userHome() under its name. On Linux from
 /// userConfigFolder()/user-dirs.dirs, in the form that xdg-user-dirs writes; on macOS always empty.
-/// Reads the file at each call; one that cannot be read sets nothing.
-std::map<std::string, Path, std::less<>> userFolderSettings();
+/// Reads the file at each call; one that is there but cannot be read names no usable place for any.
+UserFolderSettings userFolderSettings();
 
 } // namespace ambrel

@@ -1,7 +1,6 @@
 #include "Ambrel/Platform/DesktopLinks.h"
 
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/GuardedFolder.h"
 #include "Ambrel/Platform/UserPaths.h"
 
 namespace ambrel {
@@ -14,8 +13,10 @@ Path userTrash() { return paths::join(userDataFolder(), "Trash"); }
 
 /// Follows the user's own links: data folders may well lie on another disk.
 void makePrivateFolders(const Path& folder) {
-    if (folder.empty() || fileSystem::isFolder(folder)) return;
-    makePrivateFolders(Path(paths::deletingLastComponent(folder)));
+    if (fileSystem::isFolder(folder)) return;
+    const Path above(paths::deletingLastComponent(folder));
+    if (above.empty() || above == folder) return; // "/" that cannot be looked at
+    makePrivateFolders(above);
     fileSystem::createFolder(folder, privateMode);
 }
 
@@ -43,10 +44,10 @@ void makeUserTrash() {
     // An account without a home does not get one from here.
     if (!fileSystem::isFolder(userHome()) || fileSystem::kindOf(userTrash())) return;
     makePrivateFolders(userDataFolder());
-    const auto data = GuardedFolder::open(userDataFolder());
-    const auto trash = data.folder("Trash", privateMode);
-    trash.folder("files", privateMode);
-    trash.folder("info", privateMode);
+    fileSystem::createFolder(userTrash(), privateMode);
+    for (const auto* name : {"files", "info"}) {
+        fileSystem::createFolder(paths::join(userTrash(), name), privateMode);
+    }
 }
 
 } // namespace ambrel

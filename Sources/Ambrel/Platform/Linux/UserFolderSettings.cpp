@@ -4,6 +4,7 @@
 #include "Ambrel/Platform/UserPaths.h"
 
 #include <array>
+#include <cerrno>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -66,24 +67,33 @@ Path placeOf(std::string_view value, const Path& home) {
     return Path(paths::withoutTrailingSlashes(isBelowHome ? paths::join(home, *rest) : *rest));
 }
 
-/// The file is the desktop's, and a user without one has the usual folders.
-std::string settingsFile() {
+/// A user without the file has the usual folders. Absent when there is one that cannot be read.
+std::optional<std::string> settingsFile() {
     const auto folder = userConfigFolder();
-    if (folder.empty()) return {};
+    if (folder.empty()) return std::string();
     try {
         return fileSystem::read(paths::join(folder, "user-dirs.dirs"));
-    } catch (const FileError&) {
-        return {};
+    } catch (const FileError& error) {
+        const bool isMissing = error.code == ENOENT || error.code == ENOTDIR;
+        return isMissing ? std::optional(std::string()) : std::nullopt;
     }
+}
+
+/// What a file says that nobody can read: every folder may lie anywhere.
+UserFolderSettings unknownSettings() {
+    UserFolderSettings settings;
+    for (const auto& [variable, name] : variables) settings[name] = Path();
+    return settings;
 }
 
 } // namespace
 
-std::map<std::string, Path, std::less<>> userFolderSettings() {
-    std::map<std::string, Path, std::less<>> settings;
+UserFolderSettings userFolderSettings() {
     const auto file = settingsFile();
+    if (!file) return unknownSettings();
+    UserFolderSettings settings;
     const auto home = userHome();
-    for (std::string_view rest = file; !rest.empty();) {
+    for (std::string_view rest = *file; !rest.empty();) {
         const auto line = takeLine(rest);
         for (const auto& [variable, name] : variables) {
             if (const auto value = assigned(line, variable)) settings[name] = placeOf(*value, home);
