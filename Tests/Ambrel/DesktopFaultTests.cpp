@@ -104,6 +104,27 @@ TEST_CASE("a home that holds the user's own gets no links whichever call fails")
         [](OwnHome& scene, const Failure&) { CHECK(snapshot(scene.tmp.path()) == scene.before); });
 }
 
+TEST_CASE("a file is put without replacing where the file system has no exclusive rename") {
+    std::string failedCall;
+    for (long failing = 1; failedCall != "renameat2"; ++failing) {
+        const TempDir tmp;
+        const auto folder = GuardedFolder::open(tmp.path());
+        bool isPut = false;
+        faults::arm(failing, {EINVAL, false});
+        try {
+            isPut = folder.putFile("file", "whole", 0600);
+        } catch (const FileError&) {
+            isPut = false;
+        }
+        failedCall = faults::disarm().failedCall;
+        REQUIRE_FALSE(failedCall.empty());
+        if (failedCall != "renameat2") continue;
+        CHECK(isPut);
+        CHECK(readFile(tmp / "file") == "whole");
+        CHECK(namesIn(tmp.path()) == Strings{"file"});
+    }
+}
+
 TEST_CASE("a file is put complete or not at all whichever call fails") {
     sweep<Put>(
         [](Put& scene) {

@@ -104,6 +104,34 @@ TEST_CASE("data in a folder that contains the user's home is not deleted") {
     }
 }
 
+TEST_CASE("data in a folder that the user's desktop has named is not deleted") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    writeFile(manager.home / "Dokumente/letter", "dear");
+    writeFile(manager.tmp / "disk/pictures/one", "red");
+    writeFile(manager.home / ".config/user-dirs.dirs",
+              "XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\nXDG_DOWNLOAD_DIR=\"" +
+                  (manager.tmp / "disk/pictures") + "\"\n");
+
+    for (const Path& home : {manager.home / "Dokumente", manager.home / "x/../Dokumente/",
+                             manager.tmp / "disk/pictures", manager.tmp / "disk"}) {
+        CAPTURE(home);
+        fixture.setHome(home);
+        fixture.refuseToDeleteData("your own folder");
+    }
+    writeFile(manager.home / "Documents/letter", "the usual name still counts");
+    fixture.setHome(manager.home / "Documents");
+    fixture.refuseToDeleteData("your own folder");
+}
+
+TEST_CASE("a home that the user's desktop has named as a folder is not deleted either") {
+    const Fixture fixture;
+    const auto home = fixture.manager.instanceHome("Work");
+    writeFile(fixture.manager.home / ".config/user-dirs.dirs",
+              "XDG_DOCUMENTS_DIR=\"" + home + "\"\n");
+    fixture.refuseToDeleteData("your own folder");
+}
+
 TEST_CASE("a home that leads to the user's own folders through a link is not deleted") {
     const Fixture fixture;
     const auto& manager = fixture.manager;

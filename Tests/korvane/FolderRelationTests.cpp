@@ -39,6 +39,19 @@ TEST_CASE("a folder lies in another one whatever names lead there") {
     CHECK(areSame(tmp / "new/", tmp / "./new"));
 }
 
+TEST_CASE("a folder lies in another one by their text alone") {
+    using folders::isOrLiesInByText;
+    CHECK(isOrLiesInByText("/a", "/a"));
+    CHECK(isOrLiesInByText("/a/b", "/a"));
+    CHECK(isOrLiesInByText("/a//b/./c/..", "//a/b/"));
+    CHECK(isOrLiesInByText("/a", "/missing/../.."));
+    CHECK(isOrLiesInByText("/", "/"));
+    CHECK_FALSE(isOrLiesInByText("/ab", "/a"));
+    CHECK_FALSE(isOrLiesInByText("/a", "/a/b"));
+    CHECK_FALSE(isOrLiesInByText("/", "/a"));
+    CHECK_FALSE(isOrLiesInByText("/a/../b", "/a"));
+}
+
 TEST_CASE("folders that were made for nothing go again, and only those") {
     const TempDir tmp;
     makeFolder(tmp / "old");

@@ -31,6 +31,22 @@ TEST_CASE("migrate says what it moved on standard error") {
     CHECK(manager.run({"migrate", "Work"}).error == "There was nothing to move.\n");
 }
 
+TEST_CASE("migrate moves into the folder that the user's desktop has named") {
+    const Manager manager;
+    manager.create({"command", "Work", aProgram});
+    writeFile(manager.home / ".config/user-dirs.dirs",
+              "XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\nXDG_DESKTOP_DIR=\"$HOME/\"\n");
+    makeFolder(manager.home / "Dokumente");
+    writeFile(manager.instanceHome("Work") + "/Documents/a", "mine");
+    writeFile(manager.instanceHome("Work") + "/Desktop/b", "stays");
+
+    CHECK(manager.json({"migrate", "Work", "--json"}) == nlohmann::json{{"Documents", 1}});
+
+    CHECK(readFile(manager.home / "Dokumente/a") == "mine");
+    CHECK(linkText(manager.instanceHome("Work") + "/Documents") == manager.home / "Dokumente");
+    CHECK(readFile(manager.instanceHome("Work") + "/Desktop/b") == "stays");
+}
+
 TEST_CASE("migrate leaves a home that is the user's own alone") {
     const Manager manager;
     manager.create({"command", "Own", aProgram, "--home", "~"});
