@@ -30,9 +30,7 @@ std::optional<Path> InstanceRecord::iconURL() const {
 InstanceRegistry::InstanceRegistry(const std::optional<std::vector<Path>>& dirs)
     : searchDirs(dirs ? *dirs : defaultSearchDirs()) {}
 
-std::vector<Path> InstanceRegistry::defaultSearchDirs() {
-    return {expandingTilde("~/Applications")};
-}
+std::vector<Path> InstanceRegistry::defaultSearchDirs() { return defaultInstanceFolders(); }
 
 std::vector<InstanceRecord> InstanceRegistry::list() const {
     std::vector<InstanceRecord> records;

@@ -1,6 +1,5 @@
 #include "Ambrel/UserFolders.h"
 
-#include "Ambrel/InstanceRegistry.h"
 #include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Support/BundleScan.h"
 #include "Ambrel/Support/FolderRelation.h"
@@ -50,8 +49,8 @@ bool UserFolders::isShareable(const Path& place, std::string_view name) {
 const std::vector<Path>& UserFolders::knownHomes() {
     if (knownHomes_) return *knownHomes_;
     auto& homes = knownHomes_.emplace();
-    // Not by the registry's list(), which sorts: the runner starts without what that takes.
-    for (const auto& bundle : bundlesIn(InstanceRegistry::defaultSearchDirs())) {
+    // Not from the registry, which sorts by name: the runner starts without the library for that.
+    for (const auto& bundle : bundlesIn(defaultInstanceFolders())) {
         const auto config = configIn(bundle);
         auto home = config ? config->resolvedHome() : Path();
         if (home.starts_with('/')) homes.push_back(std::move(home));

@@ -2,6 +2,7 @@
 
 #include "Ambrel/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/UserPaths.h"
 
 namespace ambrel {
 
@@ -27,6 +28,8 @@ std::vector<Path> bundlesIn(const std::vector<Path>& folders) {
     }
     return bundles;
 }
+
+std::vector<Path> defaultInstanceFolders() { return {expandingTilde("~/Applications")}; }
 
 std::optional<InstanceConfig> configIn(const Path& bundle) {
     try {
