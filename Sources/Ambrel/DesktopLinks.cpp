@@ -5,6 +5,8 @@
 #include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Support/FolderRelation.h"
 
+#include <algorithm>
+
 namespace ambrel {
 
 namespace {

@@ -35,7 +35,7 @@ TEST_CASE("missing folders get exactly the mode whatever the mask and existing o
     const TempDir tmp;
     makeFolder(tmp / "old");
     setMode(tmp / "old", 0751);
-    for (const mode_t mask : {0000, 0022, 0077, 0277}) {
+    for (const mode_t mask : {0000U, 0022U, 0077U, 0277U}) {
         const Mask scope(mask);
         const auto name = "made-" + std::to_string(mask);
         GuardedFolder::open(tmp.path()).folder("old/" + name + "/deep", 0755);
