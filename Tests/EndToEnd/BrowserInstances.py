@@ -35,6 +35,7 @@ class TwoInstances:
     def test_each_remembers_its_own_visits_and_the_users_home_stays_as_it_was(self):
         self.requireSeparateAccount()
         self.createInstances()
+        self.makeTrash()
         traces = self.missingTraces()
         before = contents(self.user.home, leavingOut=["KorvaneInstances"])
 
@@ -49,6 +50,11 @@ class TwoInstances:
         self.assertEqual(before, after)
         self.assertEqual(contents(self.user.accountHome), {})
         self.assertEqual(self.missingTraces(), traces)
+
+    def makeTrash(self):
+        """The first start makes it where the user has none: that is no doing of the browser's."""
+        for name in ("files", "info"):
+            (self.user.home / ".local/share/Trash" / name).mkdir(parents=True)
 
     def requireSeparateAccount(self):
         entry = self.user.run("getent", "passwd", os.getuid())
