@@ -15,6 +15,7 @@
 #include "korvane/MigrateVerb.h"
 #include "korvane/Options.h"
 #include "korvane/ProfileVerb.h"
+#include "korvane/RegisterVerbs.h"
 #include "korvane/StartVerbs.h"
 #include "korvane/Version.h"
 
@@ -186,10 +187,10 @@ int CommandLine::help(const std::vector<std::string>& words,
 
 std::vector<Verb> allVerbs() {
     return {
-        createAppVerb(),    createWebVerb(), createFileVerb(), createCommandVerb(), adoptVerb(),
-        listVerb(),         showVerb(),      openVerb(),       runVerb(),           logsVerb(),
-        editVerb(),         migrateVerb(),   deleteVerb(),     appsVerb(),          inspectVerb(),
-        profileCheckVerb(), iconVerb(),      iconLintVerb(),
+        createAppVerb(), createWebVerb(), createFileVerb(),   createCommandVerb(), adoptVerb(),
+        listVerb(),      showVerb(),      openVerb(),         runVerb(),           logsVerb(),
+        editVerb(),      migrateVerb(),   registerVerb(),     unregisterVerb(),    deleteVerb(),
+        appsVerb(),      inspectVerb(),   profileCheckVerb(), iconVerb(),          iconLintVerb(),
     };
 }
 

@@ -3,6 +3,7 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Support/Utf8.h"
 #include "korvane/DataSafety.h"
+#include "korvane/DesktopPresence.h"
 #include "korvane/Instances.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
@@ -65,9 +66,11 @@ void removeBundle(const InstanceRecord& record, const Surroundings& surroundings
                               "; the instance that it leads to is as it was.");
         return;
     }
+    const auto entry = registration::findEntry(record);
     const auto staging = movedAside(bundle);
     const auto hidden = staging->path();
     say(surroundings, "Deleted " + inQuotes(record.config.displayName) + ".");
+    presence::deleted(entry, surroundings);
     try {
         staging->remove();
     } catch (const ambrel::FileError& error) {

@@ -5,6 +5,7 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Support/Utf8.h"
 #include "korvane/ConfigEdit.h"
+#include "korvane/DesktopPresence.h"
 #include "korvane/InstanceHome.h"
 #include "korvane/Instances.h"
 #include "korvane/ManagerError.h"
@@ -104,6 +105,7 @@ int editInstance(const EditOptions& options, const Surroundings& surroundings) {
     prepareHome(config, folders);
     writeChecked(record, config);
     folders.keep();
+    presence::changed({record.bundleURL, config}, surroundings);
     say(surroundings, "Changed " + inQuotes(record.config.displayName) + ".");
     if (config.instanceHome != record.config.instanceHome) {
         say(surroundings, "Its data stays in " + ambrel::utf8::oneLine(record.config.instanceHome) +

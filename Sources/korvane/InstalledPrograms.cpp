@@ -24,15 +24,14 @@ std::string valueOf(const Environment& environment, const std::string& name) {
 }
 
 /// An id may name a file in a sub-folder with "-" in place of "/".
-std::optional<Path> findEntryIn(const Path& folder, const std::string& id) {
+void addEntriesIn(const Path& folder, const std::string& id, std::vector<Path>& found) {
     const auto direct = paths::join(folder, id);
-    if (fileSystem::exists(direct) && !fileSystem::isFolder(direct)) return direct;
+    if (fileSystem::exists(direct) && !fileSystem::isFolder(direct)) found.push_back(direct);
     for (auto dash = id.find('-'); dash != std::string::npos; dash = id.find('-', dash + 1)) {
         const auto below = paths::join(folder, id.substr(0, dash));
         if (dash == 0 || !fileSystem::isFolder(below)) continue;
-        if (auto found = findEntryIn(below, id.substr(dash + 1))) return found;
+        addEntriesIn(below, id.substr(dash + 1), found);
     }
-    return std::nullopt;
 }
 
 std::vector<std::string> entriesOf(const Path& folder) {
@@ -104,24 +103,29 @@ constexpr std::string_view knownVariants[] = {
 
 std::vector<Path> programDataFolders(const Environment& environment) {
     std::vector<Path> folders;
-    // Relative entries are to be ignored.
-    const auto own = valueOf(environment, "XDG_DATA_HOME");
-    folders.push_back(own.starts_with('/') ? own : paths::join(ambrel::userHome(), ".local/share"));
+    if (auto own = ambrel::userDataFolder(); !own.empty()) folders.push_back(std::move(own));
     const auto shared = valueOf(environment, "XDG_DATA_DIRS");
     std::istringstream list(shared.empty() ? "/usr/local/share:/usr/share" : shared);
     for (std::string folder; std::getline(list, folder, ':');) {
+        // Relative entries are to be ignored.
         if (folder.starts_with('/')) folders.push_back(folder);
     }
     return folders;
 }
 
-std::optional<Path> findDesktopEntry(const std::string& id, const Environment& environment) {
-    if (id.empty() || id.find('/') != std::string::npos) return std::nullopt;
+std::vector<Path> findDesktopEntries(const std::string& id, const Environment& environment) {
+    std::vector<Path> found;
+    if (id.empty() || id.find('/') != std::string::npos) return found;
     const auto file = id.ends_with(".desktop") ? id : id + ".desktop";
     for (const auto& folder : programDataFolders(environment)) {
-        if (auto found = findEntryIn(paths::join(folder, "applications"), file)) return found;
+        addEntriesIn(paths::join(folder, "applications"), file, found);
     }
-    return std::nullopt;
+    return found;
+}
+
+std::optional<Path> findDesktopEntry(const std::string& id, const Environment& environment) {
+    auto found = findDesktopEntries(id, environment);
+    return found.empty() ? std::nullopt : std::optional(std::move(found.front()));
 }
 
 std::optional<Path> findIcon(const std::string& icon, const Environment& environment) {

@@ -10,11 +10,15 @@
 namespace korvane {
 
 /// Where programs put their entries and icons by the XDG Base Directory Specification, the user's
-/// own folder first.
+/// own folder, userDataFolder(), first.
 std::vector<ambrel::Path> programDataFolders(const ambrel::Environment& environment);
 
-/// The desktop entry with the id `id` ("chromium" or "chromium.desktop"); absent when there is
-/// none.
+/// The desktop entries with the id `id` ("chromium" or "chromium.desktop"), in the order of the
+/// folders: the first one hides the others.
+std::vector<ambrel::Path> findDesktopEntries(const std::string& id,
+                                             const ambrel::Environment& environment);
+
+/// The one that counts; absent when there is none.
 std::optional<ambrel::Path> findDesktopEntry(const std::string& id,
                                              const ambrel::Environment& environment);
 

@@ -4,6 +4,7 @@
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Support/Utf8.h"
+#include "korvane/DesktopPresence.h"
 #include "korvane/IconFile.h"
 #include "korvane/InstanceHome.h"
 #include "korvane/Instances.h"
@@ -211,6 +212,8 @@ void makeInstance(const CreateOptions& options, const Surroundings& surroundings
     const auto place = BundleLayout::wrapper(*request.outputDir, request.displayName).bundle;
     const auto old = requireReplaceable(place, options.replace);
     requireRunnableTarget(place, request);
+    registration::requireFree(*request.bundleId, place, surroundings.environment,
+                              "Choose another identifier with --bundle-id.");
 
     const auto made = build(prepared, place, old.has_value(), surroundings);
 
@@ -219,6 +222,7 @@ void makeInstance(const CreateOptions& options, const Surroundings& surroundings
     warnAboutMissingHosts(request, surroundings);
     warnAboutLabel(made.record, surroundings);
     warnAboutPaths(request, surroundings);
+    presence::created(made.record, old, surroundings);
     say(surroundings, (old ? "Replaced " : "Created ") + inQuotes(request.displayName) + ".");
     if (made.homeExisted && !old && !options.home) {
         warn(surroundings, "Its home was there before, perhaps as that of another instance. Choose "

@@ -1,6 +1,8 @@
 #include "korvane/JsonOutput.h"
 
 #include "Ambrel/Support/Utf8.h"
+#include "korvane/DesktopId.h"
+#include "korvane/Registration/Registration.h"
 
 #include <ostream>
 
@@ -14,6 +16,9 @@ nlohmann::json instance(const ambrel::InstanceRecord& record) {
     auto object = bundle(record.bundleURL);
     object["config"] = nlohmann::json::parse(record.config.encode());
     if (const auto icon = record.iconURL()) object["iconURL"] = text(*icon);
+    object["desktopId"] = desktopId(record.config.bundleId);
+    const auto entry = registration::findEntry(record);
+    object["desktopEntry"] = entry ? nlohmann::json(text(entry->file)) : nlohmann::json();
     return object;
 }
 

@@ -6,7 +6,8 @@
 #include <iosfwd>
 #include <nlohmann/json.hpp>
 
-/// The manager's answers for programs. Paths are plain absolute paths, absent fields are left out.
+/// The manager's answers for programs. Paths are plain absolute paths, absent fields are left out
+/// but for "desktopEntry", which is null for an instance that the desktop does not show.
 namespace korvane::json {
 
 nlohmann::json bundle(const ambrel::Path& bundleURL);

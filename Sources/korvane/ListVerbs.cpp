@@ -1,10 +1,12 @@
 #include "korvane/ListVerbs.h"
 
 #include "Ambrel/InstanceRegistry.h"
+#include "korvane/DesktopId.h"
 #include "korvane/Instances.h"
 #include "korvane/JsonOutput.h"
 #include "korvane/Messages.h"
 #include "korvane/Options.h"
+#include "korvane/Registration/Registration.h"
 #include "korvane/Table.h"
 #include "korvane/UserText.h"
 
@@ -110,6 +112,10 @@ void writeDetails(const InstanceRecord& record, const Surroundings& surroundings
                                     std::string(rawValue(label->position)) + ")"});
     }
     if (const auto icon = record.iconURL()) table.add({"icon", *icon});
+    table.add({"desktopId", desktopId(config.bundleId)});
+    if (const auto entry = registration::findEntry(record)) {
+        table.add({"desktopEntry", entry->file});
+    }
     table.write(surroundings.results);
 }
 

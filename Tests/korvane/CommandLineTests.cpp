@@ -4,9 +4,10 @@ namespace korvane::test {
 
 namespace {
 
-const Strings verbs{"create app", "create web", "create file", "create command", "adopt", "list",
-                    "show",       "open",       "run",         "logs",           "edit",  "migrate",
-                    "delete",     "apps",       "inspect",     "profile check"};
+const Strings verbs{
+    "create app", "create web", "create file", "create command", "adopt",    "list",
+    "show",       "open",       "run",         "logs",           "edit",     "migrate",
+    "delete",     "apps",       "inspect",     "profile check",  "register", "unregister"};
 
 Strings wordsOf(const std::string& verb, const Strings& more) {
     Strings words;

@@ -21,12 +21,26 @@ std::set<std::string> optionsIn(const std::string& help) {
     return options;
 }
 
-const std::vector<Strings> verbs{
-    {"create", "app"}, {"create", "web"}, {"create", "file"}, {"create", "command"},
-    {"adopt"},         {"list"},          {"show"},           {"open"},
-    {"run"},           {"logs"},          {"edit"},           {"migrate"},
-    {"delete"},        {"apps"},          {"inspect"},        {"profile", "check"},
-    {"icon"},          {"icon", "lint"}};
+const std::vector<Strings> verbs{{"create", "app"},
+                                 {"create", "web"},
+                                 {"create", "file"},
+                                 {"create", "command"},
+                                 {"adopt"},
+                                 {"list"},
+                                 {"show"},
+                                 {"open"},
+                                 {"run"},
+                                 {"logs"},
+                                 {"edit"},
+                                 {"migrate"},
+                                 {"register"},
+                                 {"unregister"},
+                                 {"delete"},
+                                 {"apps"},
+                                 {"inspect"},
+                                 {"profile", "check"},
+                                 {"icon"},
+                                 {"icon", "lint"}};
 
 } // namespace
 

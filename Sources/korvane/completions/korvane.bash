@@ -25,8 +25,8 @@ _korvane() {
     COMPREPLY=()
 
     if ((COMP_CWORD == 1)); then
-        _korvane_offer -W "create adopt list show open run logs edit migrate delete apps
-            inspect profile icon help --help --version" -- "$word"
+        _korvane_offer -W "create adopt list show open run logs edit migrate register unregister
+            delete apps inspect profile icon help --help --version" -- "$word"
         return
     fi
     case $verb in
@@ -96,7 +96,7 @@ _korvane() {
     fi
 
     case $verb in
-    show | open | run | logs | edit | migrate | delete)
+    show | open | run | logs | edit | migrate | register | unregister | delete)
         ((COMP_CWORD == first)) && _korvane_offer_lines "$word" < <(_korvane_instances)
         ;;
     esac

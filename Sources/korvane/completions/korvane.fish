@@ -31,6 +31,7 @@ for verb in create:'Make an instance' adopt:'Make an application of an installed
     list:'List the instances' show:'Show one instance' open:'Start an instance' \
     run:'Run an instance and wait' logs:'Show what an instance has written' \
     edit:'Change an instance' migrate:'Move the files of an instance to yours' \
+    register:'Show an instance on the desktop' unregister:'Take an instance off the desktop' \
     delete:'Delete an instance' apps:'List the applications' \
     inspect:'Show what is known of an application' profile:'Check a profile' \
     icon:'Make an icon file of a picture' help:'Show help'
@@ -41,7 +42,7 @@ complete -c korvane -n '__korvane_needs_second create' -a 'app web file command'
 complete -c korvane -n '__korvane_needs_second profile' -a check
 complete -c korvane -n '__korvane_needs_second icon' -a lint -d 'Check an icon file'
 
-for verb in show open run logs edit migrate delete
+for verb in show open run logs edit migrate register unregister delete
     complete -c korvane -n "__korvane_is $verb" -a '(__korvane_instances)'
 end
 for verb in create adopt inspect profile icon

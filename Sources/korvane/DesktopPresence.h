@@ -1,0 +1,22 @@
+#pragma once
+
+#include "korvane/Registration/Registration.h"
+#include "korvane/Surroundings.h"
+
+/// Keeps the desktop in step with what happens to instances. That something goes wrong here is no
+/// reason to fail: the instance is as it was asked for, and a warning says what to do.
+namespace korvane::presence {
+
+/// Registers a new instance. `old` is the one that it replaces, whose entry goes where the new one
+/// does not take its name over.
+void created(const ambrel::InstanceRecord& made, const std::optional<ambrel::InstanceRecord>& old,
+             const Surroundings& surroundings) noexcept;
+
+/// Brings the entry of a changed instance up to date; one without an entry gets none.
+void changed(const ambrel::InstanceRecord& record, const Surroundings& surroundings) noexcept;
+
+/// Removes the entry, if there is one, of an instance that is gone.
+void deleted(const std::optional<registration::Entry>& entry,
+             const Surroundings& surroundings) noexcept;
+
+} // namespace korvane::presence

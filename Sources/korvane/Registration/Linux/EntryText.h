@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Ambrel/Path.h"
+
+#include <string>
+#include <string_view>
+
+/// The text of desktop entries by the Desktop Entry Specification, and of the scripts that they
+/// start.
+namespace korvane::registration {
+
+/// The key that says which bundle an entry stands for.
+inline constexpr const char* bundleKey = "X-Korvane-Bundle";
+
+/// What an entry of an instance holds, in plain text.
+struct EntryValues {
+    std::string name;
+    ambrel::Path program; ///< what Exec starts, without arguments
+    std::string icon;     ///< a name in the icon theme
+    std::string windowClass;
+    std::string categories; ///< each with ";" behind it
+    ambrel::Path bundle;
+};
+
+/// The whole entry. Throws Refusal for values that no entry can hold: text that is not UTF-8 or
+/// holds control characters, and a program with "=" in its path.
+std::string entryText(const EntryValues& values);
+
+/// Whether a path can stand in Exec as it is, and be taken for one word by openers that know
+/// neither quotes nor escapes.
+bool isPlainWord(std::string_view path);
+
+/// A shell script that becomes the program.
+std::string openerScript(const ambrel::Path& program);
+
+} // namespace korvane::registration
