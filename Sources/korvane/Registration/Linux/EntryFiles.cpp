@@ -68,11 +68,15 @@ bool isAmong(const std::vector<ThemeIcon>& icons, std::uint32_t side) {
 /// Removes files one by one, going on after a failure.
 class Removal {
 public:
-    void remove(const Path& file) {
+    /// Returns whether the file was there and is gone.
+    bool remove(const Path& file) {
         try {
-            if (isFile(file)) fileSystem::removeItem(file);
+            if (!isFile(file)) return false;
+            fileSystem::removeItem(file);
+            return true;
         } catch (const ambrel::FileError& error) {
             if (!failure_) failure_ = error;
+            return false;
         }
     }
     void finish() const {
@@ -88,10 +92,12 @@ void removeSuperfluous(const Places& places, const EntryFiles& files,
                        const ExistingEntry& existing) {
     Removal removal;
     if (existing.hasScript && !files.script) removal.remove(places.script());
+    bool changed = false;
     for (const auto side : themeSides) {
-        if (existing.hasIcons && !isAmong(files.icons, side)) removal.remove(places.icon(side));
+        if (!existing.hasIcons || isAmong(files.icons, side)) continue;
+        changed = removal.remove(places.icon(side)) || changed;
     }
-    if (existing.hasIcons) announceIcons(places);
+    if (changed) announceIcons(places);
     removal.finish();
 }
 

@@ -69,8 +69,10 @@ bool wantsQuotes(std::string_view path) {
 
 /// The path as the whole value of Exec, before the escapes of the type "string".
 std::string execWord(const Path& path) {
-    if (path.find('=') != Path::npos) {
-        throw Refusal("A desktop entry cannot start a program whose path holds a \"=\": " +
+    // "=" is against the rules; "%" is not, but GLib looks for the program with the "%%" that the
+    // rules want in its name, and takes the entry for one of a program that is not installed.
+    if (path.find_first_of("=%") != Path::npos) {
+        throw Refusal("A desktop entry cannot start a program whose path holds \"=\" or \"%\": " +
                       ambrel::utf8::oneLine(path));
     }
     if (!wantsQuotes(path)) return path;
@@ -78,7 +80,6 @@ std::string execWord(const Path& path) {
     for (const char c : path) {
         if (std::string_view("\"`$\\").find(c) != std::string_view::npos) word += '\\';
         word += c;
-        if (c == '%') word += c; // alone it would begin a field code
     }
     return word + "\"";
 }

@@ -23,7 +23,7 @@ struct EntryValues {
 };
 
 /// The whole entry. Throws Refusal for values that no entry can hold: text that is not UTF-8 or
-/// holds control characters, and a program with "=" in its path.
+/// holds control characters, and a program with "=" or "%" in its path.
 std::string entryText(const EntryValues& values);
 
 /// Whether a path can stand in Exec as it is, and be taken for one word by openers that know
