@@ -3,6 +3,7 @@
 #include "Ambrel/Platform/Images.h"
 #include "ForeignEntryReader.h"
 #include "Support/Icons.h"
+#include "korvane/DesktopId.h"
 #include "korvane/Registration/Linux/Categories.h"
 
 #include <algorithm>
@@ -127,6 +128,7 @@ TEST_CASE("whatever name a person types comes through exactly") {
                                    "e\u0301",
                                    "\u00e9",
                                    "two  blanks",
+                                   "a\u2028b",
                                    "a|b&c<d>",
                                    "true",
                                    "…",
@@ -143,6 +145,18 @@ TEST_CASE("whatever name a person types comes through exactly") {
         checkEntry(fixture.entry(id), name, hasScript ? fixture.script(id) : runnerIn(bundle),
                    bundle);
     }
+}
+
+TEST_CASE("the longest name and the longest identifier have an entry") {
+    const Registrations fixture;
+    const std::string name(251, 'n');
+    const std::string id = "a." + std::string(198, 'b');
+
+    const auto bundle = fixture.createCommand(name, {"--bundle-id", id});
+    checkEntry(fixture.entry(id), name, runnerIn(bundle), bundle);
+    const auto spaced = fixture.createCommand("a b", {"--bundle-id", id + "b"});
+    const auto made = desktopId(id + "b");
+    checkEntry(fixture.entry(made), "a b", fixture.script(made), spaced);
 }
 
 TEST_CASE("a name that only another program can have written is exact or refused") {
