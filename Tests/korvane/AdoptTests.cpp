@@ -151,7 +151,8 @@ TEST_CASE("the icon is made of the largest PNG of the theme and the pixmaps") {
     const auto& tmp = fixture.manager.tmp;
     writeFile(tmp / "share/icons/hicolor/48x48/apps/mail.png", png(48, red));
     writeFile(tmp / "share/icons/hicolor/512x512/apps/mail.png", png(256, blue));
-    writeFile(fixture.manager.home / ".local/share/icons/hicolor/64x64@2x/apps/mail.png", png(512, green));
+    writeFile(fixture.manager.home / ".local/share/icons/hicolor/64x64@2x/apps/mail.png",
+              png(512, green));
     writeFile(tmp / "share/pixmaps/mail.png", png(100, black));
     writeFile(tmp / "share/icons/hicolor/1024x1024/apps/mail.png", "no picture");
     fixture.writeEntry("mail", "Exec=" + fixture.program + "\nIcon=mail");

@@ -1,6 +1,7 @@
 #include "Registrations.h"
 
 #include "korvane/DesktopId.h"
+#include "korvane/Registration/Registration.h"
 
 #include <functional>
 #include <unistd.h>
@@ -162,6 +163,18 @@ TEST_CASE("an entry that cannot be removed is told of and the instance is gone")
     CHECK(says(done.error, "could not be removed: " + fixture.entry(work)));
     CHECK_FALSE(isThere(bundle));
     for (const auto side : iconSides) CHECK_FALSE(isThere(fixture.icon(work, side)));
+}
+
+TEST_CASE("an entry that changed hands meanwhile is not removed") {
+    const Registrations fixture;
+    const auto bundle = fixture.createCommand("Work");
+    const auto before = fixture.registered();
+
+    registration::remove({work, fixture.entry(work), "/other/Work.app"});
+    CHECK(fixture.registered() == before);
+
+    registration::remove({work, fixture.entry(work), bundle});
+    CHECK_FALSE(isThere(fixture.entry(work)));
 }
 
 TEST_CASE("a bundle that cannot be removed keeps its entry") {

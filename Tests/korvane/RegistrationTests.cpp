@@ -76,6 +76,22 @@ TEST_CASE("deleting a link to an instance leaves the entry of the instance") {
     CHECK(fixture.registered() == before);
 }
 
+TEST_CASE("deleting a copy of a bundle leaves the entry of the instance") {
+    const Registrations fixture;
+    const auto bundle = fixture.createCommand("Work");
+    const auto copy = fixture.manager.tmp / "copy.app";
+    REQUIRE(run({"cp", "-r", bundle, copy}).status == 0);
+    const auto before = fixture.registered();
+
+    CHECK(fixture.manager.json({"show", copy, "--json"})["desktopEntry"].is_null());
+    CHECK(
+        says(fixture.manager.refusal({"register", copy}), "belongs to the instance at " + bundle));
+    fixture.manager.result({"delete", copy});
+
+    CHECK_FALSE(isThere(copy));
+    CHECK(fixture.registered() == before);
+}
+
 TEST_CASE("an instance is registered by a link as the bundle that it leads to") {
     const Registrations fixture;
     const auto bundle = fixture.createCommand("Work");

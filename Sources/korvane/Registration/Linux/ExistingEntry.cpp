@@ -28,6 +28,7 @@ bool ExistingEntry::isFor(const Path& path) const {
 }
 
 std::optional<ExistingEntry> readEntry(const Places& places) noexcept {
+    if (places.data.empty()) return std::nullopt;
     const auto file = places.entry();
     try {
         if (fileSystem::kindOf(file) != fileSystem::ItemKind::file) return std::nullopt;

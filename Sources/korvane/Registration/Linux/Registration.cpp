@@ -61,7 +61,6 @@ std::string foreignEntry(const Places& places) {
 }
 
 void requireOwnPlace(const Places& places, const Path& bundle, const std::string& wayOut) {
-    if (places.data.empty()) throw Refusal("There is no home folder for desktop entries.");
     if (!fileSystem::kindOf(places.entry()) || findOwn(places, bundle)) return;
     throw Refusal(foreignEntry(places) + wayOut);
 }
@@ -166,6 +165,8 @@ std::optional<Entry> findEntry(const InstanceRecord& record) {
 void requireFree(const std::string& bundleId, const Path& bundle,
                  const ambrel::Environment& environment, const std::string& wayOut) {
     const auto places = placesFor(bundleId);
+    // A user without a home can have instances, but no entries.
+    if (places.data.empty()) return;
     requireOwnPlace(places, bundle, " " + wayOut);
     requireNoOther(places, environment, " " + wayOut);
     // With the bundle there, add() can tell what an earlier try has left.
@@ -174,6 +175,7 @@ void requireFree(const std::string& bundleId, const Path& bundle,
 
 Entry add(const InstanceRecord& record) {
     const auto places = placesFor(record.config.bundleId);
+    if (places.data.empty()) throw Refusal("There is no home folder for desktop entries.");
     requireOwnPlace(places, record.bundleURL, " It stays as it is.");
     const auto existing = findOwn(places, record.bundleURL);
     // One bundle can have several paths; the entry keeps its own.

@@ -9,8 +9,6 @@
 
 namespace korvane::registration {
 
-using ambrel::Image;
-
 namespace {
 
 /// The PNG of the file's own picture of this size.
