@@ -24,15 +24,25 @@ Folder Folder::openAt(int parent, const std::string& name, const Path& path,
 std::vector<std::string> Folder::names(const std::string& action) const {
     std::vector<std::string> result;
     ::rewinddir(stream_.get());
+    while (auto name = nextName(action)) result.push_back(std::move(*name));
+    return result;
+}
+
+bool Folder::isEmpty(const std::string& action) const {
+    ::rewinddir(stream_.get());
+    return !nextName(action);
+}
+
+/// Absent at the end.
+std::optional<std::string> Folder::nextName(const std::string& action) const {
     while (true) {
         errno = 0; // the only way to tell the end from a failure
         const auto* entry = ::readdir(stream_.get());
-        if (entry == nullptr) break;
+        if (entry == nullptr && errno != 0) throwFileError(action, path_);
+        if (entry == nullptr) return std::nullopt;
         const std::string_view name = entry->d_name;
-        if (name != "." && name != "..") result.emplace_back(name);
+        if (name != "." && name != "..") return std::string(name);
     }
-    if (errno != 0) throwFileError(action, path_);
-    return result;
 }
 
 } // namespace ambrel

@@ -4,6 +4,7 @@
 
 #include <dirent.h>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,10 @@ public:
     /// naming `action`.
     std::vector<std::string> names(const std::string& action) const;
 
+    /// Whether there are none, found out without reading more than one. Throws FileError naming
+    /// `action`.
+    bool isEmpty(const std::string& action) const;
+
     int fd() const noexcept { return ::dirfd(stream_.get()); }
     Path pathOf(const std::string& name) const { return paths::join(path_, name); }
 
@@ -32,6 +37,8 @@ private:
     struct CloseFolder {
         void operator()(DIR* stream) const noexcept { ::closedir(stream); }
     };
+
+    std::optional<std::string> nextName(const std::string& action) const;
 
     Path path_;
     std::unique_ptr<DIR, CloseFolder> stream_;

@@ -116,7 +116,7 @@ bool GuardedFolder::isEmptyFolder(const std::string& name) const {
     try {
         const auto path = paths::join(path_, name);
         entryName(action, name, path);
-        return Folder::openAt(fd_.get(), name, path, action).names(action).empty();
+        return Folder::openAt(fd_.get(), name, path, action).isEmpty(action);
     } catch (const FileError&) {
         return false; // no folder, or one that may hold something
     }
