@@ -58,6 +58,10 @@ public:
     /// ChildProcessError when it cannot be started, and no process is left then.
     void launch();
 
+    /// Whether `signal`, blocked here, was waiting for this process right before the program was
+    /// started: then it came too early for the program to get it as well.
+    bool missed(int signal) const noexcept;
+
     /// Blocks until the program has ended.
     void waitUntilExit();
     /// The exit status, or the signal's number for a program that a signal ended. 1 where the

@@ -58,14 +58,15 @@ SignalRelay::SignalRelay() {
 
 int SignalRelay::waitUntilExit(ChildProcess& child) const {
     const auto signals = awaitedSignals();
-    sigset_t early; // perhaps from before the child was there to get them too
-    sigpending(&early);
+    sigset_t taken; // a signal that the child missed is only the first of its kind
+    sigemptyset(&taken);
     while (child.isRunning()) {
         siginfo_t info{};
         const int signal = sigwaitinfo(&signals, &info);
         if (signal <= 0 || signal == SIGCHLD) continue;
-        if (!reachesChildToo(info) || sigismember(&early, signal) == 1) child.sendSignal(signal);
-        sigdelset(&early, signal);
+        const bool isFirst = sigismember(&taken, signal) == 0;
+        sigaddset(&taken, signal);
+        if (!reachesChildToo(info) || (isFirst && child.missed(signal))) child.sendSignal(signal);
     }
     return child.terminationStatus();
 }

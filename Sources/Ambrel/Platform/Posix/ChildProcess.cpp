@@ -146,6 +146,7 @@ struct ChildProcess::State {
     pid_t pid = -1;
     mutable std::mutex mutex; ///< the id is given back, by reaping, only under this
     std::optional<int> status;
+    sigset_t waitingAtLaunch{}; ///< blocked signals that had come before the program was there
 
     /// Reaps the ended process, which must be the case, unless that has happened.
     int collect() {
@@ -205,6 +206,7 @@ void ChildProcess::launch() {
     const auto argv = pointersTo(arguments);
     const auto envp = pointersTo(environment);
     pid_t pid = -1;
+    sigpending(&state_->waitingAtLaunch);
     const int error =
         plan.spawn(pid, executable, argv.data(), setup_.environment ? envp.data() : environ);
     if (error != 0) throw failure(setup_, executable, error);
@@ -217,6 +219,10 @@ void ChildProcess::watch() {
         state->awaitEnd();
         handler(state->collect());
     }).detach();
+}
+
+bool ChildProcess::missed(int signal) const noexcept {
+    return sigismember(&state_->waitingAtLaunch, signal) == 1;
 }
 
 void ChildProcess::waitUntilExit() {
