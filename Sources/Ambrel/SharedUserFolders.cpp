@@ -1,5 +1,7 @@
 #include "Ambrel/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/UserPaths.h"
+#include "Ambrel/Support/FolderRelation.h"
 #include "Ambrel/UserFolders.h"
 
 #include <algorithm>
@@ -87,6 +89,12 @@ void linkOrLeave(const Path& linkPath, const Path& target) {
     succeeds([&] { fileSystem::createSymbolicLink(target, link); });
 }
 
+/// Whether files would be found again at `place`: what is missing outside the home may be on a disk
+/// that is not there now, which would hide them later.
+bool isReachable(const Path& place) {
+    return fileSystem::isFolder(place) || folders::isOrLiesIn(place, userHome());
+}
+
 /// Migrates each shared folder of `home` into the one that `destinationOf` gives for its name, if
 /// any.
 template <class DestinationOf>
@@ -137,7 +145,10 @@ bool InstanceLauncher::needsSharedFolderMigration(const Path& home) noexcept {
 
 std::map<std::string, int> InstanceLauncher::migrateSharedUserFolders(const Path& home) {
     UserFolders user(home);
-    return migrate(home, [&](std::string_view name) { return user.find(name); });
+    return migrate(home, [&](std::string_view name) {
+        auto place = user.find(name);
+        return place && isReachable(*place) ? std::move(place) : std::nullopt;
+    });
 }
 
 std::map<std::string, int> InstanceLauncher::migrateSharedUserFolders(const Path& home,

@@ -14,11 +14,6 @@ bool isOrContains(const Path& place, const Path& home) {
     return folders::isOrLiesIn(home, place) || folders::isOrLiesInByText(home, place);
 }
 
-/// Whether `place` is not simply the folder called `name` in the user's home.
-bool isUnusual(const Path& place, std::string_view name) {
-    return folders::canonical(place) != paths::join(folders::canonical(userHome()), name);
-}
-
 } // namespace
 
 UserFolders::UserFolders(Path instanceHome)
@@ -27,7 +22,7 @@ UserFolders::UserFolders(Path instanceHome)
 std::optional<Path> UserFolders::find(std::string_view name) {
     const auto setting = settings_.find(name);
     if (setting == settings_.end()) return paths::join(userHome(), name);
-    return isShareable(setting->second, name) ? std::optional(setting->second) : std::nullopt;
+    return isShareable(setting->second) ? std::optional(setting->second) : std::nullopt;
 }
 
 std::vector<Path> UserFolders::allSet() {
@@ -38,12 +33,11 @@ std::vector<Path> UserFolders::allSet() {
     return places;
 }
 
-bool UserFolders::isShareable(const Path& place, std::string_view name) {
+bool UserFolders::isShareable(const Path& place) {
     if (place.empty()) return false;
     if (isOrContains(place, userHome()) || isOrContains(place, instanceHome_)) return false;
-    return !isUnusual(place, name) || std::ranges::none_of(knownHomes(), [&](const Path& home) {
-        return isOrContains(place, home);
-    });
+    return std::ranges::none_of(knownHomes(),
+                                [&](const Path& home) { return isOrContains(place, home); });
 }
 
 const std::vector<Path>& UserFolders::knownHomes() {

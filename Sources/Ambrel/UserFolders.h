@@ -10,7 +10,7 @@
 namespace ambrel {
 
 /// Where the user's own folders lie that an instance shares. Reads the user's settings once, when
-/// made, and the other instances only when a setting leads somewhere unusual.
+/// made, and the other instances at most once, when a folder is asked for that is set.
 class UserFolders {
 public:
     /// For the instance whose home is `instanceHome` (absolute).
@@ -27,7 +27,7 @@ public:
     static std::vector<Path> allSet();
 
 private:
-    bool isShareable(const Path& place, std::string_view name);
+    bool isShareable(const Path& place);
     const std::vector<Path>& knownHomes();
 
     Path instanceHome_;

@@ -201,7 +201,7 @@ TEST_CASE("a home that is or contains the user's own gets none of these links") 
     const auto before = snapshot(tmp.path());
 
     for (const auto& home : {user.path(), user.path() + "/", tmp / "alias", tmp / "outer",
-                             tmp.path(), std::string("/"), user / "../../outer/user"}) {
+                             tmp.path(), user / "../../outer/user"}) {
         CAPTURE(home);
         Homes::link(home);
         CHECK(snapshot(tmp.path()) == before);

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace ambrel {
@@ -17,5 +18,16 @@ using UserFolderSettings = std::map<std::string, Path, std::less<>>;
 /// userConfigFolder()/user-dirs.dirs, in the form that xdg-user-dirs writes; on macOS always empty.
 /// Reads the file at each call; one that is there but cannot be read names no usable place for any.
 UserFolderSettings userFolderSettings();
+
+/// A file below a home folder that tells programs where in it the own folders lie.
+struct UserFolderFile {
+    Path folder; ///< relative to the home
+    std::string name;
+    std::string text;
+};
+
+/// The file for a home in which each folder lies under its name, or is switched off (false). Absent
+/// where the system has no such file, as on macOS.
+std::optional<UserFolderFile> userFolderFile(const std::map<std::string, bool>& folders);
 
 } // namespace ambrel

@@ -102,4 +102,15 @@ UserFolderSettings userFolderSettings() {
     return settings;
 }
 
+std::optional<UserFolderFile> userFolderFile(const std::map<std::string, bool>& folders) {
+    std::string text;
+    for (const auto& [variable, name] : variables) {
+        const auto entry = folders.find(name);
+        if (entry == folders.end()) continue;
+        // The home itself is how xdg-user-dirs writes that a folder is switched off.
+        text.append(variable).append("=\"$HOME/").append(entry->second ? name : "").append("\"\n");
+    }
+    return UserFolderFile{".config", "user-dirs.dirs", text};
+}
+
 } // namespace ambrel
