@@ -1,10 +1,11 @@
 #include "korvane/DataSafety.h"
 
+#include "Ambrel/Platform/DesktopLinks.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/UserPaths.h"
+#include "Ambrel/Support/FolderRelation.h"
 #include "Ambrel/Support/Utf8.h"
 #include "Ambrel/UserFolders.h"
-#include "korvane/FolderRelation.h"
 #include "korvane/Instances.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
@@ -15,18 +16,30 @@ namespace korvane {
 
 using ambrel::InstanceRecord;
 using ambrel::Path;
+namespace folders = ambrel::folders;
 
 namespace {
 
 constexpr std::array<std::string_view, 5> ownFolders{"Downloads", "Documents", "Desktop", "Library",
                                                      "Applications"};
 
-void requireApartFromUser(const Path& home) {
+/// Everything of the user's that instances share or that this system keeps.
+std::vector<Path> ownPlaces() {
     const auto user = ambrel::userHome();
-    std::vector<Path> places{user};
+    const auto config = ambrel::userConfigFolder();
+    const auto data = ambrel::userDataFolder();
+    std::vector<Path> places{user, config, data, ambrel::paths::join(config, "korvane"),
+                             ambrel::paths::join(data, "applications")};
     for (const auto folder : ownFolders) places.push_back(ambrel::paths::join(user, folder));
     for (auto& folder : ambrel::UserFolders::allSet()) places.push_back(std::move(folder));
-    for (const auto& place : places) {
+    for (const auto& links : {ambrel::desktopLinks(), ambrel::trashLinks()}) {
+        for (const auto& link : links) places.push_back(link.target);
+    }
+    return places;
+}
+
+void requireApartFromUser(const Path& home) {
+    for (const auto& place : ownPlaces()) {
         if (!folders::isOrLiesIn(place, home)) continue;
         throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(home) +
                       " is or contains your own folder " + ambrel::utf8::oneLine(place) + ".");

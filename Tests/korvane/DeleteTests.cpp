@@ -98,8 +98,19 @@ TEST_CASE("data in the user's own home or one of its folders is not deleted") {
 
 TEST_CASE("data in a folder that contains the user's home is not deleted") {
     const Fixture fixture;
-    for (const Path& home : {fixture.manager.tmp.path(), std::string("/")}) {
-        fixture.setHome(home);
+    fixture.setHome(fixture.manager.tmp.path());
+    fixture.refuseToDeleteData("your own folder");
+}
+
+TEST_CASE("data in a folder with the user's settings or fonts or Trash is not deleted") {
+    const Fixture fixture;
+    for (const std::string folder :
+         {"/.config", "/.local", "/.local/share", "/.local/share/Trash", "/.local/share/fonts",
+          "/.local/share/applications", "/.fonts", "/.themes", "/.icons", "/.config/fontconfig",
+          "/.config/korvane"}) {
+        CAPTURE(folder);
+        writeFile(fixture.manager.home.path() + folder + "/mine", "x");
+        fixture.setHome("~" + folder);
         fixture.refuseToDeleteData("your own folder");
     }
 }
