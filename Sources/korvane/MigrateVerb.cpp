@@ -3,8 +3,9 @@
 #include "Ambrel/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/UserPaths.h"
+#include "Ambrel/Support/FolderRelation.h"
 #include "Ambrel/Support/Utf8.h"
-#include "korvane/FolderRelation.h"
+#include "Ambrel/UserFolders.h"
 #include "korvane/Instances.h"
 #include "korvane/JsonOutput.h"
 #include "korvane/ManagerError.h"
@@ -18,6 +19,7 @@ namespace korvane {
 using ambrel::InstanceLauncher;
 using ambrel::InstanceRecord;
 using ambrel::Path;
+namespace folders = ambrel::folders;
 
 namespace {
 
@@ -37,13 +39,20 @@ Path requireMigratable(const InstanceRecord& record) {
     return *home;
 }
 
-void tell(const std::map<std::string, int>& moved, const Surroundings& surroundings) {
+/// What the user calls a shared folder.
+std::string ownName(const std::optional<Path>& place, const std::string& name) {
+    return place ? ambrel::utf8::oneLine(ambrel::paths::lastComponent(*place)) : name;
+}
+
+void tell(const Path& home, const std::map<std::string, int>& moved,
+          const Surroundings& surroundings) {
+    ambrel::UserFolders user(home);
     std::size_t total = 0;
     for (const auto& [folder, count] : moved) {
         if (count == 0) continue;
         total += static_cast<std::size_t>(count);
         say(surroundings, "Moved " + counted(static_cast<std::size_t>(count), "item") +
-                              " to your " + folder + ".");
+                              " to your " + ownName(user.find(folder), folder) + ".");
     }
     if (total == 0) say(surroundings, "There was nothing to move.");
 }
@@ -54,7 +63,7 @@ int migrate(const std::string& name, bool asJson, const Surroundings& surroundin
     if (!ambrel::fileSystem::isMissing(home)) ambrel::fileSystem::list(home);
     const auto moved = InstanceLauncher::migrateSharedUserFolders(home);
     if (asJson) json::write(moved, surroundings.results);
-    tell(moved, surroundings);
+    tell(home, moved, surroundings);
     if (!InstanceLauncher::needsSharedFolderMigration(home)) return 0;
     throw Refusal("Something could not be moved and stays in " + ambrel::utf8::oneLine(home) + ".");
 }

@@ -47,6 +47,22 @@ TEST_CASE("migrate moves into the folder that the user's desktop has named") {
     CHECK(readFile(manager.instanceHome("Work") + "/Desktop/b") == "stays");
 }
 
+TEST_CASE("migrate moves nothing to the place of a disk that is not there") {
+    const Manager manager;
+    manager.installApp("App", "org.example.app");
+    manager.create({"app", "Work", "App"});
+    const auto letter = writeFile(manager.instanceHome("Work") + "/Documents/letter", "dear");
+    writeFile(manager.home / ".config/user-dirs.dirs",
+              "XDG_DOCUMENTS_DIR=\"" + (manager.tmp / "media/disk/Documents") + "\"\n");
+
+    const auto done = manager.run({"migrate", "Work"});
+
+    CHECK(done.status == 1);
+    CHECK(says(done.error, "could not be moved and stays in"));
+    CHECK(readFile(letter) == "dear");
+    CHECK_FALSE(isThere(manager.tmp / "media"));
+}
+
 TEST_CASE("migrate leaves a home that is the user's own alone") {
     const Manager manager;
     manager.create({"command", "Own", aProgram, "--home", "~"});
