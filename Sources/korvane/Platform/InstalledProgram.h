@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Ambrel/InstanceConfig.h"
+#include "Ambrel/Platform/ProcessEnvironment.h"
+
+#include <string>
+#include <vector>
+
+/// What the system tells of an installed program, without running it.
+namespace korvane::installedProgram {
+
+/// The environment that a profile of `program` (absolute) is compared with; empty when the system
+/// does not tell. On Linux os-release's ID-VERSION_ID, a blank and the upstream version, to its
+/// second number, of the package that the file belongs to: "debian-12 0.5". `environment` says
+/// where the system's tools are looked for.
+std::string signatureOf(const ambrel::Path& program, const ambrel::Environment& environment);
+
+/// What gives the windows of a program their name.
+struct WindowNaming {
+    bool byProcessName = false;         ///< the name that the program is started by (argv[0])
+    std::vector<std::string> variables; ///< variables of the environment that hold it
+};
+
+/// Told by the libraries that `program` links, directly or not. `started` is the file that an
+/// instance starts, the program itself or a launcher of it. A script's own name reaches no window,
+/// and a program that is reached by a link of another name may act by that: neither is given
+/// another name. On macOS nothing is.
+WindowNaming windowNamingOf(const ambrel::Path& started, const ambrel::Path& program);
+
+/// The variables that keep an application of this system apart beside its home folder. On Linux
+/// GSETTINGS_BACKEND: settings are otherwise written by a service that has the user's own home.
+ambrel::StringMap separatingVariables();
+
+} // namespace korvane::installedProgram

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Ambrel/Path.h"
+
+#include <set>
+#include <string>
+
+namespace korvane {
+
+/// The shared libraries, by the names under which programs ask for them (DT_NEEDED), that `program`
+/// links directly or through others. Empty for what is no ELF file. Libraries that cannot be found
+/// are named, but not looked into.
+std::set<std::string> linkedLibraries(const ambrel::Path& program);
+
+} // namespace korvane
