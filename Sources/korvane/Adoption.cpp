@@ -6,13 +6,17 @@
 #include "Ambrel/Platform/Text.h"
 #include "Ambrel/Support/Utf8.h"
 #include "korvane/Applications.h"
+#include "korvane/EngineMarks.h"
 #include "korvane/IconFile.h"
+#include "korvane/InfoPlistKeys.h"
 #include "korvane/InstalledPrograms.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
+#include "korvane/ProgramProfile.h"
 #include "korvane/UserText.h"
 
 #include <algorithm>
+#include <array>
 
 namespace korvane {
 
@@ -24,6 +28,10 @@ namespace paths = ambrel::paths;
 namespace {
 
 constexpr std::string_view entryExtension = "desktop";
+
+/// What an instance's home is made of (XDG Base Directory Specification).
+constexpr std::array homeVariables{"HOME",          "CFFIXED_USER_HOME", "XDG_CONFIG_HOME",
+                                   "XDG_DATA_HOME", "XDG_STATE_HOME",    "XDG_CACHE_HOME"};
 
 /// `name` as the name of a bundle, with what a file name cannot hold replaced.
 std::string bundleName(std::string name) {
@@ -37,11 +45,44 @@ bool isShell(const std::string& program) {
            std::end(shells);
 }
 
-bool isSandboxLauncher(const DesktopEntry& entry, const ProgramCall& call) {
-    const auto program = paths::lastComponent(call.program);
-    return entry.has("X-Flatpak") || entry.has("X-SnapInstanceName") || program == "flatpak" ||
-           program == "snap" || call.program.starts_with("/snap/");
+/// What "env NAME=VALUE PROGRAM" starts; the call's own program for others.
+std::string programBehind(const ProgramCall& call) {
+    if (paths::lastComponent(call.program) != "env") return call.program;
+    const auto isSetting = [](const std::string& word) {
+        return word.starts_with('-') || word.find('=') != std::string::npos;
+    };
+    const auto found = std::find_if_not(call.before.begin(), call.before.end(), isSetting);
+    return found == call.before.end() ? call.program : *found;
 }
+
+/// Whether `program` leads to the launcher of a Flatpak or snap.
+bool isSandboxLauncher(const Path& program) {
+    const auto leads = [](const Path& path) {
+        const auto name = paths::lastComponent(path);
+        return name == "flatpak" || name == "snap" || path.starts_with("/snap/") ||
+               path.find("/flatpak/exports/bin/") != Path::npos;
+    };
+    const auto resolved = fileSystem::resolved(program);
+    return leads(program) || (resolved && leads(*resolved));
+}
+
+bool runsSandboxLauncher(const ProgramCall& call) {
+    constexpr std::string_view signs[] = {"flatpak run", "snap run", "/snap/bin/"};
+    return isShell(call.program) && std::ranges::any_of(call.before, [&](const auto& word) {
+               return std::ranges::any_of(signs, [&](std::string_view sign) {
+                   return word.find(sign) != std::string::npos;
+               });
+           });
+}
+
+bool isSandboxed(const DesktopEntry& entry, const ProgramCall& call) {
+    if (runsSandboxLauncher(call)) return true;
+    return entry.has("X-Flatpak") || entry.has("X-SnapInstanceName") ||
+           isSandboxLauncher(call.program) || isSandboxLauncher(programBehind(call));
+}
+
+constexpr const char* sandboxReason =
+    "its program comes as Flatpak or snap, which keep its data in a place of their own";
 
 /// Throws where a copy would start, but not as the user expects it to.
 void requireAdoptable(const DesktopEntry& entry, const ProgramCall& call) {
@@ -49,16 +90,45 @@ void requireAdoptable(const DesktopEntry& entry, const ProgramCall& call) {
         throw DesktopEntryError("it is no application");
     }
     if (entry.isTrue("Hidden")) throw DesktopEntryError("it says that it is deleted");
-    if (entry.isTrue("Terminal")) {
-        throw DesktopEntryError("its program wants a terminal, which a bundle does not give it");
+    if (isSandboxed(entry, call)) throw DesktopEntryError(sandboxReason);
+}
+
+/// The file that a desktop's "open a terminal" would start, and how it is given a program.
+std::optional<ProgramCall> findTerminal(const Surroundings& surroundings) {
+    constexpr std::pair<const char*, const char*> terminals[] = {
+        {"xdg-terminal-exec", nullptr}, // takes the command as it stands
+        {"x-terminal-emulator", "-e"},  // Debian's choice of the user's
+        {"xterm", "-e"},
+        {"konsole", "-e"},
+        {"xfce4-terminal", "-x"},
+        {"gnome-terminal", "--"},
+    };
+    for (const auto& [name, option] : terminals) {
+        const auto found = findProgram(name, surroundings.environment);
+        if (!found) continue;
+        ProgramCall call{.program = *found, .before = {}, .behind = {}};
+        if (option != nullptr) call.before.emplace_back(option);
+        return call;
     }
-    if (isSandboxLauncher(entry, call)) {
-        throw DesktopEntryError("its program comes as Flatpak or snap, which keep its data in a "
-                                "place of their own");
-    }
-    if (isShell(call.program) && call.hasArguments() && call.before.front() == "-c") {
-        throw DesktopEntryError("it starts its program by a shell command");
-    }
+    return std::nullopt;
+}
+
+ProgramCall requireTerminal(const Surroundings& surroundings) {
+    if (auto found = findTerminal(surroundings)) return *found;
+    throw DesktopEntryError("its program wants a terminal, and none is in the folders of PATH");
+}
+
+/// "sh -c SCRIPT": what is added behind it are the script's arguments, the first of which counts
+/// as its name. Options may stand together, as in "bash -lc".
+void completeShellCall(ProgramCall& call) {
+    if (!isShell(call.program)) return;
+    const auto isLast = [](const std::string& word) {
+        return !word.starts_with('-') || (!word.starts_with("--") && word.ends_with('c'));
+    };
+    const auto option = std::find_if(call.before.begin(), call.before.end(), isLast);
+    if (option == call.before.end() || !option->starts_with('-')) return;
+    const bool isNamed = std::distance(option, call.before.end()) > 2;
+    if (!isNamed) call.before.emplace_back("sh");
 }
 
 Path requireProgram(const std::string& program, const Surroundings& surroundings) {
@@ -69,6 +139,17 @@ Path requireProgram(const std::string& program, const Surroundings& surroundings
     const auto path = usablePath(program);
     if (fileSystem::isExecutableFile(path)) return path;
     throw Refusal(ambrel::utf8::oneLine(path) + " is no program that can be run.");
+}
+
+/// Whether a profile says by which argument the program does without the bus.
+bool isKeptApart(const std::string& identifier) {
+    try {
+        const auto found = findProfile(identifier);
+        return found && !found->profile.extraArgs.empty() &&
+               found->profile.confidence != ambrel::Confidence::broken;
+    } catch (const Refusal&) {
+        return false; // "create" will say what is wrong with it
+    }
 }
 
 Adoption fromEntry(const Path& file, const Surroundings& surroundings) {
@@ -82,9 +163,15 @@ Adoption fromEntry(const Path& file, const Surroundings& surroundings) {
     adoption.name = bundleName(name.empty() ? id : name);
     adoption.identifier = wellKnownIdentifier(id).value_or(id);
     call.program = requireProgram(call.program, surroundings);
+    completeShellCall(call);
+    // With nothing behind it, it keeps no file from being taken for an option.
+    if (call.behind == std::vector<std::string>{"--"}) call.behind.clear();
+    adoption.program = requireProgram(programBehind(call), surroundings);
     adoption.call = std::move(call);
+    if (entry.isTrue("Terminal")) adoption.terminal = requireTerminal(surroundings);
+    adoption.categories = entry.string("Categories").value_or("");
     adoption.icon = findIcon(entry.string("Icon").value_or(""), surroundings.environment);
-    if (entry.isTrue("DBusActivatable")) {
+    if (entry.isTrue("DBusActivatable") && !isKeptApart(adoption.identifier)) {
         adoption.warnings.push_back(
             inQuotes(adoption.name) +
             " can be activated over the session bus: a second copy may hand "
@@ -103,12 +190,51 @@ Adoption fromEntryFile(const Path& file, const Surroundings& surroundings) {
 }
 
 Adoption fromProgram(const Path& program) {
+    if (isSandboxLauncher(program)) {
+        throw Refusal(ambrel::utf8::oneLine(program) + " cannot be adopted: " + sandboxReason +
+                      ".");
+    }
     const std::string name{paths::lastComponent(program)};
     Adoption adoption;
     adoption.name = bundleName(name);
     adoption.identifier = wellKnownIdentifier(name).value_or(name);
     adoption.call.program = program;
+    adoption.program = program;
     return adoption;
+}
+
+/// Whether `file` is the entry of the program alone, as a menu shows it.
+bool startsPlainly(const Path& file, const Path& program, const Surroundings& surroundings) {
+    try {
+        const auto entry = DesktopEntry::parse(fileSystem::read(file));
+        if (entry.isTrue("NoDisplay") || entry.isTrue("Hidden") || entry.isTrue("Terminal")) {
+            return false;
+        }
+        const auto call = entry.program(file);
+        const bool hasArguments = !call.before.empty() || call.behind.size() > 1;
+        const auto found = call.program.starts_with('/')
+                               ? std::optional(call.program)
+                               : findProgram(call.program, surroundings.environment);
+        return !hasArguments && found && fileSystem::isSameItem(*found, program);
+    } catch (const std::exception&) {
+        return false; // an entry that cannot be read is not what was meant
+    }
+}
+
+/// The only entry for a program: it knows more of it than the file.
+std::optional<Path> entryOf(const Path& program, const Surroundings& surroundings) {
+    std::optional<Path> found;
+    for (const auto& file : listDesktopEntries(surroundings.environment)) {
+        if (!startsPlainly(file, program, surroundings)) continue;
+        if (found) return std::nullopt;
+        found = file;
+    }
+    return found;
+}
+
+Adoption fromProgramOrEntry(const Path& program, const Surroundings& surroundings) {
+    const auto entry = entryOf(program, surroundings);
+    return entry ? fromEntryFile(*entry, surroundings) : fromProgram(program);
 }
 
 bool isEntry(const std::string& text) { return paths::extension(text) == entryExtension; }
@@ -121,7 +247,7 @@ Adoption planAdoption(const std::string& text, const Surroundings& surroundings)
     if (text.find('/') != std::string::npos || text.starts_with('~')) {
         const auto path = usablePath(text);
         return isEntry(path) ? fromEntryFile(path, surroundings)
-                             : fromProgram(requireProgram(path, surroundings));
+                             : fromProgramOrEntry(requireProgram(path, surroundings), surroundings);
     }
     if (isEntry(text) && fileSystem::exists(text)) {
         return fromEntryFile(usablePath(text), surroundings);
@@ -130,28 +256,29 @@ Adoption planAdoption(const std::string& text, const Surroundings& surroundings)
         return fromEntryFile(*entry, surroundings);
     }
     if (const auto program = findProgram(text, surroundings.environment)) {
-        return fromProgram(*program);
+        return fromProgramOrEntry(*program, surroundings);
     }
     throw Refusal("Neither a desktop entry nor a program is called " + inQuotes(text) + ".");
 }
 
-std::string launcherScript(const ProgramCall& call) {
+std::string launcherScript(const Adoption& adoption) {
     std::string line = "exec";
-    const auto add = [&](const std::string& word) {
-        line += " '";
-        for (const char c : word) {
-            if (c == '\'') {
-                line += "'\\''";
-            } else {
-                line += c;
-            }
-        }
-        line += '\'';
+    const auto add = [&](const std::string& word) { line += " " + shellQuoted(word); };
+    const auto addCall = [&](const ProgramCall& call) {
+        add(call.program);
+        for (const auto& argument : call.before) add(argument);
     };
-    add(call.program);
-    for (const auto& argument : call.before) add(argument);
+    if (adoption.terminal) {
+        addCall(*adoption.terminal);
+        // A terminal may hand over to a server, which has the user's home.
+        line += " env";
+        for (const auto* name : homeVariables) {
+            line.append(" \"").append(name).append("=$").append(name).append("\"");
+        }
+    }
+    addCall(adoption.call);
     line += " \"$@\"";
-    for (const auto& argument : call.behind) add(argument);
+    for (const auto& argument : adoption.call.behind) add(argument);
     return "#!/bin/sh\n" + line + "\n";
 }
 
@@ -162,18 +289,30 @@ void writeAdoptedBundle(const Adoption& adoption, const Path& bundle) {
         {"CFBundleIdentifier", {adoption.identifier}},
         {"CFBundleExecutable", {executable}},
         {"CFBundleName", {adoption.name}},
+        {adoptedProgramKey, {adoption.program}},
     };
+    if (adoption.terminal) {
+        info.insert({adoptedTerminalKey, {adoption.terminal->program}});
+    }
+    if (!adoption.categories.empty()) {
+        info.insert({adoptedCategoriesKey, {adoption.categories}});
+    }
     fileSystem::createFolders(layout.executables());
     fileSystem::createFolders(layout.resources());
     if (adoption.icon && tryConvertToIconFile(*adoption.icon, layout.icon())) {
         info.insert({"CFBundleIconFile", {std::string(BundleLayout::iconName)}});
     }
     const auto place = paths::join(layout.executables(), executable);
-    if (adoption.call.hasArguments()) {
-        fileSystem::write(place, launcherScript(adoption.call));
+    if (adoption.call.hasArguments() || adoption.terminal) {
+        fileSystem::write(place, launcherScript(adoption));
         fileSystem::setPermissions(place, 0755);
     } else {
         fileSystem::createSymbolicLink(adoption.call.program, place);
+    }
+    for (const auto& mark : engineMarksOf(adoption.program, adoption.identifier)) {
+        const auto link = paths::join(bundle, mark.place);
+        fileSystem::createFolders(Path(paths::deletingLastComponent(link)));
+        fileSystem::createSymbolicLink(mark.proof, link);
     }
     fileSystem::write(layout.infoPlist(), ambrel::xmlPropertyList(info));
 }

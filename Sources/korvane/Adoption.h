@@ -14,7 +14,11 @@ struct Adoption {
     std::string name;       ///< the bundle's name
     std::string identifier; ///< CFBundleIdentifier
     ProgramCall call;       ///< what it starts, the program as an absolute path
+    ambrel::Path program;   ///< the one behind that call, which "env" may start
     std::optional<ambrel::Path> icon;
+    std::string categories; ///< separated by ";"; empty when the entry names none
+    /// In a terminal: that program and its arguments in front of those of `call`.
+    std::optional<ProgramCall> terminal;
     std::vector<std::string> warnings; ///< what will not work as the user may expect
 };
 
@@ -26,7 +30,7 @@ Adoption planAdoption(const std::string& text, const Surroundings& surroundings)
 /// EncodingError or LibraryError, with a part of it left there.
 void writeAdoptedBundle(const Adoption& adoption, const ambrel::Path& bundle);
 
-/// The small program that starts `call`, for /bin/sh.
-std::string launcherScript(const ProgramCall& call);
+/// The small program that starts `adoption`'s, for /bin/sh.
+std::string launcherScript(const Adoption& adoption);
 
 } // namespace korvane

@@ -8,6 +8,7 @@
 #include "korvane/ListVerbs.h"
 #include "korvane/Messages.h"
 #include "korvane/Options.h"
+#include "korvane/StartPlan.h"
 #include "korvane/Table.h"
 
 #include <ostream>
@@ -54,7 +55,7 @@ int apps(const std::vector<std::string>& folders, bool asJson, const Surrounding
 struct Inspection {
     AppBundle app;
     WrapperFactory::EngineFinding engine;
-    std::vector<std::string> arguments;
+    StartPlan plan; ///< for an instance of any desktop id
 };
 
 void writeJson(const Inspection& found, const Surroundings& surroundings) {
@@ -66,8 +67,12 @@ void writeJson(const Inspection& found, const Surroundings& surroundings) {
         {"sandboxed", found.app.sandboxed},
         {"prohibitsMultipleInstances", found.app.prohibitsMultipleInstances},
         {"engine", rawValue(found.engine.engine)},
-        {"arguments", found.arguments},
+        {"arguments", found.plan.arguments},
+        {"environment", found.plan.environment},
+        {"profile", json::profile(found.plan.profile)},
+        {"processName", nullptr},
     };
+    if (found.plan.processName) object["processName"] = *found.plan.processName;
     if (!found.engine.proof.empty()) object["engineProof"] = json::text(found.engine.proof);
     json::write(object, surroundings.results);
 }
@@ -82,7 +87,15 @@ void writeTable(const Inspection& found, const Surroundings& surroundings) {
     table.add({"one copy only", yesOrNo(found.app.prohibitsMultipleInstances)});
     table.add({"engine", std::string(rawValue(found.engine.engine))});
     if (!found.engine.proof.empty()) table.add({"shown by", found.engine.proof});
-    for (const auto& argument : found.arguments) table.add({"argument", argument});
+    for (const auto& argument : found.plan.arguments) table.add({"argument", argument});
+    for (const auto& [name, value] : found.plan.environment) {
+        table.add({"environment", name + "=" + value});
+    }
+    if (found.plan.processName) table.add({"process name", *found.plan.processName});
+    if (const auto& profile = found.plan.profile) {
+        table.add({"profile", profile->file});
+        table.add({"confidence", std::string(rawValue(profile->profile.confidence))});
+    }
     table.write(surroundings.results);
 }
 
@@ -91,11 +104,14 @@ std::string shownProof(const WrapperFactory::EngineFinding& engine, const AppBun
     return engine.proof == ambrel::text::lowercased(app.bundleId) ? app.bundleId : engine.proof;
 }
 
-int inspect(const std::string& name, bool asJson, const Surroundings& surroundings) {
+int inspect(const std::string& name, bool asJson, UseProfile use,
+            const Surroundings& surroundings) {
     const auto app = requireApplication(name, surroundings);
     auto engine = WrapperFactory::findEngine(app.url, app.bundleId);
     engine.proof = shownProof(engine, app);
-    const Inspection found{app, engine, WrapperFactory::autoDataDirArgs(app.url, app.bundleId)};
+    // No instance is looked at: the place of its desktop id is shown.
+    const Inspection found{app, engine,
+                           planStart(app, std::string(desktopIdPlaceholder), use, surroundings)};
     if (asJson) {
         writeJson(found, surroundings);
     } else {
@@ -135,15 +151,20 @@ Verb inspectVerb() {
                 struct Given {
                     std::string name;
                     bool asJson = false;
+                    bool noProfile = false;
                 };
                 const auto given = std::make_shared<Given>();
                 options::text(app, "APP", given->name,
                               "The bundle's path, or a name or identifier that \"korvane apps\" "
                               "lists")
                     ->required();
+                options::flag(app, "--no-profile", given->noProfile,
+                              "Without the profile and a name of their own for the windows");
                 options::flag(app, "--json", given->asJson, "Write JSON");
                 return [given, &surroundings](const auto&) {
-                    return inspect(given->name, given->asJson, surroundings);
+                    return inspect(given->name, given->asJson,
+                                   given->noProfile ? UseProfile::no : UseProfile::yes,
+                                   surroundings);
                 };
             }};
 }

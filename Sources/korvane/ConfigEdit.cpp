@@ -2,6 +2,7 @@
 
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
+#include "korvane/StartPlan.h"
 #include "korvane/UserText.h"
 
 #include <algorithm>
@@ -81,6 +82,8 @@ const std::vector<std::pair<std::string, std::string>>& bundleKeys() {
 }
 
 constexpr std::string_view environmentPrefix = "environment.";
+/// The one override that the launch heeds, and so the one that an edit takes.
+const std::string processNameField = std::string("infoPlistOverrides.") + ambrel::processNameKey;
 
 void refuseBundleKey(const std::string& key) {
     for (const auto& [name, instead] : bundleKeys()) {
@@ -101,6 +104,7 @@ const Field& requireField(const std::string& key) {
         names.push_back(name);
     }
     for (const auto& [name, instead] : bundleKeys()) names.push_back(name);
+    names.push_back(processNameField);
     const auto meant = nearest(key, names);
     throw UsageError(inQuotes(key) + " is no key of an instance." +
                      (meant.empty() ? "" : " Did you mean " + inQuotes(meant) + "?") +
@@ -231,6 +235,11 @@ void set(InstanceConfig& config, const std::string& assignment) {
     }
     const auto key = keyOf(assignment);
     const auto value = assignment.substr(equals + 1);
+    if (key == processNameField) {
+        requireProcessName(value, key);
+        setProcessName(config, value);
+        return;
+    }
     if (const auto variable = variableOf(key)) {
         config.environment[*variable] = value;
     } else {
@@ -240,6 +249,13 @@ void set(InstanceConfig& config, const std::string& assignment) {
 }
 
 void unset(InstanceConfig& config, const std::string& key) {
+    if (key == processNameField) {
+        if (!config.infoPlistOverrides.contains(ambrel::processNameKey)) {
+            throw Refusal("The instance has no process name.");
+        }
+        setProcessName(config, std::nullopt);
+        return;
+    }
     if (const auto variable = variableOf(key)) {
         if (config.environment.erase(*variable) > 0) return;
         throw Refusal("The environment has no entry " + inQuotes(*variable) + ".");

@@ -3,6 +3,8 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Support/Utf8.h"
 #include "korvane/Applications.h"
+#include "korvane/DesktopId.h"
+#include "korvane/InfoPlistKeys.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
 #include "korvane/UserText.h"
@@ -30,6 +32,7 @@ void requireAllUtf8(const CreateOptions& options) {
         {options.workingDirectory, "--working-directory"},
         {options.label, "--label"},
         {options.runner, "--runner"},
+        {options.processName, "--process-name"},
     };
     for (const auto& [text, name] : single) requireUtf8(text.value_or(""), name);
     requireUtf8(options.subject, "the second word");
@@ -102,16 +105,77 @@ void setSubject(const CreateOptions& options, const Surroundings& surroundings,
     }
 }
 
-/// Absent where the library is to choose by the engine alone.
+/// The name by which the user wants the program to be started.
+std::optional<std::string> processNameFrom(const CreateOptions& options) {
+    auto name = options.processName;
+    const char* said = "--process-name";
+    for (const auto& [key, value] : mapFrom(options.plist, "--plist")) {
+        if (name || key != ambrel::processNameKey) continue;
+        name = value;
+        said = ambrel::processNameKey;
+    }
+    if (name) requireProcessName(*name, said);
+    return name;
+}
+
+/// The variables of the plan, and those given, which have the last word.
+StringMap environmentFrom(const CreateOptions& options, const PreparedRequest& prepared) {
+    auto environment = mapFrom(options.environment, "--env");
+    if (!prepared.plan) return environment;
+    if (const auto name = processNameFrom(options)) {
+        for (const auto& variable : prepared.plan->nameVariables) {
+            environment.emplace(variable, *name);
+        }
+    }
+    environment.merge(StringMap(prepared.plan->environment));
+    return environment;
+}
+
+/// Absent where the library is to choose, which then chooses nothing.
 std::optional<std::vector<std::string>> extraArgsFrom(const CreateOptions& options,
                                                       const PreparedRequest& prepared) {
-    if (options.args.empty() && options.addArgs.empty()) return std::nullopt;
     auto args = options.args;
-    if (args.empty() && prepared.target) {
-        args = WrapperFactory::autoDataDirArgs(prepared.target->url, prepared.target->bundleId);
-    }
+    if (args.empty() && prepared.plan) args = prepared.plan->arguments;
     args.insert(args.end(), options.addArgs.begin(), options.addArgs.end());
+    if (args.empty() && !prepared.plan) return std::nullopt;
     return args;
+}
+
+StringMap overridesFrom(const CreateOptions& options, const PreparedRequest& prepared) {
+    auto overrides = mapFrom(options.plist, "--plist");
+    const auto chosen = processNameFrom(options);
+    if (chosen) overrides.insert_or_assign(ambrel::processNameKey, *chosen);
+    if (!prepared.plan) return overrides;
+    const auto& plan = *prepared.plan;
+    if (plan.processName) overrides.emplace(ambrel::processNameKey, *plan.processName);
+    const auto name = overrides.find(ambrel::processNameKey);
+    const auto expected =
+        name == overrides.end() ? desktopId(*prepared.request.bundleId) : name->second;
+    if (plan.windowClass && *plan.windowClass != expected) {
+        overrides.emplace(windowClassKey, *plan.windowClass);
+    }
+    return overrides;
+}
+
+ambrel::Strategy strategyFrom(const CreateOptions& options, const PreparedRequest& prepared) {
+    if (options.strategy) return enumFrom<ambrel::Strategy>(*options.strategy, "--strategy");
+    const bool isSaid = prepared.plan && prepared.plan->profile;
+    return isSaid ? prepared.plan->profile->profile.strategy : ambrel::Strategy::homeOverride;
+}
+
+/// What depends on how the target is started.
+void setStart(const CreateOptions& options, const Surroundings& surroundings,
+              PreparedRequest& prepared) {
+    auto& request = prepared.request;
+    if (prepared.target) {
+        prepared.plan =
+            planStart(*prepared.target, desktopId(*request.bundleId),
+                      options.noProfile ? UseProfile::no : UseProfile::yes, surroundings);
+    }
+    request.strategy = strategyFrom(options, prepared);
+    request.environment = environmentFrom(options, prepared);
+    request.extraArgs = extraArgsFrom(options, prepared);
+    request.infoPlistOverrides = overridesFrom(options, prepared);
 }
 
 Path homeFrom(const CreateOptions& options, const std::string& name) {
@@ -123,7 +187,6 @@ Path homeFrom(const CreateOptions& options, const std::string& name) {
 void setLook(const CreateOptions& options, WrapperFactory::Request& request) {
     request.customIcon = iconFrom(options);
     request.hideWrapperIcon = options.hideIcon;
-    request.infoPlistOverrides = mapFrom(options.plist, "--plist");
     request.registerAsBrowser = options.browser;
     request.openWithPassthrough = options.openWith;
     request.iconLabel = labelFrom(options);
@@ -148,9 +211,6 @@ PreparedRequest prepareRequest(const CreateOptions& options, const Surroundings&
     request.kind = options.kind;
     request.displayName = checkedName(options.name);
     requireAllUtf8(options);
-    request.strategy =
-        enumFrom<ambrel::Strategy>(options.strategy.value_or("home-override"), "--strategy");
-    request.environment = mapFrom(options.environment, "--env");
     setLook(options, request);
     request.instanceHome = homeFrom(options, request.displayName);
     request.outputDir =
@@ -162,7 +222,7 @@ PreparedRequest prepareRequest(const CreateOptions& options, const Surroundings&
     request.shareUserFolders = !options.noShareFolders;
     if (options.runner) prepared.runner = usablePath(*options.runner);
     setSubject(options, surroundings, prepared);
-    request.extraArgs = extraArgsFrom(options, prepared);
+    setStart(options, surroundings, prepared);
     return prepared;
 }
 

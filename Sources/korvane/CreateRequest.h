@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Ambrel/AppBundle.h"
 #include "Ambrel/WrapperFactory.h"
-#include "korvane/Surroundings.h"
+#include "korvane/StartPlan.h"
 
 #include <optional>
 #include <string>
@@ -26,8 +25,9 @@ struct CreateOptions {
     std::optional<std::string> labelColor;
     std::optional<std::string> labelPosition;
     std::optional<std::string> runner;
-    std::vector<std::string> args;    ///< in place of the engine's
-    std::vector<std::string> addArgs; ///< behind the engine's, or behind `args`
+    std::optional<std::string> processName;
+    std::vector<std::string> args;    ///< in place of those that are worked out
+    std::vector<std::string> addArgs; ///< behind those
     std::vector<std::string> environment;
     std::vector<std::string> plist;
     bool hideIcon = false;
@@ -36,6 +36,7 @@ struct CreateOptions {
     bool menuBar = false;
     bool menuBarTemplate = false;
     bool noShareFolders = false;
+    bool noProfile = false;
     bool replace = false;
     bool asJson = false;
 };
@@ -44,6 +45,7 @@ struct CreateOptions {
 struct PreparedRequest {
     ambrel::WrapperFactory::Request request;
     std::optional<ambrel::AppBundle> target; ///< of an app instance
+    std::optional<StartPlan> plan;           ///< of an app instance
     std::optional<ambrel::Path> runner;
 };
 

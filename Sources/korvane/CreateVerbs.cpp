@@ -27,9 +27,14 @@ void declareStart(CLI::App& app, CreateOptions& given) {
     text(app, "--strategy", given.strategy,
          "home-override, container-redirect, wrapper-identity or unsupported");
     texts(app, "--arg", given.args,
-          "Give the application this argument, in place of those for its engine");
+          "Give the application this argument, in place of those worked out for it");
     texts(app, "--add-arg", given.addArgs, "Give it this argument too");
     texts(app, "--env", given.environment, "Set an environment variable")->type_name("K=V");
+    text(app, "--process-name", given.processName,
+         "Start the program by this name, which its windows get (Linux)")
+        ->type_name("NAME");
+    options::flag(app, "--no-profile", given.noProfile,
+                  "Use neither the application's profile nor a name of their own for its windows");
     text(app, "--working-directory", given.workingDirectory, "Where a command runs")
         ->type_name("DIR");
     options::flag(app, "--no-share-folders", given.noShareFolders,

@@ -169,9 +169,14 @@ private:
     std::string withoutCodes(const Argument& argument) const {
         std::string text;
         for (std::size_t i = 0; i < argument.text.size(); ++i) {
-            const bool isCode = argument.text[i] == '%' &&
-                                (!argument.isQuoted || argument.text.substr(i + 1, 1) == "%");
-            if (!isCode) {
+            const auto code = argument.text.substr(i + 1, 1);
+            const bool isForFiles =
+                !code.empty() && std::string_view("fFuU").find(code) != std::string_view::npos;
+            const bool isCode =
+                argument.text[i] == '%' && (!argument.isQuoted || code == "%" || isForFiles);
+            if (isCode && isForFiles) {
+                ++i; // in the middle of a quotation it stands for no files
+            } else if (!isCode) {
                 text += argument.text[i];
             } else {
                 text += expanded(i + 1 < argument.text.size() ? argument.text[++i] : ' ');

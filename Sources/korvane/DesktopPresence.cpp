@@ -16,13 +16,22 @@ std::string sentence(const std::string& text, const std::string& reason) {
     return text + " " + reason + (reason.ends_with('.') ? "" : ".");
 }
 
+/// Its name is shorter, but finding out whether it is the only one can fail.
+std::string shortNameOf(const InstanceRecord& record) noexcept {
+    try {
+        return nameFor(record);
+    } catch (const std::exception&) {
+        return record.bundleURL;
+    }
+}
+
 void add(const InstanceRecord& record, const std::string& failure,
          const Surroundings& surroundings) {
     try {
         registration::add(record);
     } catch (const std::exception& error) {
-        warn(surroundings, sentence(failure, error.what()) +
-                               " Try again with: " + commandLine("register", {nameFor(record)}));
+        warn(surroundings, sentence(failure, error.what()) + " Try again with: " +
+                               commandLine("register", {shortNameOf(record)}));
     }
 }
 
@@ -39,13 +48,8 @@ void remove(const Entry& entry, const Surroundings& surroundings) {
 
 } // namespace
 
-void created(const InstanceRecord& made, const std::optional<InstanceRecord>& old,
-             const Surroundings& surroundings) noexcept {
-    if (old && old->config.bundleId != made.config.bundleId) {
-        const auto former = registration::findEntry(*old);
-        const auto own = registration::findEntry(made);
-        if (former && !(own && own->id == former->id)) remove(*former, surroundings);
-    }
+void created(const InstanceRecord& made, const Surroundings& surroundings) noexcept {
+    for (const auto& former : registration::findFormer(made)) remove(former, surroundings);
     add(made, "The desktop does not show it yet.", surroundings);
 }
 

@@ -7,10 +7,8 @@
 /// reason to fail: the instance is as it was asked for, and a warning says what to do.
 namespace korvane::presence {
 
-/// Registers a new instance. `old` is the one that it replaces, whose entry goes where the new one
-/// does not take its name over.
-void created(const ambrel::InstanceRecord& made, const std::optional<ambrel::InstanceRecord>& old,
-             const Surroundings& surroundings) noexcept;
+/// Registers a new instance. Entries under which a bundle in its place was known before go.
+void created(const ambrel::InstanceRecord& made, const Surroundings& surroundings) noexcept;
 
 /// Brings the entry of a changed instance up to date; one without an entry gets none.
 void changed(const ambrel::InstanceRecord& record, const Surroundings& surroundings) noexcept;

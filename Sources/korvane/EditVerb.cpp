@@ -3,9 +3,12 @@
 #include "Ambrel/BundleLayout.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/PropertyList.h"
 #include "Ambrel/Support/Utf8.h"
+#include "Ambrel/WrapperGenerator.h"
 #include "korvane/ConfigEdit.h"
 #include "korvane/DesktopPresence.h"
+#include "korvane/InfoPlistKeys.h"
 #include "korvane/InstanceHome.h"
 #include "korvane/Instances.h"
 #include "korvane/ManagerError.h"
@@ -96,18 +99,61 @@ void writeChecked(const InstanceRecord& record, const InstanceConfig& config) {
     restore(file, before);
 }
 
+/// Info.plist with what the configuration says of names.
+std::string infoPlistWith(const InstanceConfig& config, const Path& file) {
+    auto info = ambrel::readPropertyList(file);
+    if (!info)
+        throw Refusal("The bundle is damaged: " + ambrel::utf8::oneLine(file) + " cannot be read.");
+    for (const auto* key : {ambrel::processNameKey, windowClassKey}) {
+        const auto name = config.infoPlistOverrides.find(key);
+        info->erase(key);
+        if (name == config.infoPlistOverrides.end()) continue;
+        info->emplace(key, ambrel::WrapperGenerator::coercePlistValue(name->second));
+    }
+    return ambrel::xmlPropertyList(*info);
+}
+
+/// The first failure is the one to tell.
+void putBack(const Path& file, const std::string& bytes) noexcept {
+    try {
+        ambrel::fileSystem::replace(file, bytes);
+    } catch (const std::exception&) {
+        // The configuration decides what is started; Info.plist only tells of it.
+    }
+}
+
+/// The overrides stand in Info.plist too, which is exchanged first and put back after a failure.
+void writeWithInfoPlist(const InstanceRecord& record, const InstanceConfig& config) {
+    if (config.infoPlistOverrides == record.config.infoPlistOverrides) {
+        writeChecked(record, config);
+        return;
+    }
+    const auto file = ambrel::BundleLayout{record.bundleURL}.infoPlist();
+    const auto before = ambrel::fileSystem::read(file);
+    ambrel::fileSystem::replace(file, infoPlistWith(config, file));
+    try {
+        writeChecked(record, config);
+    } catch (...) {
+        putBack(file, before);
+        throw;
+    }
+}
+
 int editInstance(const EditOptions& options, const Surroundings& surroundings) {
     requireNoContradiction(options);
     const auto record = requireInstance(options.name);
     const auto config = edited(record, options);
     requireUsableHome(record, config);
     NewFolders folders;
-    prepareHome(config, folders);
-    writeChecked(record, config);
+    makeHome(config, folders);
+    writeWithInfoPlist(record, config);
     folders.keep();
+    for (const auto& failure : furnishHome(config)) warn(surroundings, failure + ".");
     presence::changed({record.bundleURL, config}, surroundings);
     say(surroundings, "Changed " + inQuotes(record.config.displayName) + ".");
     if (config.instanceHome != record.config.instanceHome) {
+        const auto obstacle = homeObstacle(usableHome(config).value_or(""));
+        if (obstacle) warn(surroundings, *obstacle);
         say(surroundings, "Its data stays in " + ambrel::utf8::oneLine(record.config.instanceHome) +
                               "; from now on it uses " +
                               ambrel::utf8::oneLine(config.instanceHome) + ".");

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 namespace korvane {
@@ -40,7 +41,7 @@ std::vector<std::string> entriesOf(const Path& folder) {
         std::sort(names.begin(), names.end());
         return names;
     } catch (const ambrel::FileError&) {
-        // A theme that is not installed has no icons.
+        // What is not installed has no entries and no icons.
         return {};
     }
 }
@@ -58,6 +59,36 @@ std::vector<Path> iconCandidates(const std::string& name, const Environment& env
     for (const auto& root : roots) addTheme(paths::join(root, "icons"));
     for (const auto& root : roots) files.push_back(paths::join(paths::join(root, "pixmaps"), name));
     return files;
+}
+
+bool isFile(const Path& path) { return fileSystem::exists(path) && !fileSystem::isFolder(path); }
+
+std::optional<Path> firstFile(const std::vector<Path>& files) {
+    const auto found = std::ranges::find_if(files, isFile);
+    return found == files.end() ? std::nullopt : std::optional(*found);
+}
+
+struct SizedPng {
+    Path file;
+    std::uint32_t width;
+};
+
+/// The first of the widest.
+std::optional<SizedPng> widestPng(const std::vector<Path>& files) {
+    std::optional<SizedPng> best;
+    for (const auto& file : files) {
+        const auto width = pngWidth(file);
+        if (width && *width > (best ? best->width : 0)) best = {file, *width};
+    }
+    return best;
+}
+
+/// Entries give the name of an icon, and some of a file.
+std::string withoutPictureEnding(const std::string& icon) {
+    for (const std::string_view ending : {".png", ".svg", ".xpm"}) {
+        if (icon.ends_with(ending)) return icon.substr(0, icon.size() - ending.size());
+    }
+    return icon;
 }
 
 struct KnownBrowser {
@@ -124,23 +155,35 @@ std::vector<Path> findDesktopEntries(const std::string& id, const Environment& e
 }
 
 std::optional<Path> findDesktopEntry(const std::string& id, const Environment& environment) {
-    auto found = findDesktopEntries(id, environment);
+    // An id may end like a file name itself, as org.telegram.desktop does.
+    auto found = findDesktopEntries(id + ".desktop", environment);
+    if (found.empty()) found = findDesktopEntries(id, environment);
     return found.empty() ? std::nullopt : std::optional(std::move(found.front()));
 }
 
-std::optional<Path> findIcon(const std::string& icon, const Environment& environment) {
-    if (icon.starts_with('/')) return pngWidth(icon) ? std::optional(icon) : std::nullopt;
-    if (icon.empty() || icon.find('/') != std::string::npos) return std::nullopt;
-    std::optional<Path> best;
-    std::uint32_t most = 0;
-    for (const auto& file :
-         iconCandidates(icon.ends_with(".png") ? icon : icon + ".png", environment)) {
-        const auto width = pngWidth(file);
-        if (!width || *width <= most) continue;
-        best = file;
-        most = *width;
+std::vector<Path> listDesktopEntries(const Environment& environment) {
+    std::vector<Path> files;
+    std::set<std::string> seen;
+    for (const auto& root : programDataFolders(environment)) {
+        const auto folder = paths::join(root, "applications");
+        for (const auto& name : entriesOf(folder)) {
+            if (!name.ends_with(".desktop") || !seen.insert(name).second) continue;
+            files.push_back(paths::join(folder, name));
+        }
     }
-    return best;
+    return files;
+}
+
+std::optional<Path> findIcon(const std::string& icon, const Environment& environment) {
+    if (icon.starts_with('/')) return isFile(icon) ? std::optional(icon) : std::nullopt;
+    if (icon.empty() || icon.find('/') != std::string::npos) return std::nullopt;
+    const auto name = withoutPictureEnding(icon);
+    const auto png = widestPng(iconCandidates(name + ".png", environment));
+    constexpr std::uint32_t largeEnough = 256; // below that, a drawing is sharper
+    if (png && png->width >= largeEnough) return png->file;
+    if (auto drawing = firstFile(iconCandidates(name + ".svg", environment))) return drawing;
+    if (png) return png->file;
+    return firstFile(iconCandidates(name + ".xpm", environment));
 }
 
 std::optional<std::uint32_t> pngWidth(const Path& file) {

@@ -22,8 +22,13 @@ std::vector<ambrel::Path> findDesktopEntries(const std::string& id,
 std::optional<ambrel::Path> findDesktopEntry(const std::string& id,
                                              const ambrel::Environment& environment);
 
-/// The PNG file for the value of an entry's Icon: the file itself, or the one with the most pixels
-/// among the hicolor theme and the pixmaps. Absent when there is none.
+/// All desktop entries in the folders for them, in their order; one that another of the same name
+/// hides is left out. Entries in sub-folders are not listed.
+std::vector<ambrel::Path> listDesktopEntries(const ambrel::Environment& environment);
+
+/// The picture for the value of an entry's Icon: the file itself, or what the hicolor theme and the
+/// pixmaps have by that name (Icon Theme Specification): a large PNG, else an SVG, else the largest
+/// PNG, else an XPM. Absent when there is none. Whether it can be read is not looked at.
 std::optional<ambrel::Path> findIcon(const std::string& icon,
                                      const ambrel::Environment& environment);
 

@@ -99,6 +99,32 @@ void warnAboutLabel(const InstanceRecord& made, const Surroundings& surroundings
     }
 }
 
+void warnAboutHome(const InstanceRecord& made, const Surroundings& surroundings) {
+    const auto home = usableHome(made.config).value_or("");
+    if (const auto obstacle = homeObstacle(home)) warn(surroundings, *obstacle);
+    if (!isPrivateHome(made.config)) {
+        warn(surroundings, "Its home " + ambrel::utf8::oneLine(home) +
+                               " is or contains your own: nothing is prepared in it.");
+    }
+}
+
+void warnAboutStrategy(const WrapperFactory::Request& request, const Surroundings& surroundings) {
+    const bool isRefused =
+        request.kind == ShortcutKind::app && request.strategy == ambrel::Strategy::unsupported;
+    if (isRefused) warn(surroundings, "Its strategy is \"unsupported\": opening it will fail.");
+}
+
+void tellAboutProfile(const PreparedRequest& prepared, const Surroundings& surroundings) {
+    if (!prepared.plan || !prepared.plan->profile) return;
+    const auto sentence = profileSentence(*prepared.plan);
+    const bool isBroken = prepared.plan->profile->profile.confidence == ambrel::Confidence::broken;
+    if (isBroken) {
+        warn(surroundings, sentence);
+    } else {
+        say(surroundings, sentence);
+    }
+}
+
 void warnAboutPaths(const WrapperFactory::Request& request, const Surroundings& surroundings) {
     InstanceConfig config;
     const auto check = [&](const std::optional<Path>& path, bool mustRun) {
@@ -133,6 +159,8 @@ void warnAboutUnusedOptions(const CreateOptions& options, const Surroundings& su
     tell(!isApp && options.noShareFolders, "--no-share-folders");
     tell(!isApp && !isCommand && !options.environment.empty(), "--env");
     tell(!isCommand && options.workingDirectory, "--working-directory");
+    tell(!isApp && options.processName, "--process-name");
+    tell(!isApp && options.noProfile, "--no-profile");
 }
 
 struct Made {
@@ -182,7 +210,7 @@ Made build(const PreparedRequest& prepared, const Path& place, bool replaces,
     const auto home = usableHome(record->config);
     const bool homeExisted = home && ambrel::fileSystem::exists(*home);
     NewFolders folders;
-    prepareHome(record->config, folders);
+    makeHome(record->config, folders);
     if (replaces) {
         staging.exchange(built, place);
     } else {
@@ -190,6 +218,8 @@ Made build(const PreparedRequest& prepared, const Path& place, bool replaces,
     }
     folders.keep();
     removeOld(staging, surroundings);
+    // Only now: what lies in a new home would keep it from being removed after a failure.
+    for (const auto& failure : furnishHome(record->config)) warn(surroundings, failure + ".");
     return {{place, record->config}, homeExisted};
 }
 
@@ -222,8 +252,11 @@ void makeInstance(const CreateOptions& options, const Surroundings& surroundings
     warnAboutMissingHosts(request, surroundings);
     warnAboutLabel(made.record, surroundings);
     warnAboutPaths(request, surroundings);
-    presence::created(made.record, old, surroundings);
+    warnAboutStrategy(request, surroundings);
+    warnAboutHome(made.record, surroundings);
+    presence::created(made.record, surroundings);
     say(surroundings, (old ? "Replaced " : "Created ") + inQuotes(request.displayName) + ".");
+    tellAboutProfile(prepared, surroundings);
     if (made.homeExisted && !old && !options.home) {
         warn(surroundings, "Its home was there before, perhaps as that of another instance. Choose "
                            "one of its own with --home.");
@@ -231,7 +264,9 @@ void makeInstance(const CreateOptions& options, const Surroundings& surroundings
     tellAboutHome(made, old, surroundings);
     say(surroundings, "Open it with: " + commandLine("open", {nameFor(made.record)}));
     if (options.asJson) {
-        json::write(json::bundle(place), surroundings.results);
+        auto object = json::bundle(place);
+        object["profile"] = json::profile(prepared.plan ? prepared.plan->profile : std::nullopt);
+        json::write(object, surroundings.results);
     } else {
         surroundings.results << place << '\n';
     }

@@ -3,8 +3,8 @@
 #include "Ambrel/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
+#include "Ambrel/Support/FolderRelation.h"
 #include "Ambrel/Support/Utf8.h"
-#include "korvane/FolderRelation.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
 #include "korvane/UserText.h"
@@ -17,6 +17,7 @@ using ambrel::InstanceConfig;
 using ambrel::InstanceRecord;
 using ambrel::InstanceRegistry;
 using ambrel::Path;
+namespace folders = ambrel::folders;
 
 namespace {
 

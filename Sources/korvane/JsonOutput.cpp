@@ -22,6 +22,14 @@ nlohmann::json instance(const ambrel::InstanceRecord& record) {
     return object;
 }
 
+nlohmann::json profile(const std::optional<ProgramProfile>& found) {
+    if (!found) return nullptr;
+    return {{"bundleId", found->profile.bundleId},
+            {"confidence", rawValue(found->profile.confidence)},
+            {"displayName", found->profile.displayName},
+            {"file", text(found->file)}};
+}
+
 nlohmann::json app(const ambrel::AppCatalog::InstalledApp& app) {
     nlohmann::json object{
         {"url", text(app.url)}, {"name", text(app.name)}, {"bundleId", text(app.bundleId)}};

@@ -2,17 +2,21 @@
 
 #include "Ambrel/AppCatalog.h"
 #include "Ambrel/InstanceRegistry.h"
+#include "korvane/ProgramProfile.h"
 
 #include <iosfwd>
 #include <nlohmann/json.hpp>
 
 /// The manager's answers for programs. Paths are plain absolute paths, absent fields are left out
-/// but for "desktopEntry", which is null for an instance that the desktop does not show.
+/// but for "desktopEntry", "profile" and "processName", which are null then.
 namespace korvane::json {
 
 nlohmann::json bundle(const ambrel::Path& bundleURL);
 nlohmann::json instance(const ambrel::InstanceRecord& record);
 nlohmann::json app(const ambrel::AppCatalog::InstalledApp& app);
+
+/// The profile that an instance was made with; null without one.
+nlohmann::json profile(const std::optional<ProgramProfile>& found);
 
 /// Text that a file name on disk may have come from: what is not UTF-8 becomes U+FFFD.
 std::string text(const std::string& value);

@@ -29,15 +29,19 @@ std::string shellWord(std::string_view word) {
     if (!word.empty() && std::all_of(word.begin(), word.end(), isPlain)) {
         return ambrel::utf8::oneLine(word);
     }
-    std::string escaped = "'";
+    return ambrel::utf8::oneLine(shellQuoted(word));
+}
+
+std::string shellQuoted(std::string_view word) {
+    std::string quoted = "'";
     for (const char c : word) {
         if (c == '\'') {
-            escaped += "'\\''";
+            quoted += "'\\''";
         } else {
-            escaped += c;
+            quoted += c;
         }
     }
-    return ambrel::utf8::oneLine(escaped + "'");
+    return quoted + "'";
 }
 
 std::string commandLine(std::string_view verb, const std::vector<std::string>& words) {

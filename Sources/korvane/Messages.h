@@ -19,6 +19,9 @@ std::string inQuotes(std::string_view text);
 /// `word` as a shell takes it back: plain where that is safe, else in single quotes.
 std::string shellWord(std::string_view word);
 
+/// `word` in single quotes, byte for byte, for a script.
+std::string shellQuoted(std::string_view word);
+
 /// "korvane VERB WORD…" as it can be typed. A word that begins with "-" gets "--" in front.
 std::string commandLine(std::string_view verb, const std::vector<std::string>& words);
 

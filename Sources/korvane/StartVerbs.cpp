@@ -8,6 +8,7 @@
 #include "Ambrel/Platform/SignalRelay.h"
 #include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Support/Utf8.h"
+#include "korvane/InstanceHome.h"
 #include "korvane/Instances.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
@@ -73,6 +74,7 @@ int open(const std::string& name, const Surroundings& surroundings) {
     const auto record = requireInstance(name);
     const auto runner = requireRunner(record);
     requireLaunchable(record.config);
+    ensureHome(record.config);
     // Nobody watches the runner's own messages: they go where the instance's are looked for.
     const auto home = usableHome(record.config);
     const auto log = home ? ambrel::InstanceLauncher::instanceLogHandle(*home) : nullptr;
@@ -89,6 +91,7 @@ int run(const std::string& name) {
     const ambrel::SignalRelay relay;
     const auto record = requireInstance(name);
     ChildProcess runner({.executable = requireRunner(record), .arguments = {}});
+    ensureHome(record.config);
     runner.launch();
     return relay.waitUntilExit(runner);
 }

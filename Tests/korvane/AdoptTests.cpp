@@ -54,7 +54,8 @@ TEST_CASE("an entry becomes a bundle whose program is a link") {
     CHECK(fixture.infoOf(bundle) ==
           ambrel::PropertyListDictionary{{"CFBundleIdentifier", {std::string("org.example.Mail")}},
                                          {"CFBundleExecutable", {std::string("mailer")}},
-                                         {"CFBundleName", {std::string("Mail Reader")}}});
+                                         {"CFBundleName", {std::string("Mail Reader")}},
+                                         {"KorvaneProgram", {fixture.program}}});
     CHECK(namesIn(fixture.manager.applications()) == Strings{"Mail Reader.app"});
 }
 
@@ -70,6 +71,8 @@ TEST_CASE("an entry is found by id, with its ending, by path and in a sub-folder
     CHECK(fixture.manager.run({"adopt", "b.desktop", "--into", "one"}).status == 0);
     CHECK(fixture.manager.run({"adopt", file, "--into", "two"}).status == 0);
     CHECK(fixture.manager.run({"adopt", "kde-c", "--into", "three"}).status == 0);
+    fixture.writeEntry("org.example.desktop", "Exec=" + fixture.program);
+    CHECK(fixture.manager.run({"adopt", "org.example.desktop", "--into", "four"}).status == 0);
 }
 
 TEST_CASE("a program without an entry is adopted by path or name") {
@@ -83,6 +86,30 @@ TEST_CASE("a program without an entry is adopted by path or name") {
     CHECK(linkText(byPath + "/Contents/MacOS/mailer") == fixture.program);
     CHECK(*fixture.infoOf(byPath).at("CFBundleIdentifier").string() == "mailer");
     CHECK(byName.output == fixture.manager.tmp / "other/mailer.app\n");
+}
+
+TEST_CASE("a program is adopted by the only entry that starts it plainly") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    const auto identifier = [&](const std::string& into, const std::string& what = "mailer") {
+        const auto done =
+            manager.run({"adopt", what, "--into", into}, {{"PATH", manager.tmp / "bin"}});
+        REQUIRE(done.status == 0);
+        const auto info = fixture.infoOf(done.output.substr(0, done.output.size() - 1));
+        return *info.at("CFBundleIdentifier").string();
+    };
+    fixture.writeEntry("arguments", "Exec=mailer --compose %u");
+    fixture.writeEntry("terminal", "Exec=mailer\nTerminal=true");
+    fixture.writeEntry("unseen", "Exec=mailer\nNoDisplay=true");
+    fixture.writeEntry("other", "Exec=/bin/true");
+    writeFile(manager.tmp / "share/applications/bad.desktop", "no entry");
+
+    CHECK(identifier("one") == "mailer");
+    fixture.writeEntry("org.example.Mail", "Exec=mailer -- %U");
+    CHECK(identifier("two") == "org.example.Mail");
+    CHECK(identifier("path", fixture.program) == "org.example.Mail");
+    fixture.writeEntry("second", "Exec=" + fixture.program);
+    CHECK(identifier("three") == "mailer");
 }
 
 TEST_CASE("an adopted program is listed, cloned and run") {
@@ -163,7 +190,37 @@ TEST_CASE("the icon is made of the largest PNG of the theme and the pixmaps") {
     CHECK(*fixture.infoOf(bundle).at("CFBundleIconFile").string() == "AppIcon");
 }
 
-TEST_CASE("an icon is taken by its path, and only a PNG is one") {
+TEST_CASE(
+    "the icon is a drawing where there is no large picture and an XPM where there is no other") {
+    const Fixture fixture;
+    const auto& tmp = fixture.manager.tmp;
+    const auto svg = [](const std::string& color) {
+        return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"16\" height=\"16\">"
+               "<rect width=\"16\" height=\"16\" fill=\"" +
+               color + "\"/></svg>";
+    };
+    writeFile(tmp / "share/icons/hicolor/scalable/apps/drawn.svg", svg("#0000ff"));
+    writeFile(tmp / "share/icons/hicolor/48x48/apps/drawn.png", png(48, red));
+    writeFile(tmp / "share/icons/hicolor/scalable/apps/large.svg", svg("#0000ff"));
+    writeFile(tmp / "share/icons/hicolor/256x256/apps/large.png", png(256, green));
+    writeFile(tmp / "share/pixmaps/old.xpm", "/* XPM */\nstatic char * x[] = {\n\"2 2 1 1\",\n"
+                                             "\"a c #FF0000\",\n\"aa\",\n\"aa\"};\n");
+    const auto colorOf = [&](const std::string& icon) {
+        fixture.writeEntry("mail", "Exec=" + fixture.program + "\nIcon=" + icon);
+        // Drawings are told by the MIME types of the system (Shared MIME-info Database).
+        const auto done = fixture.manager.run({"adopt", "mail", "--into", "for-" + icon},
+                                              {{"XDG_DATA_DIRS", (tmp / "share") + ":/usr/share"}});
+        REQUIRE(done.status == 0);
+        return colorOfIcon(done.output.substr(0, done.output.size() - 1));
+    };
+
+    CHECK(colorOf("drawn") == blue);
+    CHECK(colorOf("drawn.png") == blue);
+    CHECK(colorOf("large") == green);
+    CHECK(colorOf("old") == red);
+}
+
+TEST_CASE("an icon is taken by its path, and is left out when it cannot be read") {
     const Fixture fixture;
     const auto icon = writeFile(fixture.manager.tmp / "icon.bin", png(10, red));
     fixture.writeEntry("a", "Exec=" + fixture.program + "\nIcon=" + icon);
@@ -198,8 +255,6 @@ TEST_CASE("programs that a bundle cannot start rightly are refused, and nothing 
         std::string reason;
     };
     const Row rows[] = {
-        {"Exec=" + fixture.program + "\nTerminal=true", "terminal"},
-        {"Exec=sh -c \"" + fixture.program + "\"", "shell command"},
         {"Exec=/usr/bin/flatpak run org.example.Mail", "Flatpak"},
         {"Exec=" + fixture.program + "\nX-SnapInstanceName=mail", "snap"},
         {"Exec=/snap/bin/mail", "snap"},
@@ -223,6 +278,148 @@ TEST_CASE("programs that a bundle cannot start rightly are refused, and nothing 
     CHECK(namesIn(fixture.manager.home.path()) == Strings{});
 }
 
+TEST_CASE("a program that wants a terminal is opened in one") {
+    const Fixture fixture;
+    const auto terminal =
+        writeScript(fixture.manager.tmp / "bin/x-terminal-emulator", "printf '<%s>' \"$0\" \"$@\"");
+    const auto path = fixture.manager.tmp / "bin";
+    fixture.writeEntry("edit", "Exec=" + fixture.program + " --own %F\nTerminal=true");
+    fixture.writeEntry("plain", "Exec=" + fixture.program + "\nTerminal=true");
+
+    for (const std::string id : {"edit", "plain"}) {
+        CHECK(fixture.manager.run({"adopt", id, "--into", id}, {{"PATH", path}}).status == 0);
+    }
+    const auto start = [&](const std::string& folder) {
+        return run({fixture.manager.tmp / (folder + "/Mail Reader.app/Contents/MacOS/mailer"),
+                    "a b"})
+            .output;
+    };
+    const auto output = start("edit");
+    CHECK(output.starts_with("<" + terminal + "><-e><env><HOME="));
+    CHECK(contains(output, "><XDG_CACHE_HOME="));
+    CHECK(output.ends_with("><" + fixture.program + "><--own><a b>"));
+    CHECK(start("plain").ends_with("><" + fixture.program + "><a b>"));
+
+    const auto none = fixture.manager.run({"adopt", "edit", "--into", "none"},
+                                          {{"PATH", makeFolder(fixture.manager.tmp / "empty")}});
+    CHECK(none.status == 1);
+    CHECK(says(none.error, "wants a terminal, and none is in the folders of PATH"));
+    CHECK_FALSE(isThere(fixture.manager.tmp / "none"));
+}
+
+TEST_CASE("a shell command of an entry gets an instance's arguments as its own") {
+    const Fixture fixture;
+    fixture.writeEntry("named",
+                       "Exec=sh -c \"exec " + fixture.program + " one \\\"\\$@\\\"\" name %F");
+    fixture.writeEntry("unnamed", "Exec=sh -c \"exec " + fixture.program + " %f \\\"\\$@\\\"\"");
+    const auto start = [&](const std::string& id) {
+        const auto done = fixture.manager.run({"adopt", id, "--into", id});
+        REQUIRE(done.status == 0);
+        return run({done.output.substr(0, done.output.size() - 1) + "/Contents/MacOS/sh", "x", "y"})
+            .output;
+    };
+
+    fixture.writeEntry("cluster", "Exec=bash -ec \"exec " + fixture.program + " \\\"\\$@\\\"\"");
+    fixture.writeEntry("percent", "Exec=sh -c \"exec " + fixture.program + " %%F 100%%\"");
+
+    CHECK(start("named") == "<one><x><y>\n");
+    CHECK(start("unnamed") == "<x><y>\n");
+    CHECK(start("percent") == "<%F><100%>\n");
+    const auto cluster = fixture.manager.run({"adopt", "cluster", "--into", "cluster"});
+    REQUIRE(cluster.status == 0);
+    CHECK(run({fixture.manager.tmp / "cluster/Mail Reader.app/Contents/MacOS/bash", "x"}).output ==
+          "<x>\n");
+}
+
+TEST_CASE("a launcher becomes the program that it starts") {
+    const Fixture fixture;
+    const auto program = writeScript(fixture.manager.tmp / "bin/who", "echo $$");
+    fixture.writeEntry("who", "Exec=" + program + " --own");
+
+    const auto launcher = fixture.adopt("who") + "/Contents/MacOS/who";
+
+    const auto both = run({"/bin/sh", "-c", "echo $$; exec \"$0\"", launcher}).output;
+    const auto first = both.substr(0, both.find('\n') + 1);
+    CHECK(both == first + first);
+}
+
+TEST_CASE("a program leaves the marks by which its engine is told") {
+    struct Row {
+        Strings beside;
+        std::string engine;
+    };
+    const Row rows[] = {
+        {{"resources/app.asar"}, "electron"},
+        {{"app.asar"}, "electron"},
+        {{"resources.pak", "chrome_100_percent.pak"}, "electron"},
+        {{"resources.pak"}, "other"},
+        {{"chrome_100_percent.pak"}, "other"},
+        {{"eclipse.ini"}, "eclipse"},
+        {{"application.ini"}, "firefox"},
+        {{}, "other"},
+    };
+    for (const std::string place : {"opt/tool/tool", "opt/tool/bin/tool"}) {
+        for (const auto& row : rows) {
+            CAPTURE(place);
+            const Fixture fixture;
+            const auto program = writeScript(fixture.manager.tmp / place, "true");
+            for (const auto& file : row.beside) {
+                writeFile(fixture.manager.tmp / ("opt/tool/" + file));
+            }
+            makeLink(fixture.manager.tmp / "bin/tool", program);
+            const auto bundle = fixture.adopt("bin/tool");
+            const auto found = fixture.manager.json({"inspect", bundle, "--json"});
+            CHECK(found["engine"] == row.engine);
+        }
+    }
+}
+
+TEST_CASE("what env starts is the program") {
+    const Fixture fixture;
+    fixture.writeEntry("mail", "Exec=env A=1 B=2 " + fixture.program + " --own %u");
+
+    const auto info = fixture.infoOf(fixture.adopt("mail"));
+
+    CHECK(*info.at("KorvaneProgram").string() == fixture.program);
+    fixture.writeEntry("snap", "Exec=env A=1 /snap/bin/mail");
+    CHECK(says(fixture.manager.refusal({"adopt", "snap"}), "snap"));
+    fixture.writeEntry("shell", "Exec=sh -c \"flatpak run org.example.Mail\"");
+    CHECK(says(fixture.manager.refusal({"adopt", "shell"}), "Flatpak"));
+}
+
+TEST_CASE("a program of a snap or Flatpak is refused by its own name too") {
+    const Fixture fixture;
+    const auto& tmp = fixture.manager.tmp;
+    writeScript(tmp / "real/snap", "true");
+    makeLink(tmp / "bin/player", tmp / "real/snap");
+    writeScript(tmp / "flatpak/exports/bin/org.example.Player", "true");
+
+    for (const std::string program : {"bin/player", "flatpak/exports/bin/org.example.Player"}) {
+        CHECK(says(fixture.manager.refusal({"adopt", program}), "Flatpak or snap"));
+    }
+}
+
+TEST_CASE("a Chromium browser is not taken for an Electron program") {
+    const Fixture fixture;
+    const auto program = writeScript(fixture.manager.tmp / "opt/brave/brave", "true");
+    writeFile(fixture.manager.tmp / "opt/brave/resources.pak");
+    writeFile(fixture.manager.tmp / "opt/brave/chrome_100_percent.pak");
+    fixture.writeEntry("brave-browser", "Exec=" + program);
+
+    const auto found = fixture.manager.json({"inspect", fixture.adopt("brave-browser"), "--json"});
+
+    CHECK(found["engine"] == "chromium");
+}
+
+TEST_CASE("the categories of an entry are kept for the menu") {
+    const Fixture fixture;
+    fixture.writeEntry("mail", "Exec=" + fixture.program + "\nCategories=Network;Email;");
+
+    const auto info = fixture.infoOf(fixture.adopt("mail"));
+
+    CHECK(*info.at("KorvaneCategories").string() == "Network;Email;");
+}
+
 TEST_CASE("a program that the bus can activate is adopted with a warning") {
     const Fixture fixture;
     fixture.writeEntry("mail", "Exec=" + fixture.program + "\nDBusActivatable=true");
@@ -231,6 +428,28 @@ TEST_CASE("a program that the bus can activate is adopted with a warning") {
 
     CHECK(done.status == 0);
     CHECK(says(done.error, "warning: \"Mail Reader\" can be activated over the session bus"));
+}
+
+TEST_CASE("a profile that keeps a program from the bus makes the warning needless") {
+    const Fixture fixture;
+    fixture.writeEntry("mail", "Exec=" + fixture.program + "\nDBusActivatable=true");
+    int runs = 0;
+    const auto warnsWith = [&](const std::string& profile) {
+        writeFile(fixture.manager.home / ".config/korvane/profiles/mail.json", profile);
+        const auto done = fixture.manager.run({"adopt", "mail", "--into", std::to_string(runs++)});
+        REQUIRE(done.status == 0);
+        return contains(done.error, "can be activated over the session bus");
+    };
+    const auto profile = [](const std::string& confidence, const std::string& arguments) {
+        return R"({"bundleId": "mail", "displayName": "Mail", "sandboxed": false, "strategy":
+            "home-override", "singleton": "none", "prefsLeak": false, "extraArgs": [)" +
+               arguments + R"(], "verifiedOn": [], "confidence": ")" + confidence + "\"}";
+    };
+
+    CHECK_FALSE(warnsWith(profile("verified", "\"--standalone\"")));
+    CHECK(warnsWith(profile("broken", "\"--standalone\"")));
+    CHECK(warnsWith(profile("verified", "")));
+    CHECK(warnsWith("no profile"));
 }
 
 TEST_CASE("a name in an entry cannot leave the folder") {

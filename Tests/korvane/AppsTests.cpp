@@ -81,7 +81,11 @@ TEST_CASE("inspect shows identifier, flags, engine and what proved it") {
                                  {"engine", "firefox"},
                                  {"engineProof", "ORG.Mozilla.Fox"},
                                  {"arguments",
-                                  {"-profile", "{{instanceHome}}/FirefoxProfile", "-no-remote"}}});
+                                  {"-profile", "{{instanceHome}}/FirefoxProfile", "-no-remote",
+                                   "--class", "{{desktopId}}", "--name", "{{desktopId}}"}},
+                                 {"environment", {{"GSETTINGS_BACKEND", "keyfile"}}},
+                                 {"processName", nullptr},
+                                 {"profile", nullptr}});
     CHECK(contains(manager.result({"inspect", app}), "firefox"));
 }
 

@@ -67,7 +67,7 @@ TEST_CASE("create makes the folders that the engine's arguments name") {
         const Manager manager;
         manager.installApp("App", row.identifier);
         manager.create({"app", "Work", "App"});
-        CHECK(namesIn(manager.instanceHome("Work")) == Strings{row.folder});
+        CHECK(namesIn(manager.instanceHome("Work")) == Strings{".config", row.folder});
         CHECK(modeOf(manager.instanceHome("Work") + "/" + row.folder) == 0700);
     }
 }
@@ -79,7 +79,7 @@ TEST_CASE("create makes no folder outside the home, whatever an argument names")
     manager.create({"app", "Work", "App", "--arg", "--user-data-dir={{instanceHome}}/../../out",
                     "--add-arg", "--user-data-dir=" + (manager.tmp / "elsewhere")});
 
-    CHECK(namesIn(manager.instanceHome("Work")) == Strings{});
+    CHECK(namesIn(manager.instanceHome("Work")) == Strings{".config"});
     CHECK_FALSE(isThere(manager.home / "out"));
     CHECK_FALSE(isThere(manager.tmp / "elsewhere"));
 }
@@ -131,8 +131,8 @@ TEST_CASE("arguments replace those of the engine or follow them") {
         return manager.configOf(manager.create(words)).extraArgs;
     };
 
-    CHECK(argsOf("a", {}) == Strings{engine});
-    CHECK(argsOf("b", {"--add-arg", "--incognito", "--add-arg=x"}) ==
+    CHECK(argsOf("a", {"--no-profile"}) == Strings{engine});
+    CHECK(argsOf("b", {"--no-profile", "--add-arg", "--incognito", "--add-arg=x"}) ==
           Strings{engine, "--incognito", "x"});
     CHECK(argsOf("c", {"--arg", "-y", "--add-arg", "z"}) == Strings{"-y", "z"});
     CHECK(argsOf("d", {"--arg", "[a,b]", "--arg", "{}", "--arg", "", "--arg=--"}) ==
@@ -209,7 +209,8 @@ TEST_CASE("every field of the request is a flag") {
     CHECK(config.instanceHome == "~/h");
     CHECK(config.bundleId == "org.example.work");
     CHECK(config.strategy == ambrel::Strategy::wrapperIdentity);
-    CHECK(config.environment == ambrel::StringMap{{"A", "1=2"}, {"B", ""}});
+    CHECK(config.environment ==
+          ambrel::StringMap{{"A", "1=2"}, {"B", ""}, {"GSETTINGS_BACKEND", "keyfile"}});
     CHECK(config.infoPlistOverrides == ambrel::StringMap{{"Key", "yes"}});
     CHECK(config.workingDirectory == manager.tmp / "dir");
     CHECK(config.registerAsBrowser);
@@ -534,7 +535,8 @@ TEST_CASE("create tells programs the bundle as JSON") {
     const auto made = manager.json(
         {"create", "command", "Work", aProgram, "--json", "--runner", KORVANE_TEST_RUNNER});
 
-    CHECK(made == nlohmann::json{{"bundleURL", manager.applications() + "/Work.app"}});
+    CHECK(made == nlohmann::json{{"bundleURL", manager.applications() + "/Work.app"},
+                                 {"profile", nullptr}});
 }
 
 TEST_CASE("the new bundle carries its name and identifier") {

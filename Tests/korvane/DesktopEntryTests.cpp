@@ -86,10 +86,11 @@ TEST_CASE("an Exec that leaves doubt is refused") {
 }
 
 TEST_CASE("the launcher gives the program exactly the entry's arguments and then its own") {
-    const ProgramCall call{
+    Adoption adoption;
+    adoption.call = {
         "/usr/bin/printf", {"<%s>\n", "it's", "$(x) `y` \"z\" \\", "two\nlines", ""}, {"--last"}};
 
-    const auto done = run({"/bin/sh", "-c", launcherScript(call), "sh", "-a", "b c"});
+    const auto done = run({"/bin/sh", "-c", launcherScript(adoption), "sh", "-a", "b c"});
 
     CHECK(done.output == "<it's>\n<$(x) `y` \"z\" \\>\n<two\nlines>\n<>\n<-a>\n<b c>\n<--last>\n");
 }

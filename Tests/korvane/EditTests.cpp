@@ -156,6 +156,23 @@ TEST_CASE("what is no key or no value of it is wrong usage, and nothing is writt
     CHECK(readFile(fixture.file()) == before);
 }
 
+TEST_CASE("an edit of the process name that could not be written leaves Info.plist as it was") {
+    const Manager manager;
+    manager.installApp("App", "org.example.app");
+    const auto contents = manager.create({"app", "Work", "App"}) + "/Contents";
+    const auto before = readFile(contents + "/Info.plist");
+    const auto setup = manager.setupAsOrdinaryUser(
+        {"edit", "Work", "--set", "infoPlistOverrides.KorvaneProcessName=new"});
+    setMode(contents + "/Resources/instance.json", 0444);
+
+    const auto done = run(setup);
+
+    CHECK(done.status == 1);
+    CHECK(says(done.error, "nothing was changed"));
+    CHECK(readFile(contents + "/Info.plist") == before);
+    CHECK(namesIn(contents) == Strings{"Info.plist", "MacOS", "PkgInfo", "Resources"});
+}
+
 TEST_CASE("an edit that could not be written fails and leaves the old bytes") {
     const Fixture fixture;
     const auto before = readFile(fixture.file());
@@ -191,7 +208,7 @@ TEST_CASE("a new home is made with its folders, and must be nobody else's") {
     CHECK(done.status == 0);
     CHECK(says(done.error, "Its data stays in ~/KorvaneInstances/Work"));
     CHECK(modeOf(manager.home / "new") == 0700);
-    CHECK(namesIn(manager.home / "new") == Strings{"FirefoxProfile"});
+    CHECK(namesIn(manager.home / "new") == Strings{".config", "FirefoxProfile"});
     CHECK(says(manager.refusal({"edit", "Work", "--set", "instanceHome=~/KorvaneInstances/Other/"}),
                "belongs to the instance \"Other\""));
 }

@@ -1,4 +1,4 @@
-#include "korvane/FolderRelation.h"
+#include "Ambrel/Support/FolderRelation.h"
 
 #include "Support/Environment.h"
 #include "Support/Expect.h"
@@ -6,9 +6,10 @@
 
 namespace korvane::test {
 
-using folders::areSame;
-using folders::canonical;
-using folders::isOrLiesIn;
+using ambrel::folders::areSame;
+using ambrel::folders::canonical;
+using ambrel::folders::isOrLiesIn;
+using ambrel::folders::isOrLiesInByText;
 
 TEST_CASE("a canonical path has no links, dots or missing parts that hide it") {
     const TempDir tmp;
@@ -40,7 +41,6 @@ TEST_CASE("a folder lies in another one whatever names lead there") {
 }
 
 TEST_CASE("a folder lies in another one by their text alone") {
-    using folders::isOrLiesInByText;
     CHECK(isOrLiesInByText("/a", "/a"));
     CHECK(isOrLiesInByText("/a/b", "/a"));
     CHECK(isOrLiesInByText("/a//b/./c/..", "//a/b/"));

@@ -162,7 +162,20 @@ TEST_CASE("an entry that cannot be removed is told of and the instance is gone")
     CHECK(done.status == 0);
     CHECK(says(done.error, "could not be removed: " + fixture.entry(work)));
     CHECK_FALSE(isThere(bundle));
-    for (const auto side : iconSides) CHECK_FALSE(isThere(fixture.icon(work, side)));
+    for (const auto side : iconSides) CHECK(isThere(fixture.icon(work, side)));
+}
+
+TEST_CASE("an entry that a bundle of this path has left under another id goes with the next one") {
+    const Registrations fixture;
+    const auto bundle = fixture.createCommand("Work", {"--bundle-id", "org.example.old"});
+    REQUIRE(run({"/bin/rm", "-r", bundle}).status == 0);
+    fixture.createCommand("Other", {"--bundle-id", "org.example.other"});
+
+    fixture.createCommand("Work", {"--bundle-id", "org.example.new"});
+
+    CHECK_FALSE(isThere(fixture.entry("org.example.old")));
+    CHECK(isThere(fixture.entry("org.example.new")));
+    CHECK(isThere(fixture.entry("org.example.other")));
 }
 
 TEST_CASE("an entry that changed hands meanwhile is not removed") {

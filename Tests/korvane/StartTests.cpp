@@ -117,11 +117,13 @@ TEST_CASE("an instance of an application runs with its own home and arguments") 
     const Manager manager;
     manager.installApp("Mail", "org.mozilla.mail");
     manager.create({"app", "Work", "Mail", "--add-arg", "a b"});
+    const std::string id = "app.korvane.instance.work";
 
     CHECK(manager.run({"run", "Work"}).status == 0);
 
-    CHECK(manager.result({"logs", "Work"}) ==
-          "-profile\n" + manager.instanceHome("Work") + "/FirefoxProfile\n-no-remote\na b\n");
+    CHECK(manager.result({"logs", "Work"}) == "-profile\n" + manager.instanceHome("Work") +
+                                                  "/FirefoxProfile\n-no-remote\n" + "--class\n" +
+                                                  id + "\n--name\n" + id + "\na b\n");
 }
 
 TEST_CASE("logs shows the whole log") {

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 /// How the system's desktop knows an instance: its entry in menus and docks, with name and icons.
 /// One backend for each system. On Linux the entry is a file by the Desktop Entry Specification
@@ -25,6 +26,10 @@ struct Entry {
 /// The entry of this instance; absent when it has none, also where another's stands in its place.
 std::optional<Entry> findEntry(const ambrel::InstanceRecord& record);
 
+/// Entries that stand for this bundle under other ids: those of an identifier that it had before.
+/// Never fails.
+std::vector<Entry> findFormer(const ambrel::InstanceRecord& record) noexcept;
+
 /// Throws Refusal, which ends in `wayOut`, where an instance with this identifier at `bundle` could
 /// not be registered or would hide something: an entry of its name that is not its own lies in one
 /// of the folders for entries, or a file lies in the place of its icons or script. Writes nothing.
@@ -38,8 +43,8 @@ void requireFree(const std::string& bundleId, const ambrel::Path& bundle,
 Entry add(const ambrel::InstanceRecord& record);
 
 /// Removes the entry with all that belongs to it; none that stands for another bundle by now. The
-/// bundle itself may be gone. Throws FileError for the first thing that could not be removed, with
-/// the others removed.
+/// bundle itself may be gone. Throws FileError: where the entry could not be removed, with all left
+/// as it was, else for the first of what belongs to it, with the others removed.
 void remove(const Entry& entry);
 
 } // namespace korvane::registration

@@ -68,18 +68,20 @@ _korvane() {
         _korvane_offer -W "$fields" -- "$word"
         return
         ;;
-    --bundle-id | --arg | --add-arg | --env | --plist | --label | --label-color | --color | --signature)
+    --bundle-id | --process-name | --arg | --add-arg | --env | --plist | --label | --label-color | --color | --signature)
         return
         ;;
     esac
 
     case $verb in
     create) options="--home --output --bundle-id --runner --replace --strategy --arg --add-arg --env
-            --working-directory --no-share-folders --icon --hide-icon --label --label-color
-            --label-position --plist --browser --open-with --menu-bar --menu-bar-template --json" ;;
+            --process-name --no-profile --working-directory --no-share-folders --icon --hide-icon
+            --label --label-color --label-position --plist --browser --open-with --menu-bar
+            --menu-bar-template --json" ;;
     adopt) options="--into --json" ;;
     list | apps) options="--in --json" ;;
-    show | inspect | migrate) options="--json" ;;
+    show | migrate) options="--json" ;;
+    inspect) options="--no-profile --json" ;;
     logs) options="--follow" ;;
     edit) options="--set --unset" ;;
     delete) options="--data --yes --no-input" ;;

@@ -61,6 +61,8 @@ complete -c korvane -n $create -l arg -x -d 'An argument in place of those for t
 complete -c korvane -n $create -l add-arg -x -d 'One more argument'
 complete -c korvane -n $create -l env -x -d 'An environment variable'
 complete -c korvane -n $create -l working-directory -rF -d 'Where a command runs'
+complete -c korvane -n $create -l process-name -x -d 'Start the program by this name'
+complete -c korvane -n "$create; or __korvane_is inspect" -l no-profile -d 'Use no profile and no name for the windows'
 complete -c korvane -n $create -l no-share-folders -d 'Do not link the folders of the user'
 complete -c korvane -n $create -l icon -rF -d 'An image for the icon'
 complete -c korvane -n $create -l hide-icon -d 'Show no icon in the Dock'

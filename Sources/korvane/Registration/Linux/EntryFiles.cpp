@@ -130,11 +130,11 @@ void writeFiles(const Places& places, const EntryFiles& files,
 }
 
 void removeFiles(const Places& places, const ExistingEntry& existing) {
-    // The entry first: without the others it would still be shown.
+    // The entry first: where it has to stay, what it shows and starts stays with it.
     Removal removal;
     removal.remove(places.entry());
-    removeSuperfluous(places, {}, existing);
     removal.finish();
+    removeSuperfluous(places, {}, existing);
 }
 
 } // namespace korvane::registration

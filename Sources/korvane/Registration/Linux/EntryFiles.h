@@ -26,8 +26,8 @@ std::optional<ambrel::Path> findStranger(const Places& places, const EntryFiles&
 void writeFiles(const Places& places, const EntryFiles& files,
                 const std::optional<ExistingEntry>& existing);
 
-/// Removes the entry and all that `existing` says belongs to it. Throws FileError for the first
-/// failure once everything was tried.
+/// Removes the entry and then all that `existing` says belongs to it. Throws FileError: for the
+/// entry, with everything else left, or for the first of the others, once all were tried.
 void removeFiles(const Places& places, const ExistingEntry& existing);
 
 } // namespace korvane::registration

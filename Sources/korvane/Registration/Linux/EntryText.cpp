@@ -123,15 +123,7 @@ bool isPlainWord(std::string_view path) {
 }
 
 std::string openerScript(const Path& program) {
-    std::string text = "#!/bin/sh\nexec '";
-    for (const char c : program) {
-        if (c == '\'') {
-            text += "'\\''";
-        } else {
-            text += c;
-        }
-    }
-    return text + "' \"$@\"\n";
+    return "#!/bin/sh\nexec " + shellQuoted(program) + " \"$@\"\n";
 }
 
 } // namespace korvane::registration

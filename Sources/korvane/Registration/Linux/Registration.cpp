@@ -7,6 +7,7 @@
 #include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Support/Utf8.h"
 #include "korvane/DesktopId.h"
+#include "korvane/InfoPlistKeys.h"
 #include "korvane/InstalledPrograms.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
@@ -27,8 +28,6 @@ namespace {
 
 /// What a profile says of the name of its program's windows, and what an application's Info.plist
 /// says of the categories of the program that it was made of.
-constexpr const char* windowClassKey = "KorvaneWindowClass";
-constexpr const char* categoriesKey = "KorvaneCategories";
 
 Places placesFor(const std::string& bundleId) {
     return {desktopId(bundleId), ambrel::userDataFolder()};
@@ -105,7 +104,7 @@ std::string categoriesOfTarget(const Path& target) {
     try {
         const auto info = ambrel::readPropertyList(BundleLayout{target}.infoPlist());
         if (!info) return {};
-        const auto found = info->find(categoriesKey);
+        const auto found = info->find(adoptedCategoriesKey);
         const auto* text = found == info->end() ? nullptr : found->second.string();
         return text == nullptr ? std::string() : usableCategories(*text);
     } catch (const ambrel::LibraryError&) {
@@ -160,6 +159,25 @@ std::optional<Entry> findEntry(const InstanceRecord& record) {
     const auto existing = findOwn(places, record.bundleURL);
     if (!existing) return std::nullopt;
     return Entry{places.id, places.entry(), existing->bundle};
+}
+
+std::vector<Entry> findFormer(const InstanceRecord& record) noexcept {
+    constexpr std::string_view ending = ".desktop";
+    std::vector<Entry> former;
+    try {
+        const auto own = placesFor(record.config.bundleId);
+        const Path folder(ambrel::paths::deletingLastComponent(own.entry()));
+        for (const auto& name : fileSystem::list(folder)) {
+            if (!name.ends_with(ending) || name == own.fileName()) continue;
+            const Places places{name.substr(0, name.size() - ending.size()), own.data};
+            const auto existing = readEntry(places);
+            if (!existing || !existing->isFor(record.bundleURL)) continue;
+            former.push_back({places.id, places.entry(), existing->bundle});
+        }
+    } catch (const std::exception&) {
+        // What cannot be listed shows nothing either.
+    }
+    return former;
 }
 
 void requireFree(const std::string& bundleId, const Path& bundle,

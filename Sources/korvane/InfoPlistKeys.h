@@ -1,0 +1,16 @@
+#pragma once
+
+/// Keys of our own in property lists, beside ambrel::processNameKey.
+namespace korvane {
+
+/// In a wrapper's overrides: the name of its windows, where that is neither its process name nor
+/// its desktop id.
+inline constexpr const char* windowClassKey = "KorvaneWindowClass";
+
+/// In an adopted bundle: the program behind the launcher, the terminal that it is opened in, and
+/// the menu's categories that its entry names (Desktop Menu Specification).
+inline constexpr const char* adoptedProgramKey = "KorvaneProgram";
+inline constexpr const char* adoptedTerminalKey = "KorvaneTerminal";
+inline constexpr const char* adoptedCategoriesKey = "KorvaneCategories";
+
+} // namespace korvane

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Ambrel/AppProfile.h"
+#include "Ambrel/InstanceConfig.h"
+#include "Ambrel/Path.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvane {
+
+/// The placeholder for an instance's desktop id inside a profile.
+inline constexpr std::string_view desktopIdPlaceholder = "{{desktopId}}";
+
+/// The same with "_" for each ".", as programs have it that make an X resource name of it.
+inline constexpr std::string_view underscoredIdPlaceholder = "{{desktopIdUnderscored}}";
+
+/// How a program's windows are given the name of its instance. In all texts the placeholders
+/// stand for the instance's desktop id.
+struct WindowName {
+    std::vector<std::string> arguments;        ///< behind those of the engine and the profile
+    ambrel::StringMap environment;             ///< added variables
+    bool byProcessName = false;                ///< the desktop id as the started program's argv[0]
+    std::optional<std::string> startupWmClass; ///< the name that windows have; absent: the id
+};
+
+/// A profile with what this manager adds to its format: variables for the environment and the name
+/// of windows.
+struct ProgramProfile {
+    ambrel::AppProfile profile;
+    ambrel::StringMap environment;        ///< values with the placeholder for the instance home
+    std::optional<WindowName> windowName; ///< absent: told by the program's libraries
+    ambrel::Path file;                    ///< where it was read
+
+    /// Throws DecodingError. The added keys "environment" and "windowName" may be missing.
+    static ProgramProfile decode(std::string_view json);
+};
+
+/// The profile of the application `bundleId`: BUNDLEID.json in the user's own folder
+/// (korvane/profiles in the user's configuration folder), else the one installed with the manager.
+/// Absent when there is none. Throws Refusal for one that cannot be read or describes another
+/// application.
+std::optional<ProgramProfile> findProfile(const std::string& bundleId);
+
+} // namespace korvane
