@@ -34,6 +34,7 @@ class User:
         self.home = self.root / "home"
         self.accountHome = self.root / "account"
         self.temporary = self.root / "tmp"
+        self.session = {}  # what a desktop session tells its programs
         for folder in (self.home, self.accountHome, self.temporary):
             folder.mkdir(mode=0o700)
         for name in sharedFolders:
@@ -63,14 +64,14 @@ class User:
             "LD_PRELOAD": "libnss_wrapper.so",
             "NSS_WRAPPER_PASSWD": str(self.root / "passwd"),
             "NSS_WRAPPER_GROUP": str(self.root / "group"),
+            **self.session,
         }
 
-    def start(self, *command, seconds=120):
+    def start(self, *command, seconds=120, stdin=subprocess.DEVNULL):
         """Starts a program that is ended after `seconds`, with all that it started."""
         limited = ["timeout", "--kill-after=10", str(seconds), *map(str, command)]
-        return subprocess.Popen(limited, env=self.environment(), cwd=self.root,
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                stderr=subprocess.PIPE, text=True)
+        return subprocess.Popen(limited, env=self.environment(), cwd=self.root, stdin=stdin,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
     def run(self, *command, status=0):
         """The standard output of a program that has to end with `status`."""
@@ -91,16 +92,22 @@ class User:
 def contents(folder, leavingOut=()):
     """Every item below `folder` with its kind, mode, size, time and content, links not followed.
 
-    `leavingOut` names items directly in the folder.
+    `leavingOut` names items by their paths in the folder; what lies in them is left out, too.
     """
+    leftOut = {os.path.join(folder, name) for name in leavingOut}
     found = {}
     for path, folders, files in os.walk(folder):
-        if path == str(folder):
-            folders[:] = [name for name in folders if name not in leavingOut]
+        folders[:] = [name for name in folders if os.path.join(path, name) not in leftOut]
         for name in folders + files:
             item = pathlib.Path(path, name)
             found[str(item.relative_to(folder))] = _describe(item)
     return found
+
+
+def changes(before, after):
+    """What differs between two results of contents(): path -> what was there, and what is."""
+    return {path: (before.get(path), after.get(path)) for path in before.keys() | after.keys()
+            if before.get(path) != after.get(path)}
 
 
 def _describe(item):
