@@ -1,5 +1,6 @@
 #include "Ambrel/UserFolders.h"
 
+#include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Support/BundleScan.h"
 #include "Ambrel/Support/FolderRelation.h"
@@ -36,20 +37,32 @@ std::vector<Path> UserFolders::allSet() {
 bool UserFolders::isShareable(const Path& place) {
     if (place.empty()) return false;
     if (isOrContains(place, userHome()) || isOrContains(place, instanceHome_)) return false;
-    return std::ranges::none_of(knownHomes(),
-                                [&](const Path& home) { return isOrContains(place, home); });
+    const auto& known = otherHomes();
+    const auto real = folders::canonical(place);
+    const auto isHome = [&](const Path& home) {
+        return home == real || home == place || fileSystem::isSameItem(home, place);
+    };
+    const auto contains = [&](const Path& parent) { return isOrContains(place, parent); };
+    return std::ranges::none_of(known.homes, isHome) &&
+           std::ranges::none_of(known.parents, contains);
 }
 
-const std::vector<Path>& UserFolders::knownHomes() {
-    if (knownHomes_) return *knownHomes_;
-    auto& homes = knownHomes_.emplace();
+const UserFolders::OtherHomes& UserFolders::otherHomes() {
+    if (otherHomes_) return *otherHomes_;
+    auto& known = otherHomes_.emplace();
+    const auto add = [&](const Path& home) {
+        known.homes.insert(home);
+        known.parents.insert(Path(paths::deletingLastComponent(home)));
+    };
     // Not from the registry, which sorts by name: the runner starts without the library for that.
     for (const auto& bundle : bundlesIn(defaultInstanceFolders())) {
         const auto config = configIn(bundle);
-        auto home = config ? config->resolvedHome() : Path();
-        if (home.starts_with('/')) homes.push_back(std::move(home));
+        const Path home(paths::withoutTrailingSlashes(config ? config->resolvedHome() : Path()));
+        if (!home.starts_with('/')) continue;
+        add(home);
+        add(folders::canonical(home));
     }
-    return homes;
+    return known;
 }
 
 } // namespace ambrel

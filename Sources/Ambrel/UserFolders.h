@@ -4,6 +4,7 @@
 #include "Ambrel/Platform/UserFolderSettings.h"
 
 #include <optional>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -27,12 +28,19 @@ public:
     static std::vector<Path> allSet();
 
 private:
+    /// Homes of the known instances, by their paths and by where links lead from there. What
+    /// contains one is or contains a parent, and those are few: most homes lie side by side.
+    struct OtherHomes {
+        std::set<Path> homes;
+        std::set<Path> parents;
+    };
+
     bool isShareable(const Path& place);
-    const std::vector<Path>& knownHomes();
+    const OtherHomes& otherHomes();
 
     Path instanceHome_;
     UserFolderSettings settings_;
-    std::optional<std::vector<Path>> knownHomes_;
+    std::optional<OtherHomes> otherHomes_;
 };
 
 } // namespace ambrel
