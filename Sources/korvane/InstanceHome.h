@@ -22,8 +22,9 @@ void makeHome(const ambrel::InstanceConfig& config, NewFolders& folders);
 /// link below the home; what cannot be made is left out. Returns a sentence for each such thing.
 std::vector<std::string> furnishHome(const ambrel::InstanceConfig& config);
 
-/// Both for an instance that is about to start, whose home may have gone. Never fails: what is
-/// missing then, the launch reports.
+/// For an instance that is about to start: a home that has gone is made and furnished again; in one
+/// that is there only missing data folders are made, and nothing that the user has removed comes
+/// back. Never fails: what is missing then, the launch reports.
 void ensureHome(const ambrel::InstanceConfig& config) noexcept;
 
 /// The folders below the home that arguments and environment name, relative to it. An argument

@@ -151,9 +151,8 @@ void setProcessName(ambrel::InstanceConfig& config, const std::optional<std::str
     const auto id = desktopId(config.bundleId);
     const auto found = overrides.find(ambrel::processNameKey);
     const auto old = found == overrides.end() ? id : found->second;
-    const auto variable = config.environment.find("RESOURCE_NAME");
-    if (variable != config.environment.end() && variable->second == old) {
-        variable->second = name.value_or(id);
+    for (auto& [variable, value] : config.environment) {
+        if (value == old) value = name.value_or(id); // as RESOURCE_NAME has it
     }
     overrides.erase(ambrel::processNameKey);
     if (name) overrides.emplace(ambrel::processNameKey, *name);
