@@ -1,7 +1,7 @@
 // What composing a labelled icon costs, measured against its smallest possible part: encoding the
 // seven images as PNG. compose-icon starts this program and says what the icon is.
-#include "Ambrel/IconComposer.h"
-#include "Ambrel/ImageFile.h"
+#include "Ambrel/Icon/IconComposer.h"
+#include "Ambrel/Icon/ImageReader.h"
 #include "Ambrel/Platform/FileSystem.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "Ambrel/Support/IcnsLint.h"
+#include "Ambrel/Formats/IcnsLint.h"
 
 #include <cstdlib>
 

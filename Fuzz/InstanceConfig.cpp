@@ -1,4 +1,4 @@
-#include "Ambrel/InstanceConfig.h"
+#include "Ambrel/Instance/InstanceConfig.h"
 
 #include <cstdlib>
 

@@ -1,5 +1,5 @@
 #include "Ambrel/Platform/PropertyList.h"
-#include "Ambrel/CodingError.h"
+#include "Ambrel/Base/CodingError.h"
 
 #include <cstdlib>
 

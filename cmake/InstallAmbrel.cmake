@@ -6,17 +6,43 @@ set(AMBREL_PKGCONFIG_DIR "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
 install(TARGETS Ambrel EXPORT AmbrelTargets ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 
-# What lies in these two folders is public; the folders below Platform hold the backends, and
-# Support what the library needs for itself, but for the pictures and shapes that the drawing of
-# labels is told in.
-foreach(folder IN ITEMS Ambrel Ambrel/Platform)
-    file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/Sources/${folder}/*.h")
-    install(FILES ${headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}")
-endforeach()
-
-foreach(header IN ITEMS Canvas Icns Image Outline)
-    install(FILES "${PROJECT_SOURCE_DIR}/Sources/Ambrel/Support/${header}.h"
-        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/Ambrel/Support")
+# What other programs should use, with what those headers include. The rest is the library's own.
+set(AMBREL_PUBLIC_HEADERS
+    Application/AppBundle.h
+    Application/AppCatalog.h
+    Application/AppProfile.h
+    Base/CodingError.h
+    Base/Path.h
+    Base/RawValue.h
+    Graphics/Canvas.h
+    Graphics/Image.h
+    Graphics/Outline.h
+    Icon/IconComposer.h
+    Instance/BundleLayout.h
+    Instance/InstanceConfig.h
+    Instance/InstanceRegistry.h
+    Instance/Strategy.h
+    Launch/InstanceLauncher.h
+    Platform/ChildProcess.h
+    Platform/FileError.h
+    Platform/FileManager.h
+    Platform/Images.h
+    Platform/LibraryError.h
+    Platform/MainBundle.h
+    Platform/OwnedFd.h
+    Platform/ProcessEnvironment.h
+    Platform/PropertyList.h
+    Platform/SystemTools.h
+    Platform/UserPaths.h
+    Web/WebBadge.h
+    Wrapper/RunnerLocator.h
+    Wrapper/WrapperFactory.h
+    Wrapper/WrapperGenerator.h
+)
+foreach(header IN LISTS AMBREL_PUBLIC_HEADERS)
+    get_filename_component(room "${header}" DIRECTORY)
+    install(FILES "${PROJECT_SOURCE_DIR}/Sources/Ambrel/${header}"
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/Ambrel/${room}")
 endforeach()
 
 install(EXPORT AmbrelTargets NAMESPACE Ambrel:: DESTINATION "${AMBREL_PACKAGE_DIR}")

@@ -1,5 +1,5 @@
-#include "Ambrel/BundleLayout.h"
-#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/MainBundle.h"
 #include "Ambrel/Platform/SignalRelay.h"

@@ -1,10 +1,10 @@
 #include "korvane/Adoption.h"
 
-#include "Ambrel/BundleLayout.h"
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/PropertyList.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/Applications.h"
 #include "korvane/EngineMarks.h"
 #include "korvane/IconFile.h"

@@ -1,8 +1,8 @@
 #include "korvane/AppVerbs.h"
 
-#include "Ambrel/AppCatalog.h"
+#include "Ambrel/Application/AppCatalog.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/WrapperFactory.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
 #include "korvane/Applications.h"
 #include "korvane/JsonOutput.h"
 #include "korvane/ListVerbs.h"

@@ -1,9 +1,9 @@
 #include "korvane/Applications.h"
 
-#include "Ambrel/AppCatalog.h"
+#include "Ambrel/Application/AppCatalog.h"
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
 #include "korvane/UserText.h"

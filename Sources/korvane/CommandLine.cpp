@@ -1,6 +1,6 @@
 #include "korvane/CommandLine.h"
 
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 #include "korvane/AdoptVerb.h"
 #include "korvane/AppVerbs.h"
 #include "korvane/CreateVerbs.h"

@@ -1,7 +1,7 @@
 #include "korvane/CreateRequest.h"
 
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/Applications.h"
 #include "korvane/DesktopId.h"
 #include "korvane/InfoPlistKeys.h"

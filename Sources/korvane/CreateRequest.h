@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/WrapperFactory.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
 #include "korvane/StartPlan.h"
 
 #include <optional>

@@ -1,7 +1,7 @@
 #include "korvane/DeleteVerb.h"
 
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/DataSafety.h"
 #include "korvane/DesktopPresence.h"
 #include "korvane/Instances.h"

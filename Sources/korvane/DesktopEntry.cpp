@@ -1,6 +1,6 @@
 #include "korvane/DesktopEntry.h"
 
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 #include "korvane/Messages.h"
 
 #include <algorithm>

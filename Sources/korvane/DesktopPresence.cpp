@@ -1,6 +1,6 @@
 #include "korvane/DesktopPresence.h"
 
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 #include "korvane/Instances.h"
 #include "korvane/Messages.h"
 

@@ -1,7 +1,7 @@
 #include "korvane/EngineMarks.h"
 
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/WrapperFactory.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
 
 #include <optional>
 

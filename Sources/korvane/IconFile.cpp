@@ -1,10 +1,10 @@
 #include "korvane/IconFile.h"
 
-#include "Ambrel/IconComposer.h"
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Icon/IconComposer.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/LibraryError.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/ManagerError.h"
 
 #include <array>

@@ -1,13 +1,13 @@
 #include "korvane/InstanceHome.h"
 
-#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Home/FolderRelation.h"
+#include "Ambrel/Home/UserFolders.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/GuardedFolder.h"
 #include "Ambrel/Platform/UserFolderSettings.h"
 #include "Ambrel/Platform/UserPaths.h"
-#include "Ambrel/Support/FolderRelation.h"
-#include "Ambrel/Support/Utf8.h"
-#include "Ambrel/UserFolders.h"
 #include "korvane/Instances.h"
 #include "korvane/UserText.h"
 

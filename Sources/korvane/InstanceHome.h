@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/InstanceConfig.h"
+#include "Ambrel/Instance/InstanceConfig.h"
 #include "korvane/NewFolders.h"
 #include "korvane/Surroundings.h"
 

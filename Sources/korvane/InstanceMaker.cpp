@@ -1,9 +1,9 @@
 #include "korvane/InstanceMaker.h"
 
-#include "Ambrel/BundleLayout.h"
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/DesktopPresence.h"
 #include "korvane/IconFile.h"
 #include "korvane/InstanceHome.h"

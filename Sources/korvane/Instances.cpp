@@ -1,10 +1,10 @@
 #include "korvane/Instances.h"
 
-#include "Ambrel/BundleLayout.h"
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Home/FolderRelation.h"
+#include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Support/FolderRelation.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
 #include "korvane/UserText.h"

@@ -1,6 +1,6 @@
 #include "korvane/JsonOutput.h"
 
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 #include "korvane/DesktopId.h"
 #include "korvane/Registration/Registration.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Ambrel/AppCatalog.h"
-#include "Ambrel/InstanceRegistry.h"
+#include "Ambrel/Application/AppCatalog.h"
+#include "Ambrel/Instance/InstanceRegistry.h"
 #include "korvane/ProgramProfile.h"
 
 #include <iosfwd>

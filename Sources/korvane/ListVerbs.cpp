@@ -1,6 +1,6 @@
 #include "korvane/ListVerbs.h"
 
-#include "Ambrel/InstanceRegistry.h"
+#include "Ambrel/Instance/InstanceRegistry.h"
 #include "korvane/DesktopId.h"
 #include "korvane/Instances.h"
 #include "korvane/JsonOutput.h"

@@ -1,9 +1,9 @@
 #include "korvane/LogsVerb.h"
 
-#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/FileWatch.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/Instances.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"

@@ -1,6 +1,6 @@
 #include "korvane/Messages.h"
 
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 
 #include <algorithm>
 #include <istream>

@@ -1,8 +1,8 @@
 #include "korvane/ProfileVerb.h"
 
-#include "Ambrel/AppProfile.h"
+#include "Ambrel/Application/AppProfile.h"
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
 #include "korvane/Options.h"

@@ -1,10 +1,10 @@
 #include "korvane/ProgramProfile.h"
 
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Formats/Json.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/MainBundle.h"
 #include "Ambrel/Platform/UserPaths.h"
-#include "Ambrel/Support/Json.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
 

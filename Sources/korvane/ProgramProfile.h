@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Ambrel/AppProfile.h"
-#include "Ambrel/InstanceConfig.h"
-#include "Ambrel/Path.h"
+#include "Ambrel/Application/AppProfile.h"
+#include "Ambrel/Base/Path.h"
+#include "Ambrel/Instance/InstanceConfig.h"
 
 #include <optional>
 #include <string>

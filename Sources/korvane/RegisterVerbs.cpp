@@ -1,6 +1,6 @@
 #include "korvane/RegisterVerbs.h"
 
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 #include "korvane/Instances.h"
 #include "korvane/Messages.h"
 #include "korvane/Options.h"

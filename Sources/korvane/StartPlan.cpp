@@ -1,9 +1,9 @@
 #include "korvane/StartPlan.h"
 
-#include "Ambrel/BundleLayout.h"
-#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/PropertyList.h"
-#include "Ambrel/WrapperFactory.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
 #include "korvane/DesktopId.h"
 #include "korvane/InfoPlistKeys.h"
 #include "korvane/ManagerError.h"

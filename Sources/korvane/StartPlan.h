@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/AppBundle.h"
+#include "Ambrel/Application/AppBundle.h"
 #include "korvane/ProgramProfile.h"
 #include "korvane/Surroundings.h"
 

@@ -1,6 +1,6 @@
 #include "korvane/Table.h"
 
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 
 #include <algorithm>
 #include <ostream>

@@ -1,9 +1,9 @@
 #include "korvane/UserText.h"
 
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
 #include "Ambrel/Platform/UserPaths.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Ambrel/Path.h"
-#include "Ambrel/RawValue.h"
+#include "Ambrel/Base/Path.h"
+#include "Ambrel/Base/RawValue.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
 

@@ -1,4 +1,4 @@
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 #include "korvane/CommandLine.h"
 #include "korvane/ManagerError.h"
 

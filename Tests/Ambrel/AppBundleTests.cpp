@@ -1,4 +1,4 @@
-#include "Ambrel/AppBundle.h"
+#include "Ambrel/Application/AppBundle.h"
 
 #include "Support/Builders.h"
 #include "Support/Environment.h"

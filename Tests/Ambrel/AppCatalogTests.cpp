@@ -1,4 +1,4 @@
-#include "Ambrel/AppCatalog.h"
+#include "Ambrel/Application/AppCatalog.h"
 
 #include "Support/Builders.h"
 #include "Support/Environment.h"

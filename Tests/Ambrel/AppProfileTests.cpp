@@ -1,4 +1,4 @@
-#include "Ambrel/AppProfile.h"
+#include "Ambrel/Application/AppProfile.h"
 
 #include "Support/Expect.h"
 

@@ -1,4 +1,4 @@
-#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/GuardedFolder.h"
 #include "Support/Environment.h"
 #include "Support/Sweep.h"

@@ -1,5 +1,5 @@
-#include "Ambrel/InstanceLauncher.h"
-#include "Ambrel/InstanceRegistry.h"
+#include "Ambrel/Instance/InstanceRegistry.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Support/Builders.h"
 #include "Support/Environment.h"

@@ -1,4 +1,4 @@
-#include "Ambrel/Support/IcnsRunLength.h"
+#include "Ambrel/Formats/IcnsRunLength.h"
 
 #include <doctest/doctest.h>
 

@@ -1,7 +1,7 @@
-#include "Ambrel/IconComposer.h"
+#include "Ambrel/Icon/IconComposer.h"
 
-#include "Ambrel/ImageFile.h"
-#include "Ambrel/Support/Icns.h"
+#include "Ambrel/Formats/Icns.h"
+#include "Ambrel/Icon/ImageReader.h"
 #include "Support/Expect.h"
 #include "Support/Pictures.h"
 

@@ -1,4 +1,4 @@
-#include "Ambrel/ImageFile.h"
+#include "Ambrel/Icon/ImageReader.h"
 
 #include "Ambrel/Platform/Images.h"
 #include "Support/Pictures.h"

@@ -1,6 +1,6 @@
-#include "Ambrel/Support/Canvas.h"
-#include "Ambrel/Support/Outline.h"
-#include "Ambrel/Support/Scaling.h"
+#include "Ambrel/Graphics/Canvas.h"
+#include "Ambrel/Graphics/Outline.h"
+#include "Ambrel/Graphics/Scaling.h"
 #include "Support/Pictures.h"
 
 #include <doctest/doctest.h>

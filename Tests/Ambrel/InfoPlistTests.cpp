@@ -1,4 +1,4 @@
-#include "Ambrel/WrapperGenerator.h"
+#include "Ambrel/Wrapper/WrapperGenerator.h"
 
 #include "Ambrel/Platform/FileError.h"
 #include "Support/Builders.h"

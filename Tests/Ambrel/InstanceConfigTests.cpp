@@ -1,6 +1,6 @@
-#include "Ambrel/InstanceConfig.h"
+#include "Ambrel/Instance/InstanceConfig.h"
 
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"

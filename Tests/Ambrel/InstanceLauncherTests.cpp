@@ -1,4 +1,4 @@
-#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 
 #include "Ambrel/Platform/FileSystem.h"
 #include "Support/Builders.h"

@@ -1,6 +1,6 @@
-#include "Ambrel/InstanceRegistry.h"
+#include "Ambrel/Instance/InstanceRegistry.h"
 
-#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Support/Builders.h"
 #include "Support/Environment.h"

@@ -1,6 +1,6 @@
-#include "Ambrel/LabelLayout.h"
+#include "Ambrel/Icon/LabelLayout.h"
 
-#include "Ambrel/IconComposer.h"
+#include "Ambrel/Icon/IconComposer.h"
 
 #include <doctest/doctest.h>
 

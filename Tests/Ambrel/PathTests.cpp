@@ -1,4 +1,4 @@
-#include "Ambrel/Path.h"
+#include "Ambrel/Base/Path.h"
 
 #include "Support/Expect.h"
 

@@ -1,4 +1,4 @@
-#include "Ambrel/Support/PictureHeader.h"
+#include "Ambrel/Formats/PictureHeader.h"
 
 #include "Support/Expect.h"
 #include "Support/Icons.h"

@@ -1,4 +1,4 @@
-#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"

@@ -1,6 +1,6 @@
 #include "Ambrel/Platform/PropertyList.h"
 
-#include "Ambrel/CodingError.h"
+#include "Ambrel/Base/CodingError.h"
 #include "Ambrel/Platform/LibraryError.h"
 #include "Support/Builders.h"
 #include "Support/Expect.h"

@@ -1,4 +1,4 @@
-#include "Ambrel/RunnerLocator.h"
+#include "Ambrel/Wrapper/RunnerLocator.h"
 
 #include "Support/Environment.h"
 #include "Support/Expect.h"

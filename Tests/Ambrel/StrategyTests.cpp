@@ -1,8 +1,8 @@
-#include "Ambrel/Strategy.h"
+#include "Ambrel/Instance/Strategy.h"
 
-#include "Ambrel/AppProfile.h"
-#include "Ambrel/InstanceConfig.h"
-#include "Ambrel/WrapperFactory.h"
+#include "Ambrel/Application/AppProfile.h"
+#include "Ambrel/Instance/InstanceConfig.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
 #include "Support/Builders.h"
 #include "Support/Expect.h"
 

@@ -1,6 +1,6 @@
 #include "Ambrel/Platform/Text.h"
 
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 #include "Support/Expect.h"
 
 #include <string>

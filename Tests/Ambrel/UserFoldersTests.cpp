@@ -1,6 +1,6 @@
-#include "Ambrel/UserFolders.h"
+#include "Ambrel/Home/UserFolders.h"
 
-#include "Ambrel/InstanceLauncher.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"

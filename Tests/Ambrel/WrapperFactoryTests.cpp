@@ -1,4 +1,4 @@
-#include "Ambrel/WrapperFactory.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
 
 #include "Support/Builders.h"
 #include "Support/Environment.h"

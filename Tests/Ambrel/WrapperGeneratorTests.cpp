@@ -1,6 +1,6 @@
-#include "Ambrel/WrapperGenerator.h"
+#include "Ambrel/Wrapper/WrapperGenerator.h"
 
-#include "Ambrel/ImageFile.h"
+#include "Ambrel/Icon/ImageReader.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/Images.h"
 #include "Support/Builders.h"

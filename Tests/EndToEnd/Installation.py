@@ -82,10 +82,10 @@ class Installation(unittest.TestCase):
         headers = sorted(self.prefix.glob("include/**/*.h"))
         names = [str(header.relative_to(self.prefix / "include")) for header in headers]
 
-        self.assertIn("Ambrel/WrapperFactory.h", names)
+        self.assertIn("Ambrel/Wrapper/WrapperFactory.h", names)
         self.assertIn("Ambrel/Platform/UserPaths.h", names)
-        public = r"Ambrel/((Platform/)?\w+|Support/(Canvas|Icns|Image|Outline))\.h"
-        self.assertEqual([name for name in names if not re.fullmatch(public, name)], [])
+        internal = r"Ambrel/(Formats|Home)/.*|.*/(Posix|Linux)/.*|.*(FileSystem|Utf8)\.h"
+        self.assertEqual([name for name in names if re.fullmatch(internal, name)], [])
         for name in names:
             file = self.user.root / "header.cpp"
             file.write_text(f"#include <{name}>\n")

@@ -1,10 +1,10 @@
 // Calls the library from a process of its own, for tests that need another user, another root
 // folder or another locale. Prints one line for each result.
-#include "Ambrel/AppCatalog.h"
-#include "Ambrel/InstanceRegistry.h"
+#include "Ambrel/Application/AppCatalog.h"
+#include "Ambrel/Instance/InstanceRegistry.h"
 #include "Ambrel/Platform/MainBundle.h"
 #include "Ambrel/Platform/UserPaths.h"
-#include "Ambrel/WrapperFactory.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
 
 #include <iostream>
 #include <string>

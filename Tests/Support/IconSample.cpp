@@ -1,4 +1,4 @@
-#include "Ambrel/Support/Icns.h"
+#include "Ambrel/Formats/Icns.h"
 #include "Support/Files.h"
 #include "Support/Icons.h"
 

@@ -1,6 +1,6 @@
 #include "Manager.h"
 
-#include "Ambrel/ImageFile.h"
+#include "Ambrel/Icon/ImageReader.h"
 #include "Ambrel/Platform/Images.h"
 #include "Ambrel/Platform/PropertyList.h"
 #include "Support/Pictures.h"

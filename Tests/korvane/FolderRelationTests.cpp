@@ -1,4 +1,4 @@
-#include "Ambrel/Support/FolderRelation.h"
+#include "Ambrel/Home/FolderRelation.h"
 
 #include "Support/Environment.h"
 #include "Support/Expect.h"

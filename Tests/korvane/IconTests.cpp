@@ -1,8 +1,8 @@
 #include "Manager.h"
 
-#include "Ambrel/IconComposer.h"
-#include "Ambrel/ImageFile.h"
-#include "Ambrel/Support/Icns.h"
+#include "Ambrel/Formats/Icns.h"
+#include "Ambrel/Icon/IconComposer.h"
+#include "Ambrel/Icon/ImageReader.h"
 #include "Support/Pictures.h"
 
 namespace korvane::test {

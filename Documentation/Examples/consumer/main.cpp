@@ -6,8 +6,8 @@
 //
 //   g++ -std=c++20 main.cpp $(pkg-config --static --cflags --libs ambrel)
 
-#include <Ambrel/InstanceRegistry.h>
-#include <Ambrel/WrapperFactory.h>
+#include <Ambrel/Instance/InstanceRegistry.h>
+#include <Ambrel/Wrapper/WrapperFactory.h>
 
 #include <exception>
 #include <iostream>

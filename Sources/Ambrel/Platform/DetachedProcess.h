@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/Path.h"
+#include "Ambrel/Base/Path.h"
 #include "Ambrel/Platform/OwnedFd.h"
 
 #include <memory>

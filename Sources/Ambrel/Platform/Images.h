@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Ambrel/Support/Canvas.h"
-#include "Ambrel/Support/Image.h"
-#include "Ambrel/Support/Outline.h"
+#include "Ambrel/Graphics/Canvas.h"
+#include "Ambrel/Graphics/Image.h"
+#include "Ambrel/Graphics/Outline.h"
 
 #include <memory>
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/InstanceConfig.h"
+#include "Ambrel/Instance/InstanceConfig.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
 
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/InstanceRegistry.h"
+#include "Ambrel/Instance/InstanceRegistry.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
 
 #include <optional>

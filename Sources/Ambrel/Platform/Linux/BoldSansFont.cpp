@@ -1,5 +1,5 @@
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/Images.h"
-#include "Ambrel/Support/Utf8.h"
 
 #include <cstring>
 #include <unicode/ubidi.h>

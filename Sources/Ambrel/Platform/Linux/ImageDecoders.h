@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/Support/Image.h"
+#include "Ambrel/Graphics/Image.h"
 
 #include <optional>
 #include <string_view>

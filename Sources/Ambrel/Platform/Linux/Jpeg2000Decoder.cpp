@@ -1,5 +1,5 @@
+#include "Ambrel/Graphics/NearestByte.h"
 #include "Ambrel/Platform/Linux/ImageDecoders.h"
-#include "Ambrel/Support/NearestByte.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #include "Ambrel/Platform/PropertyList.h"
 
-#include "Ambrel/CodingError.h"
-#include "Ambrel/Support/PropertyListScreen.h"
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/CodingError.h"
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Platform/Linux/PropertyListScreen.h"
 
 #include <cstdlib>
 #include <memory>

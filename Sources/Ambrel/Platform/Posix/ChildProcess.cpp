@@ -1,10 +1,10 @@
 #include "Ambrel/Platform/ChildProcess.h"
 
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Posix/PathBytes.h"
 #include "Ambrel/Platform/Posix/Retry.h"
 #include "Ambrel/Platform/Posix/Spawn.h"
-#include "Ambrel/Support/Utf8.h"
 
 #include <csignal>
 #include <mutex>

@@ -1,6 +1,6 @@
 #include "Ambrel/Platform/FileError.h"
 
-#include "Ambrel/Support/Utf8.h"
+#include "Ambrel/Base/Utf8.h"
 
 #include <cerrno>
 #include <cstring>

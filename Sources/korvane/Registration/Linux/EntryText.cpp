@@ -1,7 +1,7 @@
 #include "korvane/Registration/Linux/EntryText.h"
 
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/ManagerError.h"
 #include "korvane/Messages.h"
 

@@ -1,11 +1,11 @@
 #include "korvane/Registration/Registration.h"
 
-#include "Ambrel/BundleLayout.h"
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/LibraryError.h"
 #include "Ambrel/Platform/PropertyList.h"
 #include "Ambrel/Platform/UserPaths.h"
-#include "Ambrel/Support/Utf8.h"
 #include "korvane/DesktopId.h"
 #include "korvane/InfoPlistKeys.h"
 #include "korvane/InstalledPrograms.h"

@@ -1,9 +1,9 @@
 #include "korvane/Registration/Linux/ThemeIcons.h"
 
-#include "Ambrel/ImageFile.h"
+#include "Ambrel/Graphics/Scaling.h"
+#include "Ambrel/Icon/ImageReader.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Images.h"
-#include "Ambrel/Support/Scaling.h"
 
 #include <optional>
 

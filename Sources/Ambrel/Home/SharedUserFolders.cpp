@@ -1,0 +1,160 @@
+#include "Ambrel/Home/FolderRelation.h"
+#include "Ambrel/Home/UserFolders.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/UserPaths.h"
+
+#include <algorithm>
+
+namespace ambrel {
+
+namespace {
+
+using fileSystem::ItemKind;
+
+/// Runs one step of linking or migration. A step that fails leaves things as they were, the next
+/// one looks for itself, and a start must not fail for want of a link. Returns whether it went
+/// well.
+template <class Step> bool succeeds(const Step& step) noexcept {
+    try {
+        step();
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+/// An unlistable folder counts as empty; it is only ever removed by means that spare its contents.
+std::vector<std::string> entriesOf(const Path& folder) {
+    std::vector<std::string> entries;
+    succeeds([&] { entries = fileSystem::list(folder); });
+    return entries;
+}
+
+void removeIfPossible(const Path& item) noexcept {
+    succeeds([&] { fileSystem::removeItem(item); });
+}
+
+Path numbered(const Path& path, int number) {
+    const auto folder = paths::deletingLastComponent(path);
+    const auto extension = paths::extension(path);
+    std::string name(paths::stem(path));
+    name.append(" (").append(std::to_string(number)).append(")");
+    if (!extension.empty()) name.append(".").append(extension);
+    return paths::join(folder, name);
+}
+
+/// A path at which nothing exists yet: `path` itself, else with " (1)", " (2)", … before its
+/// extension.
+Path uniqueDestination(const Path& path) {
+    Path candidate = path;
+    for (int number = 1; fileSystem::exists(candidate); ++number) {
+        candidate = numbered(path, number);
+    }
+    return candidate;
+}
+
+bool moveInto(const Path& source, const Path& destination, const std::string& entry) {
+    return succeeds([&] {
+        fileSystem::move(paths::join(source, entry),
+                         uniqueDestination(paths::join(destination, entry)));
+    });
+}
+
+/// Empties `source` into `destination` and returns how many entries were moved.
+int moveEntries(const Path& source, const Path& destination) {
+    succeeds([&] { fileSystem::createFolders(destination); });
+    int moved = 0;
+    for (const auto& entry : entriesOf(source)) {
+        if (entry == ".DS_Store") {
+            removeIfPossible(paths::join(source, entry));
+        } else if (moveInto(source, destination, entry)) {
+            ++moved;
+        }
+    }
+    if (entriesOf(source).empty()) removeIfPossible(source);
+    return moved;
+}
+
+void linkOrLeave(const Path& linkPath, const Path& target) {
+    const Path link(paths::withoutTrailingSlashes(linkPath)); // with one, links would be followed
+    if (!target.starts_with('/')) return;                     // the link would lead somewhere else
+    if (!fileSystem::exists(target) || fileSystem::mayBeSameItem(link, target)) return;
+    succeeds([&] { fileSystem::createFolders(Path(paths::deletingLastComponent(link))); });
+    if (fileSystem::kindOf(link) == ItemKind::symbolicLink) return;
+    if (fileSystem::exists(link)) {
+        if (!entriesOf(link).empty()) return;
+        removeIfPossible(link);
+    }
+    succeeds([&] { fileSystem::createSymbolicLink(target, link); });
+}
+
+/// Whether files would be found again at `place`: what is missing outside the home may be on a disk
+/// that is not there now, which would hide them later.
+bool isReachable(const Path& place) {
+    return fileSystem::isFolder(place) || folders::isOrLiesIn(place, userHome());
+}
+
+/// Migrates each shared folder of `home` into the one that `destinationOf` gives for its name, if
+/// any.
+template <class DestinationOf>
+std::map<std::string, int> migrate(const Path& home, const DestinationOf& destinationOf) {
+    std::map<std::string, int> counts;
+    if (home.empty()) return counts;
+    for (const auto name : InstanceLauncher::sharedUserFolders) {
+        const auto source = paths::join(home, name);
+        const std::optional<Path> destination = destinationOf(name);
+        if (!destination || fileSystem::kindOf(source) == ItemKind::symbolicLink) continue;
+        if (fileSystem::mayBeSameItem(source, *destination)) continue; // the user's own home
+        if (fileSystem::exists(source)) {
+            counts[std::string(name)] = moveEntries(source, *destination);
+        }
+        InstanceLauncher::linkIfSafe(source, *destination);
+    }
+    return counts;
+}
+
+} // namespace
+
+void InstanceLauncher::linkIfSafe(const Path& link, const Path& target) noexcept {
+    succeeds([&] { linkOrLeave(link, target); });
+}
+
+void InstanceLauncher::ensureSharedUserFolders(const Path& home) noexcept {
+    if (home.empty()) return; // the links would land wherever the program was started
+    succeeds([&] {
+        UserFolders user(home);
+        for (const auto name : sharedUserFolders) {
+            if (const auto folder = user.find(name)) linkIfSafe(paths::join(home, name), *folder);
+        }
+    });
+}
+
+bool InstanceLauncher::needsSharedFolderMigration(const Path& home) noexcept {
+    if (home.empty()) return false;
+    bool isNeeded = false;
+    succeeds([&] {
+        UserFolders user(home);
+        isNeeded = std::ranges::any_of(sharedUserFolders, [&](std::string_view name) {
+            const auto kind = fileSystem::kindOf(paths::join(home, name));
+            return kind && *kind != ItemKind::symbolicLink && user.find(name).has_value();
+        });
+    });
+    return isNeeded;
+}
+
+std::map<std::string, int> InstanceLauncher::migrateSharedUserFolders(const Path& home) {
+    UserFolders user(home);
+    return migrate(home, [&](std::string_view name) {
+        auto place = user.find(name);
+        return place && isReachable(*place) ? std::move(place) : std::nullopt;
+    });
+}
+
+std::map<std::string, int> InstanceLauncher::migrateSharedUserFolders(const Path& home,
+                                                                      const Path& into) {
+    return migrate(home,
+                   [&](std::string_view name) { return std::optional(paths::join(into, name)); });
+}
+
+} // namespace ambrel
