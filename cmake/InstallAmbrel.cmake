@@ -19,6 +19,7 @@ set(AMBREL_PUBLIC_HEADERS
     Graphics/Outline.h
     Icon/IconComposer.h
     Instance/BundleLayout.h
+    Instance/DesktopId.h
     Instance/InstanceConfig.h
     Instance/InstanceRegistry.h
     Instance/Strategy.h

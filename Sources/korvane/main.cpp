@@ -1,6 +1,7 @@
 #include "Ambrel/Base/Utf8.h"
-#include "korvane/CommandLine.h"
-#include "korvane/ManagerError.h"
+#include "Manager/Base/ManagerError.h"
+#include "korvane/CommandLine/CommandLine.h"
+#include "korvane/Verbs/AllVerbs.h"
 
 #include <iostream>
 #include <unistd.h>
@@ -37,7 +38,7 @@ int report(const korvane::Surroundings& surroundings, const std::string& text, i
 
 int runChecked(const std::vector<std::string>& words, const korvane::Surroundings& surroundings) {
     try {
-        const int status = korvane::CommandLine().run(words, surroundings);
+        const int status = korvane::CommandLine(korvane::allVerbs()).run(words, surroundings);
         if (std::cout.flush()) return status;
         return report(surroundings, "Cannot write the result.", failed);
     } catch (const korvane::UsageError& error) {

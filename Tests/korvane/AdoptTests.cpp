@@ -3,8 +3,8 @@
 #include "Ambrel/Icon/ImageReader.h"
 #include "Ambrel/Platform/Images.h"
 #include "Ambrel/Platform/PropertyList.h"
+#include "Manager/Programs/Linux/EntryCatalog.h"
 #include "Support/Pictures.h"
-#include "korvane/InstalledPrograms.h"
 
 namespace korvane::test {
 

@@ -1,7 +1,7 @@
+#include "Manager/Programs/Linux/Adoption.h"
+#include "Manager/Programs/Linux/DesktopEntry.h"
 #include "Support/Expect.h"
 #include "Support/Programs.h"
-#include "korvane/Adoption.h"
-#include "korvane/DesktopEntry.h"
 
 namespace korvane::test {
 

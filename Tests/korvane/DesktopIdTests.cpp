@@ -1,4 +1,4 @@
-#include "korvane/DesktopId.h"
+#include "Ambrel/Instance/DesktopId.h"
 
 #include "Support/Expect.h"
 
@@ -25,7 +25,7 @@ TEST_CASE("an identifier that can be the name of a desktop entry is the desktop 
     for (const auto& id : Strings{"app.korvane.instance.work", "a.b", "org.example.Mail-2_x",
                                   "_a.-b", "a.--a", "A.B.C.D", ofLength(200)}) {
         CAPTURE(id);
-        CHECK(desktopId(id) == id);
+        CHECK(ambrel::desktopId(id) == id);
     }
 }
 
@@ -35,9 +35,9 @@ TEST_CASE("any other identifier gives a made name of its own") {
          Strings{"", "one", "--a", "app.korvane.instance.2fast", "2.a", ".a", "a.", "a..b", "a.b ",
                  "app.korvane.instance.büro", "a.b/c", "a.b\nc", "a.\xff", "a.$b", ofLength(201)}) {
         CAPTURE(id);
-        made.push_back(desktopId(id));
+        made.push_back(ambrel::desktopId(id));
         CHECK(isDerived(made.back()));
-        CHECK(desktopId(made.back()) == made.back());
+        CHECK(ambrel::desktopId(made.back()) == made.back());
     }
     std::sort(made.begin(), made.end());
     CHECK(std::adjacent_find(made.begin(), made.end()) == made.end());
@@ -45,8 +45,8 @@ TEST_CASE("any other identifier gives a made name of its own") {
 
 TEST_CASE("the made name stays the same for ever") {
     // Its entry, icons and windows are found by it. FNV-1a of "" and "a" as its authors print them.
-    CHECK(desktopId("") == derivedStart + "cbf29ce484222325");
-    CHECK(desktopId("a") == derivedStart + "af63dc4c8601ec8c");
+    CHECK(ambrel::desktopId("") == derivedStart + "cbf29ce484222325");
+    CHECK(ambrel::desktopId("a") == derivedStart + "af63dc4c8601ec8c");
 }
 
 } // namespace korvane::test

@@ -1,10 +1,10 @@
 #include "Registrations.h"
 
+#include "Ambrel/Instance/DesktopId.h"
 #include "Ambrel/Platform/Images.h"
 #include "ForeignEntryReader.h"
+#include "Manager/Desktop/Linux/Categories.h"
 #include "Support/Icons.h"
-#include "korvane/DesktopId.h"
-#include "korvane/Registration/Linux/Categories.h"
 
 #include <algorithm>
 #include <regex>
@@ -155,7 +155,7 @@ TEST_CASE("the longest name and the longest identifier have an entry") {
     const auto bundle = fixture.createCommand(name, {"--bundle-id", id});
     checkEntry(fixture.entry(id), name, runnerIn(bundle), bundle);
     const auto spaced = fixture.createCommand("a b", {"--bundle-id", id + "b"});
-    const auto made = desktopId(id + "b");
+    const auto made = ambrel::desktopId(id + "b");
     checkEntry(fixture.entry(made), "a b", fixture.script(made), spaced);
 }
 
@@ -291,7 +291,7 @@ TEST_CASE("an entry takes over the categories of its program as far as they can 
 TEST_CASE("every category that is let through is one that the checker of entries knows") {
     const TempDir tmp;
     const auto source = readFile(std::string(KORVANE_TEST_SOURCES) +
-                                 "/Sources/korvane/Registration/Linux/Categories.cpp");
+                                 "/Sources/Manager/Desktop/Linux/Categories.cpp");
     std::string all;
     const std::regex pattern("\"([A-Za-z0-9]+)\"");
     for (auto found = std::sregex_iterator(source.begin(), source.end(), pattern);

@@ -1,8 +1,8 @@
 #include "Ambrel/Home/FolderRelation.h"
 
+#include "Manager/Files/NewFolders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
-#include "korvane/NewFolders.h"
 
 namespace korvane::test {
 

@@ -1,6 +1,6 @@
 #include "Manager.h"
 
-#include "korvane/InstanceHome.h"
+#include "Manager/Rules/InstanceHome.h"
 
 namespace korvane::test {
 

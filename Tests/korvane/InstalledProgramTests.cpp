@@ -1,8 +1,8 @@
 #include "Manager.h"
 
-#include "korvane/Platform/InstalledProgram.h"
-#include "korvane/Platform/Linux/LinkedLibraries.h"
-#include "korvane/Platform/Linux/PackageVersion.h"
+#include "Manager/Programs/Linux/LinkedLibraries.h"
+#include "Manager/Programs/Linux/PackageVersion.h"
+#include "Manager/Programs/ProgramTraits.h"
 
 namespace korvane::test {
 

@@ -1,7 +1,7 @@
 #include "Registrations.h"
 
-#include "korvane/DesktopId.h"
-#include "korvane/Registration/Registration.h"
+#include "Ambrel/Instance/DesktopId.h"
+#include "Manager/Desktop/Registration.h"
 
 #include <functional>
 #include <unistd.h>
@@ -122,7 +122,7 @@ TEST_CASE("a file in the place of an icon or the script is not lost") {
 TEST_CASE("what an interrupted registration left is taken up again") {
     const Registrations fixture;
     const auto bundle = fixture.createCommand("Two words", {"--icon", fixture.picture(red)});
-    const auto id = desktopId(fixture.manager.configOf(bundle).bundleId);
+    const auto id = ambrel::desktopId(fixture.manager.configOf(bundle).bundleId);
     const auto complete = fixture.registered();
     REQUIRE(::unlink(fixture.entry(id).c_str()) == 0);
     REQUIRE(::unlink(fixture.icon(id, 16).c_str()) == 0);

@@ -1,6 +1,6 @@
 #include "Registrations.h"
 
-#include "korvane/DesktopId.h"
+#include "Ambrel/Instance/DesktopId.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -176,14 +176,14 @@ TEST_CASE("list and show tell the desktop id and the entry") {
 
     const auto list = manager.json({"list", "--json"});
     REQUIRE(list.size() == 2);
-    CHECK(list[0]["desktopId"] == desktopId("2nd"));
+    CHECK(list[0]["desktopId"] == ambrel::desktopId("2nd"));
     CHECK(list[0]["desktopEntry"].is_null());
     CHECK(list[1]["desktopId"] == work);
     CHECK(list[1]["desktopEntry"] == fixture.entry(work));
     CHECK(manager.json({"show", "Work", "--json"}) == list[1]);
     CHECK(contains(manager.result({"show", "Work"}), fixture.entry(work)));
     const auto shown = manager.result({"show", "2nd"});
-    CHECK(contains(shown, desktopId("2nd")));
+    CHECK(contains(shown, ambrel::desktopId("2nd")));
     CHECK_FALSE(contains(shown, "desktopEntry"));
 }
 

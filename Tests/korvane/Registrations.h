@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Manager.h"
+#include "Manager/Programs/Linux/DesktopEntry.h"
 #include "Support/Pictures.h"
-#include "korvane/DesktopEntry.h"
 
 #include <array>
 

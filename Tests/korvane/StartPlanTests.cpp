@@ -1,7 +1,7 @@
 #include "Manager.h"
 
 #include "Ambrel/Platform/PropertyList.h"
-#include "korvane/ProgramProfile.h"
+#include "Manager/Programs/ProgramProfile.h"
 
 namespace korvane::test {
 
@@ -166,7 +166,7 @@ TEST_CASE("an identifier that is a path leads to no profile") {
 }
 
 TEST_CASE("every installed profile can be read and describes the application it is named after") {
-    const Path folder = KORVANE_TEST_SOURCES "/Sources/korvane/Profiles";
+    const Path folder = KORVANE_TEST_SOURCES "/Sources/Manager/Programs/Linux/Profiles";
     for (const auto& name : namesIn(folder)) {
         CAPTURE(name);
         const auto text = readFile(folder + "/" + name);

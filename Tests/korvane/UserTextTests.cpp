@@ -1,11 +1,12 @@
 #include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/NearestWord.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Rules/UserText.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
 #include "Support/Programs.h"
-#include "korvane/ManagerError.h"
-#include "korvane/Messages.h"
-#include "korvane/Options.h"
-#include "korvane/UserText.h"
+#include "korvane/CommandLine/Options.h"
 
 using korvane::checkedName;
 using korvane::Refusal;

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace korvane {
+
+/// `text` in double quotes for a message, with everything escaped that could fake a line.
+std::string inQuotes(std::string_view text);
+
+/// `word` as a shell takes it back: plain where that is safe, else in single quotes.
+std::string shellWord(std::string_view word);
+
+/// `word` in single quotes, byte for byte, for a script.
+std::string shellQuoted(std::string_view word);
+
+} // namespace korvane

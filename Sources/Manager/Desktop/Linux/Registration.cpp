@@ -1,0 +1,215 @@
+#include "Manager/Desktop/Registration.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Instance/DesktopId.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/LibraryError.h"
+#include "Ambrel/Platform/PropertyList.h"
+#include "Ambrel/Platform/UserPaths.h"
+#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Desktop/Linux/Categories.h"
+#include "Manager/Desktop/Linux/EntryFiles.h"
+#include "Manager/Desktop/Linux/EntryText.h"
+#include "Manager/Programs/Linux/EntryCatalog.h"
+#include "Manager/Rules/InfoPlistKeys.h"
+
+namespace korvane::registration {
+
+using ambrel::BundleLayout;
+using ambrel::InstanceConfig;
+using ambrel::InstanceRecord;
+using ambrel::Path;
+using ambrel::ShortcutKind;
+namespace fileSystem = ambrel::fileSystem;
+
+namespace {
+
+/// What a profile says of the name of its program's windows, and what an application's Info.plist
+/// says of the categories of the program that it was made of.
+
+Places placesFor(const std::string& bundleId) {
+    return {ambrel::desktopId(bundleId), ambrel::userDataFolder()};
+}
+
+/// The bundle itself where the path is a link to it.
+Path bundleOf(const Path& path) {
+    Path bundle{ambrel::paths::withoutTrailingSlashes(path)};
+    if (fileSystem::kindOf(bundle) != fileSystem::ItemKind::symbolicLink) return bundle;
+    return fileSystem::resolved(bundle).value_or(bundle);
+}
+
+std::optional<ExistingEntry> findOwn(const Places& places, const Path& bundle) {
+    auto existing = readEntry(places);
+    if (existing && !existing->isFor(bundle)) existing.reset();
+    return existing;
+}
+
+/// Why what stands in the place of the entry is not touched.
+std::string foreignEntry(const Places& places) {
+    const auto file = ambrel::utf8::oneLine(places.entry());
+    const auto other = readEntry(places);
+    if (!other) return "A desktop entry of the same name is there already: " + file + ".";
+    const auto bundle = ambrel::utf8::oneLine(other->bundle);
+    if (fileSystem::isMissing(other->bundle)) {
+        return "The desktop entry " + file + " stands for " + bundle +
+               ", which is gone. Remove that file if nothing needs it.";
+    }
+    return "The desktop entry " + file + " belongs to the instance at " + bundle + ".";
+}
+
+void requireOwnPlace(const Places& places, const Path& bundle, const std::string& wayOut) {
+    if (!fileSystem::kindOf(places.entry()) || findOwn(places, bundle)) return;
+    throw Refusal(foreignEntry(places) + wayOut);
+}
+
+void requireNoOther(const Places& places, const ambrel::Environment& environment,
+                    const std::string& wayOut) {
+    for (const auto& file : findDesktopEntries(places.fileName(), environment)) {
+        // The user's folder may be among the others too.
+        if (fileSystem::isSameItem(file, places.entry())) continue;
+        throw Refusal("A program is called " + inQuotes(places.id) +
+                      " on the desktop already: " + ambrel::utf8::oneLine(file) + "." + wayOut);
+    }
+}
+
+[[noreturn]] void refuseStranger(const Path& file, const std::string& wayOut) {
+    throw Refusal("In the place of a file that belongs to the desktop entry is another one: " +
+                  ambrel::utf8::oneLine(file) + "." + wayOut);
+}
+
+/// Without an entry nothing may lie where its script and icons go.
+void requireEmptyPlaces(const Places& places, const std::string& wayOut) {
+    if (fileSystem::kindOf(places.entry())) return;
+    if (fileSystem::kindOf(places.script())) refuseStranger(places.script(), wayOut);
+    for (const auto side : themeSides) {
+        if (fileSystem::kindOf(places.icon(side))) refuseStranger(places.icon(side), wayOut);
+    }
+}
+
+std::string overrideOf(const InstanceConfig& config, const char* key) {
+    const auto found = config.infoPlistOverrides.find(key);
+    return found == config.infoPlistOverrides.end() ? "" : found->second;
+}
+
+std::string windowClassOf(const InstanceConfig& config, const std::string& id) {
+    for (const auto* key : {windowClassKey, ambrel::processNameKey}) {
+        if (auto name = overrideOf(config, key); !name.empty()) return name;
+    }
+    return id;
+}
+
+std::string categoriesOfTarget(const Path& target) {
+    try {
+        const auto info = ambrel::readPropertyList(BundleLayout{target}.infoPlist());
+        if (!info) return {};
+        const auto found = info->find(adoptedCategoriesKey);
+        const auto* text = found == info->end() ? nullptr : found->second.string();
+        return text == nullptr ? std::string() : usableCategories(*text);
+    } catch (const ambrel::LibraryError&) {
+        return {}; // a menu has a place for the others too
+    }
+}
+
+std::string categoriesOf(const InstanceConfig& config) {
+    if (config.kind == ShortcutKind::web) return "Network;";
+    std::string categories;
+    if (config.kind == ShortcutKind::app) categories = categoriesOfTarget(config.targetAppPath);
+    return categories.empty() ? "Utility;" : categories;
+}
+
+/// An icon that every desktop's theme has.
+std::string themeIconFor(ShortcutKind kind) {
+    switch (kind) {
+    case ShortcutKind::web:
+        return "applications-internet";
+    case ShortcutKind::file:
+        return "text-x-generic";
+    case ShortcutKind::command:
+        return "utilities-terminal";
+    case ShortcutKind::app:
+        break;
+    }
+    return "application-x-executable";
+}
+
+EntryFiles filesFor(const InstanceConfig& config, const Path& bundle, const Places& places) {
+    const BundleLayout layout{bundle};
+    EntryFiles files;
+    files.icons = themeIconsOf(layout.icon());
+    auto program = layout.runner();
+    if (!isPlainWord(program)) {
+        files.script = openerScript(program);
+        program = places.script();
+    }
+    files.entry = entryText({.name = config.displayName,
+                             .program = program,
+                             .icon = files.icons.empty() ? themeIconFor(config.kind) : places.id,
+                             .windowClass = windowClassOf(config, places.id),
+                             .categories = categoriesOf(config),
+                             .bundle = bundle});
+    return files;
+}
+
+} // namespace
+
+std::optional<Entry> findEntry(const InstanceRecord& record) {
+    const auto places = placesFor(record.config.bundleId);
+    const auto existing = findOwn(places, record.bundleURL);
+    if (!existing) return std::nullopt;
+    return Entry{places.id, places.entry(), existing->bundle};
+}
+
+std::vector<Entry> findFormer(const InstanceRecord& record) noexcept {
+    constexpr std::string_view ending = ".desktop";
+    std::vector<Entry> former;
+    try {
+        const auto own = placesFor(record.config.bundleId);
+        const Path folder(ambrel::paths::deletingLastComponent(own.entry()));
+        for (const auto& name : fileSystem::list(folder)) {
+            if (!name.ends_with(ending) || name == own.fileName()) continue;
+            const Places places{name.substr(0, name.size() - ending.size()), own.data};
+            const auto existing = readEntry(places);
+            if (!existing || !existing->isFor(record.bundleURL)) continue;
+            former.push_back({places.id, places.entry(), existing->bundle});
+        }
+    } catch (const std::exception&) {
+        // What cannot be listed shows nothing either.
+    }
+    return former;
+}
+
+void requireFree(const std::string& bundleId, const Path& bundle,
+                 const ambrel::Environment& environment, const std::string& wayOut) {
+    const auto places = placesFor(bundleId);
+    // A user without a home can have instances, but no entries.
+    if (places.data.empty()) return;
+    requireOwnPlace(places, bundle, " " + wayOut);
+    requireNoOther(places, environment, " " + wayOut);
+    // With the bundle there, add() can tell what an earlier try has left.
+    if (fileSystem::isMissing(bundle)) requireEmptyPlaces(places, " " + wayOut);
+}
+
+Entry add(const InstanceRecord& record) {
+    const auto places = placesFor(record.config.bundleId);
+    if (places.data.empty()) throw Refusal("There is no home folder for desktop entries.");
+    requireOwnPlace(places, record.bundleURL, " It stays as it is.");
+    const auto existing = findOwn(places, record.bundleURL);
+    // One bundle can have several paths; the entry keeps its own.
+    const auto bundle = existing ? existing->bundle : bundleOf(record.bundleURL);
+    const auto files = filesFor(record.config, bundle, places);
+    if (const auto file = findStranger(places, files, existing)) {
+        refuseStranger(*file, " It stays as it is.");
+    }
+    writeFiles(places, files, existing);
+    return {places.id, places.entry(), bundle};
+}
+
+void remove(const Entry& entry) {
+    const Places places{entry.id, ambrel::userDataFolder()};
+    const auto existing = readEntry(places);
+    if (existing && existing->bundle == entry.bundle) removeFiles(places, *existing);
+}
+
+} // namespace korvane::registration

@@ -1,0 +1,56 @@
+#include "Manager/Files/IconConversion.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Icon/IconComposer.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/LibraryError.h"
+#include "Ambrel/Platform/Text.h"
+#include "Manager/Base/ManagerError.h"
+
+#include <array>
+#include <fstream>
+
+namespace korvane {
+
+using ambrel::IconComposer;
+using ambrel::IconLabel;
+using ambrel::Path;
+
+bool isIconFile(const Path& file) {
+    std::array<char, 4> start{};
+    if (ambrel::fileSystem::isFolder(file)) return false;
+    std::ifstream stream(file, std::ios::binary);
+    return stream.read(start.data(), start.size()) &&
+           std::string_view(start.data(), start.size()) == "icns";
+}
+
+void convertToIconFile(const Path& picture, const Path& destination) {
+    try {
+        const IconLabel none{"", "", IconLabel::Position::bottom};
+        IconComposer::compose(picture, none, destination);
+    } catch (const IconComposer::ComposeError& error) {
+        throw Refusal(ambrel::utf8::oneLine(error.description()));
+    }
+}
+
+bool tryConvertToIconFile(const Path& picture, const Path& destination) noexcept {
+    try {
+        convertToIconFile(picture, destination);
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+std::optional<std::string> obstacleTo(const IconLabel& label) {
+    const auto text = ambrel::text::trimmingWhitespace(label.text);
+    if (text.empty()) return std::nullopt;
+    try {
+        if (ambrel::images::BoldSansFont::nearest(text)) return std::nullopt;
+        return "No font with outlines is installed: the icon stays without its label.";
+    } catch (const ambrel::LibraryError& error) {
+        return error.description() + ". The icon stays without its label.";
+    }
+}
+
+} // namespace korvane

@@ -1,0 +1,53 @@
+#include "Manager/Files/StagingFolder.h"
+
+#include "Ambrel/Platform/FileSystem.h"
+
+#include <random>
+#include <utility>
+
+namespace korvane {
+
+using ambrel::Path;
+namespace fileSystem = ambrel::fileSystem;
+
+namespace {
+
+Path randomName() {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::random_device source;
+    Path name = ".korvane-";
+    for (int i = 0; i < 16; ++i) name += digits[source() % digits.size()];
+    return name;
+}
+
+} // namespace
+
+StagingFolder::StagingFolder(const Path& parent) {
+    above_.make(parent);
+    path_ = ambrel::paths::join(parent, randomName());
+    constexpr unsigned ownerOnly = 0700;
+    fileSystem::createFolder(path_, ownerOnly);
+}
+
+StagingFolder::~StagingFolder() {
+    if (path_.empty()) return;
+    try {
+        fileSystem::removeTree(path_);
+    } catch (const std::exception&) {
+        // A hidden folder that stays behind harms nobody, and the first failure is the one to tell.
+    }
+}
+
+void StagingFolder::putInPlace(const Path& built, const Path& place) {
+    fileSystem::move(built, place);
+    above_.keep();
+}
+
+void StagingFolder::exchange(const Path& built, const Path& place) {
+    fileSystem::exchange(built, place);
+    above_.keep();
+}
+
+void StagingFolder::remove() { fileSystem::removeTree(std::exchange(path_, {})); }
+
+} // namespace korvane

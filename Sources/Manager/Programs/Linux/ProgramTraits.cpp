@@ -1,0 +1,120 @@
+#include "Manager/Programs/ProgramTraits.h"
+
+#include "Ambrel/Platform/ChildProcess.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/Pipe.h"
+#include "Manager/Programs/Linux/LinkedLibraries.h"
+#include "Manager/Programs/Linux/PackageVersion.h"
+#include "Manager/Programs/PathSearch.h"
+
+#include <algorithm>
+#include <array>
+#include <fcntl.h>
+#include <fstream>
+
+namespace korvane::installedProgram {
+
+using ambrel::Environment;
+using ambrel::Path;
+namespace fileSystem = ambrel::fileSystem;
+namespace paths = ambrel::paths;
+
+namespace {
+
+std::string osRelease() {
+    for (const char* file : {"/etc/os-release", "/usr/lib/os-release"}) {
+        if (fileSystem::exists(file)) return fileSystem::read(file);
+    }
+    return {};
+}
+
+/// What the package database answers, in one language; empty when the tool fails.
+std::string query(const Path& tool, const std::vector<std::string>& words) {
+    auto pipe = ambrel::Pipe::make();
+    const auto nowhere = std::make_shared<const ambrel::OwnedFd>(
+        ambrel::OwnedFd::open("open", "/dev/null", O_WRONLY));
+    ambrel::ChildProcess process({.executable = tool,
+                                  .arguments = words,
+                                  .environment = Environment{{"LC_ALL", "C"}},
+                                  .standardOutput = pipe.writeEnd,
+                                  .standardError = nowhere});
+    process.launch();
+    auto answer = pipe.readToEnd();
+    process.waitUntilExit();
+    return process.terminationStatus() == 0 ? answer : std::string();
+}
+
+/// Where /bin is a link to /usr/bin, the database may know a file by either path.
+std::vector<Path> namesOf(const Path& file) {
+    constexpr std::string_view merged = "/usr";
+    if (!file.starts_with("/usr/")) return {file};
+    return {file, file.substr(merged.size())};
+}
+
+std::string packageVersion(const Path& program, const Environment& environment) {
+    const auto tool = findProgram("dpkg-query", environment);
+    const auto file = fileSystem::resolved(program);
+    if (!tool || !file) return {};
+    for (const auto& name : namesOf(*file)) {
+        const auto package = owningPackage(query(*tool, {"-S", name}), name);
+        if (package) return query(*tool, {"-W", "-f=${Version}", *package});
+    }
+    return {};
+}
+
+bool isToolkit(const std::string& library, std::initializer_list<std::string_view> names) {
+    return std::any_of(names.begin(), names.end(),
+                       [&](std::string_view name) { return library.starts_with(name); });
+}
+
+/// The kernel starts a script's interpreter by a name of its own. What cannot be read counts as a
+/// script: nothing is known of it, so nothing is changed.
+bool isScript(const Path& program) {
+    if (!fileSystem::isExecutableFile(program)) return true;
+    std::array<char, 2> start{};
+    std::ifstream stream(program, std::ios::binary);
+    const bool isKnown = static_cast<bool>(stream.read(start.data(), start.size()));
+    return !isKnown || std::string_view(start.data(), start.size()) == "#!";
+}
+
+/// Emacs looks for the image of its memory by its name, and ends without it.
+bool actsByItsName(const Path& program, const Path& file) {
+    const auto name = paths::lastComponent(file);
+    return name != paths::lastComponent(program) || name.starts_with("emacs");
+}
+
+} // namespace
+
+std::string signatureOf(const Path& program, const Environment& environment) {
+    try {
+        const auto system = systemName(osRelease());
+        const auto version = upstreamSeries(packageVersion(program, environment));
+        if (system.empty() || !version) return {};
+        return system + " " + *version;
+    } catch (const std::exception&) {
+        // Without an answer nothing is known to have been tried here, and that is what is shown.
+        return {};
+    }
+}
+
+WindowNaming windowNamingOf(const Path& started, const Path& program) {
+    const auto file = fileSystem::resolved(program);
+    if (!file) return {};
+    bool heedsResource = false;
+    bool heedsName = false;
+    for (const auto& library : linkedLibraries(*file)) {
+        heedsResource = heedsResource || isToolkit(library, {"libXt.so", "libQtGui.so",
+                                                             "libQt5Gui.so", "libQt6Gui.so"});
+        heedsName = heedsName || isToolkit(library, {"libgtk-x11-2.0.so", "libgtk-3.so",
+                                                     "libgtk-4.so", "libwx_gtk"});
+    }
+    WindowNaming naming;
+    naming.byProcessName =
+        (heedsName || heedsResource) && !isScript(started) && !actsByItsName(program, *file);
+    if (heedsResource) naming.variables.emplace_back("RESOURCE_NAME"); // X Toolkit Intrinsics
+    return naming;
+}
+
+ambrel::StringMap separatingVariables() { return {{"GSETTINGS_BACKEND", "keyfile"}}; }
+
+} // namespace korvane::installedProgram

@@ -1,0 +1,171 @@
+#include "Manager/Programs/StartPlan.h"
+
+#include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Instance/DesktopId.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Platform/PropertyList.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
+#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Programs/ProgramTraits.h"
+#include "Manager/Rules/InfoPlistKeys.h"
+
+#include <algorithm>
+
+namespace korvane {
+
+using ambrel::AppBundle;
+using ambrel::Path;
+using ambrel::WrapperFactory;
+
+namespace {
+
+std::string replacing(std::string text, std::string_view what, const std::string& by) {
+    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
+        text.replace(at, what.size(), by);
+    }
+    return text;
+}
+
+std::string withDesktopId(const std::string& text, const std::string& desktopId) {
+    auto underscored = desktopId;
+    std::replace(underscored.begin(), underscored.end(), '.', '_');
+    return replacing(replacing(text, desktopIdPlaceholder, desktopId), underscoredIdPlaceholder,
+                     underscored);
+}
+
+/// The program that `adopt` has noted under `key`.
+std::optional<Path> adoptedPath(const AppBundle& app, const char* key) {
+    const auto info = ambrel::readPropertyList(ambrel::BundleLayout{app.url}.infoPlist());
+    if (!info) return std::nullopt;
+    const auto entry = info->find(key);
+    if (entry == info->end()) return std::nullopt;
+    const auto* const path = entry->second.string();
+    const bool isPath = path != nullptr && path->starts_with('/');
+    return isPath ? std::optional(*path) : std::nullopt;
+}
+
+/// What the libraries of the program, or of the terminal that it is opened in, tell.
+WindowName nameByLibraries(const AppBundle& app) {
+    const auto terminal = adoptedPath(app, adoptedTerminalKey);
+    const auto naming =
+        installedProgram::windowNamingOf(app.executableURL(), terminal.value_or(programOf(app)));
+    WindowName name;
+    for (const auto& variable : naming.variables) {
+        name.environment.emplace(variable, desktopIdPlaceholder);
+    }
+    name.byProcessName = naming.byProcessName;
+    return name;
+}
+
+WindowName windowNameFor(const AppBundle& app) {
+    const std::string id{desktopIdPlaceholder};
+    using Engine = WrapperFactory::AppEngine;
+    switch (WrapperFactory::detectEngine(app.url, app.bundleId)) {
+    case Engine::chromium:
+        return {.arguments = {"--class=" + id}, .environment = {}, .startupWmClass = {}};
+    case Engine::firefox:
+        return {
+            .arguments = {"--class", id, "--name", id}, .environment = {}, .startupWmClass = {}};
+    case Engine::eclipse: {
+        auto name = nameByLibraries(app);
+        name.byProcessName = false; // its launcher looks for its settings by that
+        return name;
+    }
+    case Engine::electron:
+    case Engine::other:
+        break;
+    }
+    return nameByLibraries(app);
+}
+
+void addWindowName(StartPlan& plan, const WindowName& name, const std::string& desktopId) {
+    for (const auto& argument : name.arguments) {
+        plan.arguments.push_back(withDesktopId(argument, desktopId));
+    }
+    for (const auto& [key, value] : name.environment) {
+        plan.environment.insert_or_assign(key, withDesktopId(value, desktopId));
+    }
+    for (const auto& [key, value] : name.environment) {
+        if (value == desktopIdPlaceholder) plan.nameVariables.push_back(key);
+    }
+    if (name.byProcessName) plan.processName = desktopId;
+    if (name.startupWmClass) {
+        plan.windowClass = withDesktopId(*name.startupWmClass, desktopId);
+    } else if (!name.arguments.empty()) {
+        plan.windowClass = desktopId;
+    }
+}
+
+void addProfile(StartPlan& plan, ProgramProfile found, const AppBundle& app,
+                const ambrel::Environment& environment) {
+    plan.signature = installedProgram::signatureOf(programOf(app), environment);
+    found.profile = found.profile.reconciled(plan.signature);
+    plan.arguments.insert(plan.arguments.end(), found.profile.extraArgs.begin(),
+                          found.profile.extraArgs.end());
+    for (const auto& [key, value] : found.environment)
+        plan.environment.insert_or_assign(key, value);
+    plan.profile = std::move(found);
+}
+
+} // namespace
+
+StartPlan planStart(const AppBundle& app, const std::string& desktopId, UseProfile use,
+                    const ambrel::Environment& environment) {
+    StartPlan plan;
+    plan.arguments = WrapperFactory::autoDataDirArgs(app.url, app.bundleId);
+    plan.environment = installedProgram::separatingVariables();
+    if (use == UseProfile::no) return plan;
+    if (auto found = findProfile(app.bundleId)) {
+        addProfile(plan, std::move(*found), app, environment);
+    }
+    const bool isSaid = plan.profile && plan.profile->windowName;
+    addWindowName(plan, isSaid ? *plan.profile->windowName : windowNameFor(app), desktopId);
+    return plan;
+}
+
+Path programOf(const AppBundle& app) {
+    return adoptedPath(app, adoptedProgramKey).value_or(app.executableURL());
+}
+
+std::string profileSentence(const StartPlan& plan) {
+    using ambrel::Confidence;
+    const auto& profile = plan.profile->profile;
+    const auto start = "Used the profile of " + inQuotes(profile.displayName);
+    const auto here = plan.signature.empty() ? std::string("this system") : plan.signature;
+    switch (profile.confidence) {
+    case Confidence::verified:
+        return start + ", verified on " + here + ".";
+    case Confidence::community:
+        return start + ", reported to work on " + here + ".";
+    case Confidence::autoDetected:
+        return start + ", which was not tried on " + here + ".";
+    case Confidence::broken:
+        break;
+    }
+    return start + ", which says that it cannot be kept apart.";
+}
+
+void setProcessName(ambrel::InstanceConfig& config, const std::optional<std::string>& name) {
+    auto& overrides = config.infoPlistOverrides;
+    const auto id = ambrel::desktopId(config.bundleId);
+    const auto found = overrides.find(ambrel::processNameKey);
+    const auto old = found == overrides.end() ? id : found->second;
+    for (auto& [variable, value] : config.environment) {
+        if (value == old) value = name.value_or(id); // as RESOURCE_NAME has it
+    }
+    overrides.erase(ambrel::processNameKey);
+    if (name) overrides.emplace(ambrel::processNameKey, *name);
+    const bool isByArgument = std::ranges::any_of(config.extraArgs, [&](const auto& argument) {
+        return argument == id || argument.ends_with("=" + id);
+    });
+    if (isByArgument && name) overrides.emplace(windowClassKey, id);
+}
+
+void requireProcessName(const std::string& name, const std::string& option) {
+    if (ambrel::InstanceLauncher::isUsableProcessName(name)) return;
+    throw Refusal(option + " wants a name without \"/\" and control characters, not " +
+                  inQuotes(name) + ".");
+}
+
+} // namespace korvane

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Ambrel/Application/AppBundle.h"
+#include "Ambrel/Platform/ProcessEnvironment.h"
+#include "Manager/Programs/ProgramProfile.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvane {
+
+enum class UseProfile { yes, no };
+
+/// How an application is started so that its instance is apart and shows under its own name.
+/// Without a profile (UseProfile::no) neither its part nor the windows' name is in it.
+struct StartPlan {
+    std::vector<std::string> arguments; ///< for the engine, of the profile, for the windows' name
+    ambrel::StringMap environment;      ///< values with the placeholder for the instance home
+    std::optional<std::string> processName; ///< absent: the program is started by its own name
+    std::vector<std::string> nameVariables; ///< those in `environment` that name the windows
+    std::optional<std::string> windowClass; ///< the windows' name where none of these decides it
+    std::optional<ProgramProfile> profile;  ///< reconciled with `signature`
+    std::string signature;                  ///< the environment here; empty when not known
+};
+
+/// Looks the profile of `app` up and puts the plan together for an instance that the desktop knows
+/// as `desktopId`. Throws Refusal for a profile that cannot be used.
+StartPlan planStart(const ambrel::AppBundle& app, const std::string& desktopId, UseProfile use,
+                    const ambrel::Environment& environment);
+
+/// The program behind `app`: what an adopted program's launcher starts, else its executable.
+ambrel::Path programOf(const ambrel::AppBundle& app);
+
+/// One sentence on the plan's profile: whose it is and how far it can be trusted here.
+std::string profileSentence(const StartPlan& plan);
+
+/// Gives the instance's program another name to be started by, absent: its own. What else names its
+/// windows by the old one follows; where that is an argument, the windows' name is kept instead.
+void setProcessName(ambrel::InstanceConfig& config, const std::optional<std::string>& name);
+
+/// Throws Refusal for a text that a started program cannot be called, naming `option`.
+void requireProcessName(const std::string& name, const std::string& option);
+
+} // namespace korvane

@@ -1,0 +1,86 @@
+#include "Manager/Rules/DataSafety.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Home/FolderRelation.h"
+#include "Ambrel/Home/UserFolders.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/SessionLinks.h"
+#include "Ambrel/Platform/UserPaths.h"
+#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Rules/InstanceLookup.h"
+
+#include <array>
+
+namespace korvane {
+
+using ambrel::InstanceRecord;
+using ambrel::Path;
+namespace folders = ambrel::folders;
+
+namespace {
+
+constexpr std::array<std::string_view, 5> ownFolders{"Downloads", "Documents", "Desktop", "Library",
+                                                     "Applications"};
+
+/// Everything of the user's that instances share or that this system keeps.
+std::vector<Path> ownPlaces() {
+    const auto user = ambrel::userHome();
+    const auto config = ambrel::userConfigFolder();
+    const auto data = ambrel::userDataFolder();
+    std::vector<Path> places{user, config, data, ambrel::paths::join(config, "korvane"),
+                             ambrel::paths::join(data, "applications")};
+    for (const auto folder : ownFolders) places.push_back(ambrel::paths::join(user, folder));
+    for (auto& folder : ambrel::UserFolders::allSet()) places.push_back(std::move(folder));
+    for (const auto& links : {ambrel::desktopLinks(), ambrel::trashLinks()}) {
+        for (const auto& link : links) places.push_back(link.target);
+    }
+    return places;
+}
+
+void requireApartFromUser(const Path& home) {
+    for (const auto& place : ownPlaces()) {
+        if (!folders::isOrLiesIn(place, home)) continue;
+        throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(home) +
+                      " is or contains your own folder " + ambrel::utf8::oneLine(place) + ".");
+    }
+}
+
+void requireApartFrom(const InstanceRecord& other, const Path& home) {
+    const auto theirs = usableHome(other.config);
+    if (!theirs) return;
+    if (!folders::isOrLiesIn(*theirs, home) && !folders::isOrLiesIn(home, *theirs)) return;
+    throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(home) +
+                  " shares files with the home of the instance " +
+                  inQuotes(other.config.displayName) + ", " + ambrel::utf8::oneLine(*theirs) + ".");
+}
+
+} // namespace
+
+void requireDeletableData(const InstanceRecord& record,
+                          const std::vector<InstanceRecord>& instances) {
+    if (record.config.instanceHome.empty()) return;
+    const auto home = usableHome(record.config);
+    if (!home) {
+        throw Refusal("The data is not deleted: its home " + inQuotes(record.config.instanceHome) +
+                      " is not an absolute path.");
+    }
+    if (ambrel::fileSystem::kindOf(Path(ambrel::paths::withoutTrailingSlashes(record.bundleURL))) ==
+        ambrel::fileSystem::ItemKind::symbolicLink) {
+        throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(record.bundleURL) +
+                      " is only a link to the instance.");
+    }
+    requireApartFromUser(*home);
+    for (const auto& other : instances) {
+        const bool isSelf = other.bundleURL == record.bundleURL ||
+                            ambrel::fileSystem::isSameItem(other.bundleURL, record.bundleURL);
+        if (!isSelf) requireApartFrom(other, *home);
+    }
+    if (ambrel::fileSystem::kindOf(Path(ambrel::paths::withoutTrailingSlashes(*home))) ==
+        ambrel::fileSystem::ItemKind::symbolicLink) {
+        throw Refusal("The data is not deleted: its home " + ambrel::utf8::oneLine(*home) +
+                      " is a link to another folder.");
+    }
+}
+
+} // namespace korvane

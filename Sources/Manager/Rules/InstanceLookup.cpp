@@ -1,0 +1,130 @@
+#include "Manager/Rules/InstanceLookup.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Home/FolderRelation.h"
+#include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/Text.h"
+#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/NearestWord.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Rules/UserText.h"
+
+#include <algorithm>
+
+namespace korvane {
+
+using ambrel::InstanceConfig;
+using ambrel::InstanceRecord;
+using ambrel::InstanceRegistry;
+using ambrel::Path;
+namespace folders = ambrel::folders;
+
+namespace {
+
+std::vector<InstanceRecord> instancesCalled(const std::string& name) {
+    auto records = InstanceRegistry().list();
+    std::erase_if(records,
+                  [&](const InstanceRecord& record) { return record.config.displayName != name; });
+    return records;
+}
+
+[[noreturn]] void refuseUnknown(const std::string& name) {
+    std::vector<std::string> names;
+    for (const auto& record : InstanceRegistry().list()) names.push_back(record.config.displayName);
+    const auto meant = nearest(name, names);
+    throw Refusal("No instance is called " + inQuotes(name) + "." +
+                  (meant.empty() ? "" : " Did you mean " + inQuotes(meant) + "?") +
+                  " See: korvane list");
+}
+
+[[noreturn]] void refuseSeveral(const std::string& name, const std::vector<InstanceRecord>& found) {
+    std::string text =
+        "Several instances are called " + inQuotes(name) + ". Name one of them by its path:";
+    for (const auto& record : found) text += "\n  " + ambrel::utf8::oneLine(record.bundleURL);
+    throw Refusal(text);
+}
+
+/// Says what is wrong with the configuration at `bundle`, if one is there.
+void refuseUnreadable(const Path& bundle) {
+    const auto file = ambrel::BundleLayout{bundle}.instanceJson();
+    if (!ambrel::fileSystem::exists(file)) return;
+    try {
+        InstanceConfig::decode(ambrel::fileSystem::read(file));
+    } catch (const ambrel::DecodingError& error) {
+        throw Refusal("The instance at " + ambrel::utf8::oneLine(bundle) +
+                      " is damaged: its configuration cannot be read. " + error.description());
+    }
+}
+
+/// Whether the two paths are the same bundle; a link beside a bundle is not another instance.
+bool isSameBundle(const Path& left, const Path& right) {
+    return left == right || ambrel::fileSystem::isSameItem(left, right);
+}
+
+} // namespace
+
+InstanceRecord requireInstance(const std::string& name) {
+    const bool isPath = name.find('/') != std::string::npos;
+    if (!isPath) {
+        const auto found = instancesCalled(name);
+        if (found.size() > 1) refuseSeveral(name, found);
+        if (found.size() == 1) return found.front();
+    }
+    if (name.empty()) refuseUnknown(name);
+    const auto path = usablePath(name);
+    if (auto record = InstanceRegistry().recordFor(path)) return *record;
+    if (!isPath) refuseUnknown(name);
+    refuseUnreadable(path);
+    throw Refusal("There is no instance at " + ambrel::utf8::oneLine(path) + ". See: korvane list");
+}
+
+std::vector<InstanceRecord> instancesWith(const Path& folder) {
+    auto folders = InstanceRegistry::defaultSearchDirs();
+    const bool known = std::any_of(folders.begin(), folders.end(), [&](const Path& candidate) {
+        return folders::areSame(candidate, folder);
+    });
+    if (!known) folders.push_back(folder);
+    return InstanceRegistry(folders).list();
+}
+
+std::string nameFor(const InstanceRecord& record) {
+    const auto found = instancesCalled(record.config.displayName);
+    const bool finds = found.size() == 1 && isSameBundle(found.front().bundleURL, record.bundleURL);
+    return finds ? record.config.displayName : record.bundleURL;
+}
+
+std::optional<Path> usableHome(const InstanceConfig& config) {
+    auto home = config.resolvedHome();
+    if (!home.starts_with('/')) return std::nullopt;
+    return home;
+}
+
+void requireOwnHome(const InstanceConfig& config, const Path& self,
+                    const std::vector<InstanceRecord>& instances, const std::string& wayOut) {
+    const auto home = usableHome(config);
+    if (!home) return;
+    for (const auto& other : instances) {
+        const auto theirs = usableHome(other.config);
+        if (isSameBundle(other.bundleURL, self) || !theirs) continue;
+        if (!folders::areSame(*home, *theirs)) continue;
+        throw Refusal("The home " + ambrel::utf8::oneLine(*home) + " belongs to the instance " +
+                      inQuotes(other.config.displayName) + " (" +
+                      ambrel::utf8::oneLine(other.bundleURL) + "). " + wayOut);
+    }
+}
+
+void requireOwnBundleId(const InstanceConfig& config, const Path& self,
+                        const std::vector<InstanceRecord>& instances) {
+    const auto own = ambrel::text::lowercased(config.bundleId);
+    for (const auto& other : instances) {
+        if (isSameBundle(other.bundleURL, self)) continue;
+        if (ambrel::text::lowercased(other.config.bundleId) != own) continue;
+        throw Refusal("The bundle identifier " + inQuotes(config.bundleId) +
+                      " belongs to the instance " + inQuotes(other.config.displayName) + " (" +
+                      ambrel::utf8::oneLine(other.bundleURL) +
+                      "). Choose another one with --bundle-id.");
+    }
+}
+
+} // namespace korvane

@@ -1,0 +1,175 @@
+#include "korvane/CommandLine/CommandLine.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/NearestWord.h"
+#include "Manager/Base/Quoting.h"
+#include "korvane/CommandLine/HelpFormatter.h"
+#include "korvane/CommandLine/Options.h"
+#include "korvane/Version.h"
+
+#include <algorithm>
+#include <ostream>
+
+namespace korvane {
+
+namespace {
+
+bool asksForHelp(const std::string& word) { return word == "-h" || word == "--help"; }
+
+std::string firstWord(const std::string& name) { return name.substr(0, name.find(' ')); }
+
+void addUnlessKnown(std::vector<std::string>& names, const std::string& name) {
+    if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+}
+
+std::string guess(const std::string& typed, const std::vector<std::string>& known) {
+    const auto meant = nearest(typed, known);
+    return meant.empty() ? "" : " Did you mean \"" + meant + "\"?";
+}
+
+std::vector<std::string> optionNames(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const auto* option : app.get_options()) {
+        for (const auto& name : option->get_lnames()) names.push_back("--" + name);
+    }
+    return names;
+}
+
+[[noreturn]] void refuseExtras(const CLI::App& app, const Verb& verb) {
+    auto extras = app.remaining();
+    std::erase(extras, "--");
+    const auto first = extras.empty() ? std::string("--") : extras.front();
+    const auto name = first.substr(0, first.find('='));
+    const auto meant = name.starts_with("--") ? guess(name, optionNames(app)) : "";
+    throw UsageError(inQuotes(first) + " is not expected here." + meant +
+                     (first.starts_with('-') ? " What begins with \"-\" but is no option goes "
+                                               "behind \"--\"."
+                                             : "") +
+                     " See: korvane " + verb.name + " --help");
+}
+
+int parseAndRun(const Verb& verb, const std::vector<std::string>& words,
+                const Surroundings& surroundings) {
+    CLI::App app(verb.summary, "korvane " + verb.name);
+    app.formatter(
+        std::make_shared<HelpFormatter>(verb.examples, verb.rules.trailingAfter.has_value()));
+    app.set_help_flag("-h,--help", "Show this help");
+    const auto action = verb.declare(app, surroundings);
+    auto [parsed, trailing] = options::arrange(app, words, verb.rules);
+    std::reverse(parsed.begin(), parsed.end());
+    try {
+        app.parse(std::move(parsed));
+    } catch (const CLI::CallForHelp&) {
+        surroundings.results << app.help();
+        return 0;
+    } catch (const CLI::ParseError& error) {
+        // A mistyped option also leaves a required word missing; it is the better thing to name.
+        if (app.remaining_size() > 0) refuseExtras(app, verb);
+        throw UsageError(ambrel::utf8::oneLine(error.what()) + ". See: korvane " + verb.name +
+                         " --help");
+    }
+    return action(trailing);
+}
+
+} // namespace
+
+CommandLine::CommandLine(std::vector<Verb> verbs) : verbs_(std::move(verbs)) {}
+
+int CommandLine::run(const std::vector<std::string>& words,
+                     const Surroundings& surroundings) const {
+    if (words.empty()) {
+        surroundings.messages << overview("");
+        throw UsageError("Which command?");
+    }
+    const auto& first = words.front();
+    if (first == "--version") {
+        surroundings.results << "korvane " << version << '\n';
+        return 0;
+    }
+    if (asksForHelp(first) || first == "help") {
+        return help({words.begin() + 1, words.end()}, surroundings);
+    }
+    if (words.size() == 2 && asksForHelp(words[1]) && find(first) == nullptr) {
+        return help({first}, surroundings);
+    }
+    const auto& verb = requireVerb(words);
+    const auto used = verb.name.find(' ') == std::string::npos ? 1 : 2;
+    return parseAndRun(verb, {words.begin() + used, words.end()}, surroundings);
+}
+
+const Verb* CommandLine::find(const std::string& name) const {
+    const auto found = std::find_if(verbs_.begin(), verbs_.end(),
+                                    [&](const Verb& verb) { return verb.name == name; });
+    return found == verbs_.end() ? nullptr : &*found;
+}
+
+const Verb& CommandLine::requireVerb(const std::vector<std::string>& words) const {
+    const auto& first = words.front();
+    if (words.size() > 1) {
+        if (const auto* verb = find(first + " " + words[1])) return *verb;
+    }
+    if (const auto* verb = find(first)) return *verb;
+    const auto below = namesBelow(first);
+    if (below.empty()) {
+        throw UsageError(inQuotes(first) + " is no command." + guess(first, namesBelow("")) +
+                         " See: korvane --help");
+    }
+    const auto typed = words.size() > 1 ? words[1] : "";
+    std::string list;
+    for (const auto& name : below) list += (list.empty() ? "" : ", ") + name;
+    throw UsageError(inQuotes(first) + " wants one of: " + list + "." + guess(typed, below) +
+                     " See: korvane " + first + " --help");
+}
+
+/// The second words of the verbs that begin with `group`, or the first words of all of them.
+std::vector<std::string> CommandLine::namesBelow(const std::string& group) const {
+    std::vector<std::string> names;
+    for (const auto& verb : verbs_) {
+        if (group.empty()) addUnlessKnown(names, firstWord(verb.name));
+        if (!group.empty() && verb.name.starts_with(group + " ")) {
+            names.push_back(verb.name.substr(group.size() + 1));
+        }
+    }
+    return names;
+}
+
+std::string CommandLine::overview(const std::string& group) const {
+    std::string text =
+        group.empty() ? "korvane runs several isolated copies of an application, and turns a web "
+                        "site, a\ndocument or a command into an application of its own.\n\n"
+                      : "";
+    text += "Examples:\n";
+    for (const auto& verb : verbs_) {
+        const bool shown = group.empty() ? verb.name == "adopt" || verb.name == "create app" ||
+                                               verb.name == "open" || verb.name == "list"
+                                         : verb.name.starts_with(group + " ");
+        if (shown && !verb.examples.empty()) text += "  " + verb.examples.front() + "\n";
+    }
+    text += "\nUsage: korvane " + (group.empty() ? "" : group + " ") + "COMMAND [OPTIONS]\n\n";
+    text += "Commands:\n";
+    for (const auto& verb : verbs_) {
+        if (!group.empty() && !verb.name.starts_with(group + " ")) continue;
+        text += "  " + verb.name +
+                std::string(verb.name.size() < 16 ? 16 - verb.name.size() : 1, ' ') + verb.summary +
+                "\n";
+    }
+    text += "\nkorvane COMMAND --help tells more about one command; korvane --version shows the "
+            "version.\n";
+    return text;
+}
+
+int CommandLine::help(const std::vector<std::string>& words,
+                      const Surroundings& surroundings) const {
+    if (words.empty() || asksForHelp(words.front())) {
+        surroundings.results << overview("");
+        return 0;
+    }
+    if (words.size() == 1 && find(words.front()) == nullptr && !namesBelow(words.front()).empty()) {
+        surroundings.results << overview(words.front());
+        return 0;
+    }
+    return parseAndRun(requireVerb(words), {"--help"}, surroundings);
+}
+
+} // namespace korvane

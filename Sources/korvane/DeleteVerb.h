@@ -1,9 +1,0 @@
-#pragma once
-
-#include "korvane/CommandLine.h"
-
-namespace korvane {
-
-Verb deleteVerb();
-
-} // namespace korvane

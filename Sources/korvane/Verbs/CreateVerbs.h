@@ -1,0 +1,12 @@
+#pragma once
+
+#include "korvane/CommandLine/Verb.h"
+
+namespace korvane {
+
+Verb createAppVerb();
+Verb createWebVerb();
+Verb createFileVerb();
+Verb createCommandVerb();
+
+} // namespace korvane

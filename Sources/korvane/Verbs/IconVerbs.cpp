@@ -1,0 +1,193 @@
+#include "korvane/Verbs/IconVerbs.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Formats/IcnsLint.h"
+#include "Ambrel/Icon/IconComposer.h"
+#include "Ambrel/Icon/ImageReader.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Base/ManagerError.h"
+#include "Manager/Files/ContactSheet.h"
+#include "Manager/Files/IconConversion.h"
+#include "Manager/Files/StagingFolder.h"
+#include "Manager/Rules/UserText.h"
+#include "korvane/CommandLine/Options.h"
+#include "korvane/Output/JsonOutput.h"
+#include "korvane/Output/Messages.h"
+#include "korvane/Output/Table.h"
+
+#include <ostream>
+
+namespace korvane {
+
+using ambrel::IconComposer;
+using ambrel::IconLabel;
+using ambrel::Path;
+namespace fileSystem = ambrel::fileSystem;
+namespace icns = ambrel::icns;
+
+namespace {
+
+struct IconOptions {
+    std::string source;
+    std::optional<std::string> label;
+    std::optional<std::string> color;
+    std::optional<std::string> position;
+    std::optional<std::string> output;
+    std::optional<std::string> preview;
+};
+
+IconLabel labelFrom(const IconOptions& options) {
+    if (!options.label && (options.color || options.position)) {
+        throw UsageError("--color and --position want the text of the --label.");
+    }
+    const auto text = options.label.value_or("");
+    requireUtf8(text, "--label");
+    return {text, checkedColor(options.color.value_or("FFFFFF")),
+            enumFrom<IconLabel::Position>(options.position.value_or("bottom"), "--position")};
+}
+
+void compose(const Path& source, const IconLabel& label, const Path& destination) {
+    try {
+        IconComposer::compose(source, label, destination);
+    } catch (const IconComposer::ComposeError& error) {
+        throw Refusal(ambrel::utf8::oneLine(error.description()));
+    }
+}
+
+/// The seven images as they stand in the file, drawn onto a PNG picture.
+void writePreview(const Path& icon, const Path& destination) {
+    const auto sheet = contactSheet(ambrel::imagesIn(fileSystem::read(icon)));
+    fileSystem::replace(destination, ambrel::images::encodePng(sheet));
+}
+
+int makeIcon(const IconOptions& options, const Surroundings& surroundings) {
+    const auto label = labelFrom(options);
+    if (!options.output && !options.preview) {
+        throw UsageError("Where to? Give --output FILE, --preview FILE or both.");
+    }
+    const auto source = usablePath(options.source);
+    if (options.output) {
+        const auto output = usablePath(*options.output);
+        compose(source, label, output);
+        surroundings.results << output << '\n';
+    }
+    if (options.preview) {
+        const auto preview = usablePath(*options.preview);
+        // Drawn from a file in any case, so that it shows what a file holds.
+        StagingFolder staging(Path(ambrel::paths::deletingLastComponent(preview)));
+        const auto icon = ambrel::paths::join(staging.path(), "icon.icns");
+        compose(source, label, icon);
+        writePreview(icon, preview);
+        surroundings.results << preview << '\n';
+    }
+    if (const auto obstacle = obstacleTo(label)) warn(surroundings, *obstacle);
+    return 0;
+}
+
+std::string sizeText(const icns::LintEntry& entry) {
+    if (entry.width == 0) return "-";
+    return std::to_string(entry.width) + " x " + std::to_string(entry.height);
+}
+
+std::string_view showingText(icns::Showing showing) {
+    switch (showing) {
+    case icns::Showing::shows:
+        return "shows";
+    case icns::Showing::doesNotShow:
+        return "does not show";
+    case icns::Showing::noPicture:
+        break;
+    }
+    return "no picture";
+}
+
+void writeTable(const icns::LintReport& report, const Surroundings& surroundings) {
+    Table table;
+    table.add({"TYPE", "PIXELS", "DATA", "BYTES", "IN A BUNDLE", "REMARK"});
+    for (const auto& entry : report.entries) {
+        table.add({entry.type.name(), sizeText(entry), std::string(nameOf(entry.payload)),
+                   std::to_string(entry.bytes), std::string(showingText(entry.showing)),
+                   entry.remark});
+    }
+    table.write(surroundings.results);
+}
+
+void writeJson(const icns::LintReport& report, const Surroundings& surroundings) {
+    auto elements = nlohmann::json::array();
+    for (const auto& entry : report.entries) {
+        elements.push_back({{"type", entry.type.name()},
+                            {"width", entry.width},
+                            {"height", entry.height},
+                            {"data", nameOf(entry.payload)},
+                            {"bytes", entry.bytes},
+                            {"inBundle", showingText(entry.showing)},
+                            {"remark", entry.remark}});
+    }
+    json::write({{"elements", elements}, {"defect", report.defect}, {"clean", report.isClean()}},
+                surroundings.results);
+}
+
+struct LintOptions {
+    std::string file;
+    bool asJson = false;
+};
+
+int lint(const LintOptions& options, const Surroundings& surroundings) {
+    const auto file = usablePath(options.file);
+    const auto bytes = fileSystem::read(file);
+    if (!bytes.starts_with("icns")) {
+        throw Refusal(ambrel::utf8::oneLine(file) + " is no Apple icon file.");
+    }
+    const auto report = icns::lint(bytes, ambrel::decodePayload);
+    if (options.asJson) {
+        writeJson(report, surroundings);
+    } else {
+        writeTable(report, surroundings);
+    }
+    if (!report.defect.empty()) warn(surroundings, "The file is not whole: " + report.defect + ".");
+    say(surroundings, report.isClean() ? "Everything in it shows in a bundle."
+                                       : "Not everything in it shows in a bundle.");
+    return report.isClean() ? 0 : 1;
+}
+
+} // namespace
+
+Verb iconVerb() {
+    return {
+        "icon",
+        "Make an icon file of a picture, with a label if you like.",
+        {"korvane icon photo.jpg --output photo.icns",
+         "korvane icon App.icns --label Work --color FFCC00 --position top -o Work.icns",
+         "korvane icon App.icns --label Work --preview sheet.png", "korvane icon lint App.icns"},
+        [](CLI::App& app, const Surroundings& surroundings) -> Action {
+            const auto given = std::make_shared<IconOptions>();
+            options::text(app, "SOURCE", given->source, "A picture of any usual format")
+                ->required();
+            options::text(app, "--label", given->label, "A text to draw onto it");
+            options::text(app, "--color", given->color, "Its color (default: FFFFFF)")
+                ->type_name("RRGGBB");
+            options::text(app, "--position", given->position,
+                          "bottom, center or top (default: bottom)");
+            options::text(app, "-o,--output", given->output,
+                          "The icon file to write, in place of what is there")
+                ->type_name("FILE");
+            options::text(app, "--preview", given->preview,
+                          "Show its seven sizes, on light and on dark, in a PNG picture")
+                ->type_name("FILE");
+            return [given, &surroundings](const auto&) { return makeIcon(*given, surroundings); };
+        }};
+}
+
+Verb iconLintVerb() {
+    return {"icon lint",
+            "Tell what in an icon file will not show in a bundle, and why.",
+            {"korvane icon lint App.icns"},
+            [](CLI::App& app, const Surroundings& surroundings) -> Action {
+                const auto given = std::make_shared<LintOptions>();
+                options::text(app, "FILE", given->file, "The icon file")->required();
+                options::flag(app, "--json", given->asJson, "Write JSON");
+                return [given, &surroundings](const auto&) { return lint(*given, surroundings); };
+            }};
+}
+
+} // namespace korvane
