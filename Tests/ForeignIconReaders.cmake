@@ -18,7 +18,7 @@ find_program(KORVANE_PYTHON_WITH_PILLOW NAMES python3 VALIDATOR korvane_has_pill
 find_program(KORVANE_ICNS2PNG NAMES icns2png DOC "icns2png (Debian: icnsutils)")
 
 add_test(NAME "IcnsForeignReaders: Pillow and icnsutils find every picture and pixel"
-    COMMAND "${KORVANE_PYTHON_WITH_PILLOW}" "${CMAKE_CURRENT_SOURCE_DIR}/Ambrel/IcnsForeignReaders.py"
+    COMMAND "${KORVANE_PYTHON_WITH_PILLOW}" "${CMAKE_CURRENT_SOURCE_DIR}/Ambrel/Formats/IcnsForeignReaders.py"
         $<TARGET_FILE:korvane-test-icon> "${KORVANE_ICNS2PNG}")
 set_tests_properties("IcnsForeignReaders: Pillow and icnsutils find every picture and pixel"
     PROPERTIES TIMEOUT 120)

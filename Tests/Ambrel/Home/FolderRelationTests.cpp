@@ -1,6 +1,5 @@
 #include "Ambrel/Home/FolderRelation.h"
 
-#include "Manager/Files/NewFolders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
 
@@ -50,36 +49,6 @@ TEST_CASE("a folder lies in another one by their text alone") {
     CHECK_FALSE(isOrLiesInByText("/a", "/a/b"));
     CHECK_FALSE(isOrLiesInByText("/", "/a"));
     CHECK_FALSE(isOrLiesInByText("/a/../b", "/a"));
-}
-
-TEST_CASE("folders that were made for nothing go again, and only those") {
-    const TempDir tmp;
-    makeFolder(tmp / "old");
-    {
-        NewFolders made;
-        made.make(tmp / "old/a/b");
-        made.makePrivate(tmp / "old/home");
-        CHECK(modeOf(tmp / "old/home") == 0700);
-    }
-
-    CHECK(namesIn(tmp / "old") == Strings{});
-}
-
-TEST_CASE("folders that hold something by then, or are to be kept, stay") {
-    const TempDir tmp;
-    {
-        NewFolders made;
-        made.make(tmp / "a/b");
-        writeFile(tmp / "a/file");
-    }
-    {
-        NewFolders made;
-        made.make(tmp / "kept/b");
-        made.keep();
-    }
-
-    CHECK(namesIn(tmp / "a") == Strings{"file"});
-    CHECK(isRealFolder(tmp / "kept/b"));
 }
 
 } // namespace korvane::test
