@@ -35,6 +35,7 @@ set(AMBREL_PUBLIC_HEADERS
     Platform/PropertyList.h
     Platform/SystemTools.h
     Platform/UserPaths.h
+    Platform/UserPlaces.h
     Web/WebBadge.h
     Wrapper/RunnerLocator.h
     Wrapper/WrapperFactory.h
