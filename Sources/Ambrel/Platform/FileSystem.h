@@ -67,14 +67,15 @@ void createSymbolicLink(const Path& target, const Path& link);
 /// followed. A folder with entries is never removed.
 void removeItem(const Path& path);
 /// Removes the item with all it holds, never going through a symbolic link, not even where `path`
-/// ends in a slash. After a failure a part may remain.
+/// ends in a slash. Write-protected folders in it are no obstacle to their owner. After a failure a
+/// part may remain, with the modes that it had.
 void removeTree(const Path& path);
 
 /// Moves `source` to `destination`, where nothing may exist, not even a dangling link. Across file
 /// systems a complete copy is made first (modes, times, extended attributes, links as links) under
 /// a temporary name, made durable and put in place; only then is the source removed. A failed copy
 /// leaves the source whole and no remains. What was added to or changed in the source meanwhile
-/// stays there.
+/// stays there. Write-protected folders are no obstacle to their owner and stay so.
 void move(const Path& source, const Path& destination);
 /// Exchanges two existing items in one step, so that neither name is ever without one.
 void exchange(const Path& left, const Path& right);

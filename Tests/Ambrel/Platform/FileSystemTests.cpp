@@ -413,18 +413,68 @@ TEST_CASE("a relative path in a working directory that is gone lies nowhere") {
 
 TEST_CASE("a recursive remove without permission fails with the system's reason") {
     const TempDir tmp;
-    writeFile(tmp / "locked/sub/file", "kept");
+    writeFile(tmp / "locked/tree/sub/file");
     giveToOrdinaryUser(tmp.path());
-    setMode(tmp / "locked/sub", 0555);
+    setMode(tmp / "locked/tree", 0555);
+    setMode(tmp / "locked", 0555);
 
     const auto said = asOrdinaryUser([&]() -> std::string {
-        fileSystem::removeTree(tmp / "locked");
+        fileSystem::removeTree(tmp / "locked/tree");
         return "removed";
     });
 
-    CHECK(beginsWith(said, "threw: Cannot "));
-    CHECK(contains(said, ": Permission denied"));
-    CHECK(readFile(tmp / "locked/sub/file") == "kept");
+    CHECK(said == "threw: Cannot remove " + (tmp / "locked/tree") + ": Permission denied");
+    CHECK(isRealFolder(tmp / "locked/tree"));
+    CHECK(modeOf(tmp / "locked/tree") == 0555);
+    CHECK(modeOf(tmp / "locked") == 0555);
+}
+
+TEST_CASE("a recursive remove takes the owner's write-protected folders and no other's rights") {
+    const TempDir tmp;
+    for (const mode_t mode : {0555U, 0500U, 0311U, 0111U, 0400U, 0000U}) {
+        CAPTURE(mode);
+        writeFile(tmp / "tree/sub/inner/file");
+        writeFile(tmp / "outside/file", "kept");
+        makeLink(tmp / "tree/sub/link", tmp / "outside");
+        giveToOrdinaryUser(tmp.path());
+        setMode(tmp / "outside", 0555);
+        setMode(tmp / "tree/sub/inner", mode);
+        setMode(tmp / "tree/sub", mode);
+        setMode(tmp / "tree", mode);
+
+        const auto said = asOrdinaryUser([&]() -> std::string {
+            fileSystem::removeTree(tmp / "tree");
+            return "removed";
+        });
+
+        CHECK(said == "removed");
+        CHECK(namesIn(tmp.path()) == Strings{"outside"});
+        CHECK(readFile(tmp / "outside/file") == "kept");
+        CHECK(modeOf(tmp / "outside") == 0555);
+        setMode(tmp / "outside", 0755);
+    }
+}
+
+TEST_CASE("a recursive remove takes write-protected folders at any depth") {
+    const TempDir tmp;
+    giveToOrdinaryUser(tmp.path());
+
+    const auto said = asOrdinaryUser([&]() -> std::string {
+        Path folder = tmp / "tree";
+        std::vector<Path> folders;
+        for (int level = 0; level < 250; ++level) {
+            folders.push_back(makeFolder(folder));
+            folder += "/d";
+        }
+        for (auto locked = folders.rbegin(); locked != folders.rend(); ++locked) {
+            setMode(*locked, 0555);
+        }
+        fileSystem::removeTree(tmp / "tree");
+        return "removed";
+    });
+
+    CHECK(said == "removed");
+    CHECK_FALSE(isThere(tmp / "tree"));
 }
 
 TEST_CASE("a move never replaces what stands at the destination, not even a dangling link") {
@@ -475,6 +525,58 @@ TEST_CASE("a move across file systems keeps modes, times, attributes and links")
     fileSystem::move(there / "moved", here / "back");
     checkRichTree(here / "back");
     CHECK(namesIn(there.path()).empty());
+}
+
+TEST_CASE("an owner's write-protected folders are moved and stay write-protected") {
+    const TempDir here;
+    const TempDir elsewhere = TempDir::onAnotherFileSystemThan(here);
+    makeFolder(here / "folder");
+    for (const auto& destination : {here / "folder/moved", elsewhere / "moved"}) {
+        CAPTURE(destination);
+        makeRichTree(here / "tree");
+        setMode(here / "tree/sub", 0500);
+        setMode(here / "tree", 0555);
+        giveToOrdinaryUser(here.path());
+        giveToOrdinaryUser(elsewhere.path());
+        setMode(here / "tree/hollow", 02770); // which the new owner has cleared
+
+        const auto said = asOrdinaryUser([&]() -> std::string {
+            fileSystem::move(here / "tree", destination);
+            return "moved";
+        });
+
+        CHECK(said == "moved");
+        CHECK(namesIn(here.path()) == Strings{"folder"});
+        CHECK(modeOf(destination) == 0555);
+        CHECK(modeOf(destination + "/sub") == 0500);
+        checkRichTree(destination);
+    }
+}
+
+TEST_CASE("a write-protected folder that cannot be moved stays where and as it is") {
+    const TempDir here;
+    const TempDir elsewhere = TempDir::onAnotherFileSystemThan(here);
+    writeFile(here / "locked/tree/sub/file", "kept");
+    writeFile(here / "taken/file", "taken");
+    writeFile(here / "tree/sub/file", "kept");
+    giveToOrdinaryUser(here.path());
+    giveToOrdinaryUser(elsewhere.path());
+    for (const auto* folder : {"locked/tree/sub", "locked/tree", "locked", "tree/sub", "tree"}) {
+        setMode(here / folder, 0555);
+    }
+
+    const auto moveOf = [](const Path& from, const Path& to) {
+        return asOrdinaryUser([&]() -> std::string {
+            fileSystem::move(from, to);
+            return "moved";
+        });
+    };
+    const auto before = snapshot(here.path());
+    CHECK(beginsWith(moveOf(here / "tree", here / "taken/file"), "threw: Cannot move"));
+    CHECK(beginsWith(moveOf(here / "locked/tree", here / "taken/x"), "threw: Cannot move"));
+    CHECK(beginsWith(moveOf(here / "tree", here / "locked/x"), "threw: Cannot move"));
+
+    CHECK(snapshot(here.path()) == before);
 }
 
 TEST_CASE("a move across file systems carries a single file, a link and a large file") {

@@ -5,6 +5,7 @@
 #include "Ambrel/Platform/Posix/ExtendedAttributes.h"
 #include "Ambrel/Platform/Posix/Folder.h"
 #include "Ambrel/Platform/Posix/Retry.h"
+#include "Ambrel/Platform/Posix/UnlockedFolder.h"
 
 #include <array>
 #include <fcntl.h>
@@ -149,7 +150,9 @@ std::size_t removeCopiedAt(const Place& place, const CopiedItem& item, bool& com
 /// A folder that cannot be opened keeps its entries, and then cannot be removed itself.
 std::size_t removeCopiedEntries(const Place& place, const CopiedItem& item, bool& complete) {
     try {
-        const auto folder = Folder::openAt(place.folder, place.name, place.path, "remove");
+        const auto unlocked =
+            UnlockedFolder::openAt(place.folder, place.name, place.path, "remove");
+        const auto& folder = unlocked.folder();
         std::size_t removed = 0;
         for (const auto& entry : item.entries) {
             removed += removeCopiedAt({folder.fd(), entry.name, folder.pathOf(entry.name)}, entry,

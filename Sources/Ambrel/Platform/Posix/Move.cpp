@@ -5,6 +5,7 @@
 #include "Ambrel/Platform/Posix/ExclusiveRename.h"
 #include "Ambrel/Platform/Posix/PathBytes.h"
 #include "Ambrel/Platform/Posix/Retry.h"
+#include "Ambrel/Platform/Posix/UnlockedFolder.h"
 
 #include <cstdio>
 #include <fcntl.h>
@@ -68,12 +69,21 @@ void moveAcrossFileSystems(const Path& source, const Path& destination) {
     throw FileError("remove all of", source, EBUSY);
 }
 
+/// Going into another folder changes what ".." is in a folder, which a write-protected one refuses
+/// even its owner.
+int renameUnlocked(const Path& from, const Path& to) {
+    if (kindOf(from) != ItemKind::folder) return EACCES;
+    const auto folder = UnlockedFolder::openAt(AT_FDCWD, from, from, "move");
+    return folder.wasLocked() ? renameExclusively(from.c_str(), to.c_str()) : EACCES;
+}
+
 } // namespace
 
 void move(const Path& source, const Path& destination) {
     const Path from(paths::withoutTrailingSlashes(source));
     const Path to(paths::withoutTrailingSlashes(destination));
-    const int error = renameExclusively(pathBytes("move", from), pathBytes("move", to));
+    int error = renameExclusively(pathBytes("move", from), pathBytes("move", to));
+    if (error == EACCES) error = renameUnlocked(from, to);
     if (error == EXDEV) return moveAcrossFileSystems(from, to);
     if (error != 0) throw FileError("move", source, error);
 }

@@ -1,6 +1,6 @@
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/Posix/Folder.h"
 #include "Ambrel/Platform/Posix/PathBytes.h"
+#include "Ambrel/Platform/Posix/UnlockedFolder.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -25,7 +25,7 @@ bool isFolderEntry(int parent, const std::string& name, const Path& path) {
 /// meanwhile makes the removal fail, not go astray.
 class TreeRemoval {
 public:
-    explicit TreeRemoval(Folder top) : top_(std::move(top)) {}
+    explicit TreeRemoval(const Folder& top) : top_(top) {}
 
     void run() {
         // Lifted folders appear here after the listing.
@@ -40,7 +40,8 @@ private:
         const bool isFolder = isFolderEntry(parent.fd(), name, path);
         if (isFolder && level == mostLevels) return lift(parent, name);
         if (isFolder) {
-            const auto folder = Folder::openAt(parent.fd(), name, path, "remove");
+            const auto unlocked = UnlockedFolder::openAt(parent.fd(), name, path, "remove");
+            const auto& folder = unlocked.folder();
             for (const auto& entry : folder.names("remove")) removeEntry(folder, entry, level + 1);
         }
         if (::unlinkat(parent.fd(), name.c_str(), isFolder ? AT_REMOVEDIR : 0) != 0) {
@@ -49,6 +50,9 @@ private:
     }
 
     void lift(const Folder& parent, const std::string& name) {
+        // Going elsewhere changes what ".." is in the folder, which must allow it.
+        const auto unlocked =
+            UnlockedFolder::openAt(parent.fd(), name, parent.pathOf(name), "remove");
         std::string lifted = ".korvane-remove-";
         lifted.append(std::to_string(lifted_++));
         // Over a folder of the same name it fails, unless that is empty: no harm either way.
@@ -57,7 +61,7 @@ private:
         }
     }
 
-    Folder top_;
+    const Folder& top_;
     std::size_t lifted_ = 0;
 };
 
@@ -70,7 +74,10 @@ void removeTree(const Path& path) {
     const auto name = paths::lastComponent(item);
     if (name == "." || name == ".." || name == "/") throw FileError("remove", path, EINVAL);
     const bool isFolder = isFolderEntry(AT_FDCWD, item, item);
-    if (isFolder) TreeRemoval(Folder::openAt(AT_FDCWD, item, item, "remove")).run();
+    if (isFolder) {
+        const auto unlocked = UnlockedFolder::openAt(AT_FDCWD, item, item, "remove");
+        TreeRemoval(unlocked.folder()).run();
+    }
     if (::unlinkat(AT_FDCWD, bytes, isFolder ? AT_REMOVEDIR : 0) != 0) {
         throwFileError("remove", item);
     }
