@@ -136,8 +136,10 @@ TEST_CASE("where no entry can be written the instance is there and a warning say
     const Registrations fixture;
     const auto& manager = fixture.manager;
     makeFolder(fixture.data());
+    // The folder that it was built in may be closed to that user.
+    copyProgram(KORVANE_TEST_RUNNER, manager.tmp / "runner");
     const auto setup = manager.setupAsOrdinaryUser(
-        {"create", "command", "Work", aProgram, "--runner", KORVANE_TEST_RUNNER});
+        {"create", "command", "Work", aProgram, "--runner", manager.tmp / "runner"});
     setMode(fixture.data(), 0555);
 
     const auto done = run(setup);
