@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""What the script does that installs packages, with stand-ins for the system's programs."""
+"""What the scripts do that build the tree and install what that needs, tried out on a small tree
+and with stand-ins for the system's programs."""
 
 import pathlib
 import shutil
@@ -26,6 +27,161 @@ class ScratchTree(unittest.TestCase):
         return subprocess.run(["timeout", "--kill-after=10", "120", *map(str, command)],
                               env=environment, stdin=subprocess.DEVNULL, capture_output=True,
                               text=True, start_new_session=True)
+
+
+project = """
+cmake_minimum_required(VERSION 3.25)
+project(Small LANGUAGES NONE)
+option(KORVANE_BUILD_TESTS "" ON)
+
+function(add_product name)
+    add_custom_command(OUTPUT ${name} DEPENDS ${PROJECT_SOURCE_DIR}/${name}.txt
+        COMMAND ${CMAKE_COMMAND} -E copy ${PROJECT_SOURCE_DIR}/${name}.txt ${name}
+        COMMAND ${CMAKE_COMMAND} -E echo made ${name})
+    add_custom_target(${name}-target ALL DEPENDS ${name})
+endfunction()
+
+add_product(program)
+if(KORVANE_BUILD_TESTS)
+    find_file(NEEDED needed.txt PATHS ${PROJECT_SOURCE_DIR} NO_DEFAULT_PATH REQUIRED)
+    add_product(tests)
+endif()
+"""
+
+presets = """{
+  "version": 6,
+  "configurePresets": [
+    { "name": "release", "generator": "Ninja", "binaryDir": "${sourceDir}/build/${presetName}" }
+  ],
+  "buildPresets": [ { "name": "release", "configurePreset": "release" } ]
+}"""
+
+
+class Build(ScratchTree):
+    def setUp(self):
+        super().setUp()
+        self.copyScript("build")
+        (self.tree / "CMakeLists.txt").write_text(project)
+        (self.tree / "CMakePresets.json").write_text(presets)
+        (self.tree / "needed.txt").touch()
+        for name in ("program", "tests"):
+            (self.tree / f"{name}.txt").write_text(f"the {name}\n")
+
+    def build(self, *arguments, tree=None):
+        done = self.start([(tree or self.tree) / "Scripts" / "build", *arguments])
+        self.assertEqual((done.returncode, done.stdout), (0, ""), done.stderr)
+        return done.stderr
+
+    def product(self, name="program", tree=None):
+        return (tree or self.tree) / "build" / "release" / name
+
+    def made(self, tree=None):
+        """What the last build made."""
+        log = ((tree or self.tree) / "build" / "release" / "build.log").read_text()
+        return [line for line in log.splitlines() if line.startswith("made ")]
+
+    def test_a_moved_tree_is_built_again(self):
+        self.build("release")
+        moved = self.folder / "moved"
+        self.tree.rename(moved)
+        (moved / "program.txt").write_text("changed\n")
+
+        self.build("release", tree=moved)
+
+        self.assertEqual(self.product(tree=moved).read_text(), "changed\n")
+        self.assertFalse(self.tree.exists())
+
+    def test_a_copied_tree_builds_its_own_sources(self):
+        self.build("release")
+        copy = self.folder / "copy"
+        shutil.copytree(self.tree, copy, symlinks=True)
+        (copy / "program.txt").write_text("the copy's\n")
+
+        self.build("release", tree=copy)
+
+        self.assertEqual(self.product(tree=copy).read_text(), "the copy's\n")
+        self.assertEqual(self.product().read_text(), "the program\n")
+        for name in ("build.ninja", "CMakeCache.txt"):
+            text = (copy / "build" / "release" / name).read_text()
+            self.assertNotIn(f"{self.tree}/", text, f"in {name}")
+
+    def test_a_link_to_the_tree_is_the_same_tree(self):
+        self.build("release")
+        link = self.folder / "link"
+        link.symlink_to(self.tree)
+
+        self.build("release", tree=link)
+
+        self.assertEqual(self.made(), [])
+
+    def test_without_tests_nothing_is_missed_that_only_they_need(self):
+        (self.tree / "needed.txt").unlink()
+
+        self.build("--without-tests", "release")
+
+        self.assertTrue(self.product().exists())
+        self.assertFalse(self.product("tests").exists())
+
+    def test_the_tests_join_what_was_built_without_them_and_stay(self):
+        self.build("--without-tests", "release")
+        self.assertEqual(self.made(), ["made program"])
+
+        self.build("release")
+        self.assertEqual(self.made(), ["made tests"])
+
+        self.build("--without-tests", "release")
+        self.assertEqual(self.made(), [])
+        self.assertTrue(self.product("tests").exists())
+        self.build("release")
+        self.assertEqual(self.made(), [])
+
+    def test_without_tests_it_builds_also_where_they_have_lost_what_they_need(self):
+        self.build("release")
+        (self.tree / "needed.txt").unlink()
+        (self.tree / "CMakePresets.json").write_text(presets + "\n")
+
+        self.build("--without-tests", "release")
+
+        (self.tree / "needed.txt").touch()
+        self.build("release")
+        self.assertTrue(self.product("tests").exists())
+
+    def test_what_is_missing_is_told_and_found_once_it_is_there(self):
+        (self.tree / "needed.txt").unlink()
+
+        failed = self.start([self.tree / "Scripts" / "build", "release"])
+
+        self.assertEqual(failed.returncode, 1)
+        self.assertIn("Could not find NEEDED", failed.stderr)
+        self.assertTrue(failed.stderr.endswith(
+            "Building Korvane failed: cmake --preset release\n"), failed.stderr)
+        (self.tree / "needed.txt").touch()
+        self.build("release")
+        self.assertTrue(self.product("tests").exists())
+
+    def test_progress_is_told_in_few_lines_and_not_when_there_is_nothing_to_do(self):
+        for number in range(40):
+            (self.tree / f"part{number}.txt").touch()
+        (self.tree / "CMakeLists.txt").write_text(
+            project + "foreach(number RANGE 39)\nadd_product(part${number})\nendforeach()\n")
+
+        said = self.build("release").splitlines()
+
+        self.assertEqual(said[1:], [f"Building Korvane: {number} of 42"
+                                    for number in (11, 21, 32, 42)])
+        self.assertEqual(self.build("release"), "")
+
+    def test_a_failure_shows_what_the_tools_said_and_no_progress(self):
+        self.build("release")
+        (self.tree / "program.txt").unlink()
+
+        failed = self.start([self.tree / "Scripts" / "build", "release"])
+
+        self.assertEqual(failed.returncode, 1)
+        self.assertIn("program.txt", failed.stderr)
+        self.assertNotIn("[0/", failed.stderr)
+        self.assertTrue(failed.stderr.endswith(
+            "Building Korvane failed: cmake --build --preset release\n"), failed.stderr)
 
 
 tools = ["cat", "dirname", "env", "grep", "head", "mkdir", "sed", "sh", "sort", "timeout", "tr"]
