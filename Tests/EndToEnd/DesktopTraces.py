@@ -26,7 +26,7 @@ explained = {
         "Firefox's, soon removed",
     r"TMPDIR/xterm[^/]*(/index\.theme)?":
         "xterm's theme for its pointers, removed when it ends",
-    r"/dev/(null|tty|ptmx|pts/\d+|urandom|dri/\w+|udmabuf)":
+    r"/dev/(null|tty|ptmx|pts/ptmx|pts/\d+|urandom|dri/\w+|udmabuf)":
         "devices",
     r"/proc/(self|\d+)/.*":
         "what a process says of itself to the kernel",

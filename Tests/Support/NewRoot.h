@@ -30,7 +30,8 @@ public:
                     mount --rbind "/$name" "$name"
                 fi
             done
-            exec chroot . "$@")";
+            # Where it lies is not in an ordinary user's PATH.
+            exec /usr/sbin/chroot . "$@")";
         std::vector<std::string> whole{"unshare", "-rm", "/bin/sh", "-ec", script, path_};
         whole.insert(whole.end(), command.begin(), command.end());
         return test::run({.command = whole, .environment = environment});
