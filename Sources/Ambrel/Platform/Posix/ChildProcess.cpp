@@ -2,6 +2,7 @@
 
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/Posix/Environ.h"
 #include "Ambrel/Platform/Posix/PathBytes.h"
 #include "Ambrel/Platform/Posix/Retry.h"
 #include "Ambrel/Platform/Posix/Spawn.h"

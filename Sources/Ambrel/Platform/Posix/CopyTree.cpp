@@ -4,6 +4,7 @@
 #include "Ambrel/Platform/Posix/Descriptor.h"
 #include "Ambrel/Platform/Posix/ExtendedAttributes.h"
 #include "Ambrel/Platform/Posix/Folder.h"
+#include "Ambrel/Platform/Posix/ItemTimes.h"
 #include "Ambrel/Platform/Posix/Retry.h"
 #include "Ambrel/Platform/Posix/UnlockedFolder.h"
 
@@ -38,7 +39,8 @@ struct stat statusOf(const Place& place) {
 }
 
 std::array<struct timespec, 2> timesOf(const struct stat& status) {
-    return {status.st_atim, status.st_mtim};
+    const auto times = ItemTimes::of(status);
+    return {times.access, times.modification};
 }
 
 /// Gives an open copy what its original has besides its contents, and makes it durable. The mode
@@ -141,8 +143,11 @@ bool isSameTime(const struct timespec& left, const struct timespec& right) {
 
 bool isUnchanged(const struct stat& then, const struct stat& now) {
     const bool sameItem = then.st_dev == now.st_dev && then.st_ino == now.st_ino;
-    return sameItem && then.st_size == now.st_size && isSameTime(then.st_mtim, now.st_mtim) &&
-           isSameTime(then.st_ctim, now.st_ctim);
+    const auto before = ItemTimes::of(then);
+    const auto after = ItemTimes::of(now);
+    return sameItem && then.st_size == now.st_size &&
+           isSameTime(before.modification, after.modification) &&
+           isSameTime(before.change, after.change);
 }
 
 std::size_t removeCopiedAt(const Place& place, const CopiedItem& item, bool& complete);

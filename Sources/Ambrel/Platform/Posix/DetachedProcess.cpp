@@ -2,14 +2,13 @@
 
 #include "Ambrel/Platform/ChildProcess.h"
 #include "Ambrel/Platform/FileError.h"
+#include "Ambrel/Platform/Posix/Environ.h"
 #include "Ambrel/Platform/Posix/Spawn.h"
 
 #include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
 #include <unistd.h>
-
-extern char** environ;
 
 namespace ambrel {
 

@@ -3,19 +3,8 @@
 #include "Ambrel/Base/Utf8.h"
 
 #include <cerrno>
-#include <cstring>
 
 namespace ambrel {
-
-std::string errorReason(int code) {
-#ifdef __GLIBC__
-    // The manager may set the user's locale; messages stay in one language.
-    if (const char* text = strerrordesc_np(code)) return text;
-    return "Unknown error " + std::to_string(code);
-#else
-    return std::strerror(code);
-#endif
-}
 
 FileError::FileError(const std::string& action, const Path& failedPath, int errorCode)
     : std::runtime_error(

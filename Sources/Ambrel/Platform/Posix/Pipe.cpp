@@ -2,16 +2,15 @@
 
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/Posix/Descriptor.h"
+#include "Ambrel/Platform/Posix/NewPipe.h"
 
 #include <array>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace ambrel {
 
 Pipe Pipe::make() {
     std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) throwFileError("make", "a pipe");
+    if (const int error = openPipe(ends)) throw FileError("make", "a pipe", error);
     return {OwnedFd(ends[0]), std::make_shared<OwnedFd>(ends[1])};
 }
 

@@ -1,7 +1,8 @@
 #include "Ambrel/Platform/ProcessEnvironment.h"
 
+#include "Ambrel/Platform/Posix/Environ.h"
+
 #include <string_view>
-#include <unistd.h>
 
 namespace ambrel {
 
