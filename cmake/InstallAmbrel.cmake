@@ -1,5 +1,6 @@
 # Installs the library for other programs: its public headers, a CMake package and a pkg-config
-# file. All of them find each other by relative paths, so that an installed tree may be moved.
+# file. All of them find each other by relative paths, so that an installed tree may be moved. What
+# the library needs besides, its file for the system has set: AMBREL_DEPENDENCIES and AMBREL_PC_*.
 
 set(AMBREL_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/Ambrel")
 set(AMBREL_PKGCONFIG_DIR "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -1,0 +1,42 @@
+# The tests of what only Linux has, and what the others need of it.
+
+find_package(ICU 72 REQUIRED COMPONENTS i18n uc)
+find_package(PkgConfig REQUIRED)
+
+# The fonts are those of one package, so that labels look the same on every machine.
+find_path(KORVANE_TEST_FONTS LiberationSans-Bold.ttf REQUIRED
+    PATHS /usr/share/fonts/truetype/liberation2 /usr/share/fonts/truetype/liberation)
+set_source_files_properties(Support/Pictures.cpp PROPERTIES
+    COMPILE_DEFINITIONS KORVANE_TEST_FONTS="${KORVANE_TEST_FONTS}")
+
+target_sources(AmbrelTests PRIVATE
+    Ambrel/Home/Linux/DesktopAccessTests.cpp
+    Ambrel/Home/Linux/UserFoldersTests.cpp
+    Ambrel/Platform/Linux/ProcessNameTests.cpp
+    Ambrel/Platform/Linux/TextTests.cpp
+)
+target_link_libraries(AmbrelTests PRIVATE ICU::i18n ICU::uc)
+
+target_sources(ManagerTests PRIVATE
+    Manager/Programs/Linux/DesktopEntryTests.cpp
+)
+
+# What the runner is linked to, and the library that it must do without.
+pkg_check_modules(plist REQUIRED libplist-2.0)
+target_compile_definitions(RunnerTests PRIVATE
+    KORVANE_TEST_READELF="${CMAKE_READELF}"
+    KORVANE_TEST_PLIST="${plist_LINK_LIBRARIES}")
+
+# The libraries write what the library under test reads.
+pkg_check_modules(writers REQUIRED IMPORTED_TARGET
+    libjpeg libopenjp2 libpng libtiff-4 libwebp libwebpmux)
+target_link_libraries(IconTests PRIVATE PkgConfig::writers)
+
+# The calls of the system that are made to fail one after another.
+include(FaultInjection.cmake)
+add_doctest(FaultInjectionTests
+    Ambrel/Home/Linux/DesktopAccessFaultTests.cpp
+    Ambrel/Platform/Linux/FileSystemFaultTests.cpp
+    Support/Faults.cpp
+)
+target_link_options(FaultInjectionTests PRIVATE ${KORVANE_WRAPPED_CALLS})
