@@ -12,10 +12,27 @@ set_source_files_properties(Support/Pictures.cpp PROPERTIES
 target_sources(AmbrelTests PRIVATE
     Ambrel/Home/Linux/DesktopAccessTests.cpp
     Ambrel/Home/Linux/UserFoldersTests.cpp
+    Ambrel/Platform/Linux/LazyAnswers/First.cpp
+    Ambrel/Platform/Linux/LazyAnswers/Second.cpp
+    Ambrel/Platform/Linux/LazyLibraryTests.cpp
     Ambrel/Platform/Linux/ProcessNameTests.cpp
     Ambrel/Platform/Linux/TextTests.cpp
 )
 target_link_libraries(AmbrelTests PRIVATE ICU::i18n ICU::uc)
+
+# Two libraries with a function of one name, which are opened when first used.
+include(LazyLibrary)
+foreach(answer First=1 Second=2)
+    string(REGEX MATCH "(.*)=(.*)" ignored "${answer}")
+    set(name ${CMAKE_MATCH_1})
+    add_library(korvane-test-answer-${name} SHARED Ambrel/Platform/Linux/LazyAnswers/Answer.cpp)
+    target_compile_definitions(korvane-test-answer-${name} PRIVATE
+        KORVANE_TEST_ANSWER=${CMAKE_MATCH_2})
+    add_lazy_library(AmbrelTests NAME Answer${name} SONAME libkorvane-test-answer-${name}.so
+        FUNCTIONS lazyAnswer)
+    add_dependencies(AmbrelTests korvane-test-answer-${name})
+endforeach()
+set_target_properties(AmbrelTests PROPERTIES BUILD_RPATH "${CMAKE_CURRENT_BINARY_DIR}")
 
 target_sources(ManagerTests PRIVATE
     Manager/Programs/Linux/DesktopEntryTests.cpp

@@ -1,28 +1,34 @@
-# add_lazy_library(TARGET NAME Name LIBRARY path INCLUDE_DIRECTORIES dir... FUNCTIONS function...)
+# add_lazy_library(TARGET NAME Name LIBRARY path | SONAME name
+#                  [INCLUDE_DIRECTORIES dir...] FUNCTIONS function...)
 #
-# Lets TARGET call FUNCTIONS of a shared library without being linked to it. Generates
+# Lets TARGET call FUNCTIONS of a shared library without being linked to it. The library is an
+# installed file, or known by the name under which it is opened. Generates
 #   LazyName.h    to be included before the library's own headers: it renames each function, so
 #                 that their declarations, signatures included, come from the real headers;
 #   LazyName.S    the functions under those names, each a jump through a table;
 #   LazyName.cpp  loadName(), which fills the table when it is called for the first time.
-# Calling a function before loadName() ends the program.
+# Calling a function before loadName() ends the program. Names carry the library's, so that two lists
+# may hold one function; one source file cannot include both headers then.
 function(add_lazy_library target)
-    cmake_parse_arguments(PARSE_ARGV 1 lazy "" "NAME;LIBRARY" "INCLUDE_DIRECTORIES;FUNCTIONS")
+    cmake_parse_arguments(PARSE_ARGV 1 lazy "" "NAME;LIBRARY;SONAME" "INCLUDE_DIRECTORIES;FUNCTIONS")
 
-    execute_process(COMMAND "${CMAKE_READELF}" -d "${lazy_LIBRARY}"
-        OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
-    if(NOT dynamic MATCHES "SONAME\\)[^[]*\\[([^]]+)\\]")
-        message(FATAL_ERROR "${lazy_LIBRARY} has no soname.")
+    set(soname "${lazy_SONAME}")
+    if(lazy_LIBRARY)
+        execute_process(COMMAND "${CMAKE_READELF}" -d "${lazy_LIBRARY}"
+            OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
+        if(NOT dynamic MATCHES "SONAME\\)[^[]*\\[([^]]+)\\]")
+            message(FATAL_ERROR "${lazy_LIBRARY} has no soname.")
+        endif()
+        set(soname "${CMAKE_MATCH_1}")
     endif()
-    set(soname "${CMAKE_MATCH_1}")
 
     set(renames "")
     set(stubs "")
     set(names "")
     set(index 0)
     foreach(function IN LISTS lazy_FUNCTIONS)
-        string(APPEND renames "#define ${function} ambrel_lazy_${function}\n")
-        string(APPEND stubs "STUB ambrel_lazy_${function}, ${index}\n")
+        string(APPEND renames "#define ${function} ambrel_lazy_${lazy_NAME}_${function}\n")
+        string(APPEND stubs "STUB ambrel_lazy_${lazy_NAME}_${function}, ${index}\n")
         string(APPEND names "    \"${function}\",\n")
         math(EXPR index "${index} + 1")
     endforeach()

@@ -1,0 +1,3 @@
+#include "Answer.h"
+
+__attribute__((visibility("default"))) int lazyAnswer() { return KORVANE_TEST_ANSWER; }
