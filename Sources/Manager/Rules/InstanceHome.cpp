@@ -6,6 +6,7 @@
 #include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/GuardedFolder.h"
+#include "Ambrel/Platform/SocketPath.h"
 #include "Ambrel/Platform/UserFolderSettings.h"
 #include "Ambrel/Platform/UserPaths.h"
 #include "Manager/Rules/InstanceLookup.h"
@@ -177,7 +178,8 @@ void ensureHome(const InstanceConfig& config) noexcept {
 }
 
 std::optional<std::string> homeObstacle(const Path& home) {
-    constexpr std::size_t longestHome = 70; // a socket's whole path has 107 bytes (unix(7))
+    constexpr std::size_t longestBelow = 37; // what programs call the folders and the socket
+    const std::size_t longestHome = ambrel::longestSocketPath() - longestBelow;
     if (home.size() <= longestHome) return std::nullopt;
     return "Its home has " + std::to_string(home.size()) +
            " bytes in its path: programs that keep sockets in it may fail beyond " +
