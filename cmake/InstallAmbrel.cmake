@@ -11,6 +11,7 @@ install(TARGETS Ambrel EXPORT AmbrelTargets ARCHIVE DESTINATION "${CMAKE_INSTALL
 set(AMBREL_PUBLIC_HEADERS
     Application/AppBundle.h
     Application/AppCatalog.h
+    Application/AppEngine.h
     Application/AppProfile.h
     Base/CodingError.h
     Base/Path.h
@@ -23,8 +24,10 @@ set(AMBREL_PUBLIC_HEADERS
     Instance/DesktopId.h
     Instance/InstanceConfig.h
     Instance/InstanceRegistry.h
+    Instance/ResolvedInstance.h
     Instance/Strategy.h
     Launch/InstanceLauncher.h
+    Launch/LaunchError.h
     Platform/ChildProcess.h
     Platform/FileError.h
     Platform/FileManager.h
@@ -35,7 +38,6 @@ set(AMBREL_PUBLIC_HEADERS
     Platform/ProcessEnvironment.h
     Platform/PropertyList.h
     Platform/SystemTools.h
-    Platform/UserPaths.h
     Platform/UserPlaces.h
     Web/WebBadge.h
     Wrapper/RunnerLocator.h

@@ -22,7 +22,9 @@ int fail(const std::string& message) {
 /// Starts what `config` stands for and stays as long as that runs.
 int launchAndWait(const InstanceConfig& config, const SignalRelay& signals) {
     try {
-        auto process = InstanceLauncher::launch(config);
+        const auto user = UserPlaces::ofThisProcess();
+        const auto instance = ResolvedInstance::of(config, user);
+        auto process = InstanceLauncher::launch(instance, user, processEnvironment());
         return signals.waitUntilExit(process);
     } catch (const std::exception& error) {
         return fail(std::string("failed to launch instance — ") + error.what());

@@ -27,7 +27,8 @@ korvane::Surroundings surroundingsOfThisProcess() {
             .inputIsTerminal = isatty(STDIN_FILENO) != 0,
             .messagesAreTerminal = isatty(STDERR_FILENO) != 0,
             .useColor = wantsColor(environment),
-            .environment = environment};
+            .environment = environment,
+            .user = ambrel::UserPlaces::ofThisProcess()};
 }
 
 int report(const korvane::Surroundings& surroundings, const std::string& text, int status) {

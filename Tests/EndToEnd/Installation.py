@@ -83,7 +83,7 @@ class Installation(unittest.TestCase):
         names = [str(header.relative_to(self.prefix / "include")) for header in headers]
 
         self.assertIn("Ambrel/Wrapper/WrapperFactory.h", names)
-        self.assertIn("Ambrel/Platform/UserPaths.h", names)
+        self.assertIn("Ambrel/Platform/UserPlaces.h", names)
         internal = r"Ambrel/(Formats|Home)/.*|.*/(Posix|Linux)/.*|.*(FileSystem|Utf8)\.h"
         self.assertEqual([name for name in names if re.fullmatch(internal, name)], [])
         for name in names:

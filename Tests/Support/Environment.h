@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ambrel/Platform/UserPlaces.h"
 #include "Support/Files.h"
 #include "Support/TempDir.h"
 
@@ -23,19 +24,35 @@ private:
     std::optional<std::string> before_;
 };
 
-/// A home folder that stands for the user's own until the end of the scope.
+/// A home folder that stands for a user's own.
 class UserHome {
 public:
     explicit UserHome(const TempDir& tmp, const std::string& name = "user")
-        : path_(makeFolder(tmp / name)), variable_("CFFIXED_USER_HOME", path_) {}
+        : path_(makeFolder(tmp / name)) {}
 
     const Path& path() const { return path_; }
     Path operator/(const std::string& name) const { return path_ + "/" + name; }
+    ambrel::UserPlaces places() const { return ambrel::UserPlaces::usual(path_); }
 
 private:
     Path path_;
+};
+
+/// One that is also that of this process, and of the programs that it starts, until the end of the
+/// scope.
+class OwnUserHome : public UserHome {
+public:
+    explicit OwnUserHome(const TempDir& tmp, const std::string& name = "user")
+        : UserHome(tmp, name), variable_("CFFIXED_USER_HOME", path()) {}
+
+private:
     ScopedVariable variable_;
 };
+
+/// A user whose home is not there: that of the tests' own processes.
+inline ambrel::UserPlaces nobody() {
+    return ambrel::UserPlaces::usual("/nonexistent/korvane-test-home");
+}
 
 /// Changes the working directory until the end of the scope.
 class WorkingDirectory {

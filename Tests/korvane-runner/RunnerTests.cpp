@@ -35,7 +35,7 @@ struct Wrapper {
     ProgramResult open() const { return run({runner}); }
 
     TempDir tmp;
-    UserHome user;
+    OwnUserHome user;
     Path runner = tmp / "W.app/Contents/MacOS/runner";
     Path json = tmp / "W.app/Contents/Resources/instance.json";
 };
@@ -497,7 +497,7 @@ TEST_CASE("the runner reads no arguments and writes nothing to standard output")
 
 TEST_CASE("the configuration lies two folders above the runner, whatever the folders are called") {
     const TempDir tmp;
-    const UserHome user(tmp);
+    const OwnUserHome user(tmp);
     copyProgram(KORVANE_TEST_RUNNER, tmp / "any/where/anything");
     writeFile(tmp / "any/Resources/instance.json", shell(tmp / "h", "exit 8").encode());
     makeLink(tmp / "elsewhere/link", tmp / "any/where/anything");

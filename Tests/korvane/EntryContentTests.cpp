@@ -228,7 +228,7 @@ TEST_CASE("a home whose path wants quotes has entries with quotes") {
          {"two words", "it's", "a\"b", "a\\b", "$x", "`x`", "new\nline", "a;b"}) {
         CAPTURE(name);
         const Registrations fixture;
-        const UserHome home(fixture.manager.tmp, name);
+        const OwnUserHome home(fixture.manager.tmp, name);
 
         const auto bundle = fixture.createCommand("Work");
 
@@ -241,7 +241,7 @@ TEST_CASE("a home whose path wants quotes has entries with quotes") {
 TEST_CASE("a home that no entry can name leaves an instance without one and a warning") {
     const Registrations fixture;
     for (const std::string name : {"a=b", "50%", "bad\xff"}) {
-        const UserHome home(fixture.manager.tmp, name);
+        const OwnUserHome home(fixture.manager.tmp, name);
 
         const auto done = fixture.tryToCreate("Work");
 

@@ -32,7 +32,9 @@ ambrel::InstanceConfig configWith(const Strings& arguments, const ambrel::String
 
 TEST_CASE("the folders that arguments name are found by option and by a slash at the end") {
     using Folders = std::vector<Path>;
-    const auto of = [](const Strings& arguments) { return dataFolders(configWith(arguments, {})); };
+    const auto of = [](const Strings& arguments) {
+        return dataFolders(configWith(arguments, {}), nobody());
+    };
 
     CHECK(of({"--user-data-dir={{instanceHome}}/Data"}) == Folders{"Data"});
     CHECK(of({"-profile", "{{instanceHome}}/a/b", "-no-remote"}) == Folders{"a/b"});
@@ -52,7 +54,8 @@ TEST_CASE("the folders that variables name are found by the variable's name") {
                                     {"HISTFILE", "{{instanceHome}}/history"},
                                     {"ANY", "{{instanceHome}}/any/"},
                                     {"WINEPREFIX", "{{instanceHome}}/wine"},
-                                    {"LIST", "{{instanceHome}}/a:{{instanceHome}}/b"}}));
+                                    {"LIST", "{{instanceHome}}/a:{{instanceHome}}/b"}}),
+                    nobody());
 
     CHECK(folders == std::vector<Path>{"any", ".gnupg", "tmp", "wine"});
 }

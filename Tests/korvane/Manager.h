@@ -42,7 +42,7 @@ public:
     ambrel::InstanceConfig configOf(const Path& bundle) const;
 
     TempDir tmp;
-    UserHome home;
+    OwnUserHome home;
 
 private:
     ScopedVariable dataHome_;

@@ -185,10 +185,11 @@ TEST_CASE("an entry that changed hands meanwhile is not removed") {
     const auto bundle = fixture.createCommand("Work");
     const auto before = fixture.registered();
 
-    registration::remove({work, fixture.entry(work), "/other/Work.app"});
+    registration::remove({work, fixture.entry(work), "/other/Work.app"},
+                         fixture.manager.home.places());
     CHECK(fixture.registered() == before);
 
-    registration::remove({work, fixture.entry(work), bundle});
+    registration::remove({work, fixture.entry(work), bundle}, fixture.manager.home.places());
     CHECK_FALSE(isThere(fixture.entry(work)));
 }
 

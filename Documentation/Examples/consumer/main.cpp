@@ -16,20 +16,21 @@
 
 namespace {
 
-ambrel::Path makeCommand(const std::vector<std::string>& arguments) {
+ambrel::Path makeCommand(const std::vector<std::string>& arguments,
+                         const ambrel::UserPlaces& user) {
     ambrel::WrapperFactory::Request request;
     request.kind = ambrel::ShortcutKind::command;
     request.outputDir = arguments[1];
     request.displayName = arguments[2];
     request.commandPath = arguments[3];
     request.commandArgs.assign(arguments.begin() + 4, arguments.end());
-    return ambrel::WrapperFactory(arguments[0]).create(request);
+    return ambrel::WrapperFactory(user, arguments[0]).create(request);
 }
 
-void printInstances(const ambrel::Path& folder) {
-    const ambrel::InstanceRegistry registry(std::vector<ambrel::Path>{folder});
+void printInstances(const ambrel::Path& folder, const ambrel::UserPlaces& user) {
+    const ambrel::InstanceRegistry registry(user, std::vector<ambrel::Path>{folder});
     for (const auto& record : registry.list())
-        std::cout << record.config.displayName << ": " << record.config.resolvedHome() << "\n";
+        std::cout << record.config.displayName << ": " << record.config.resolvedHome(user) << "\n";
 }
 
 } // namespace
@@ -42,8 +43,9 @@ int main(int argc, char** argv) {
     }
 
     try {
-        std::cout << "made " << makeCommand(arguments) << "\n";
-        printInstances(arguments[1]);
+        const auto user = ambrel::UserPlaces::ofThisProcess();
+        std::cout << "made " << makeCommand(arguments, user) << "\n";
+        printInstances(arguments[1], user);
         return 0;
     } catch (const std::exception& error) {
         std::cerr << "consumer: " << error.what() << "\n";

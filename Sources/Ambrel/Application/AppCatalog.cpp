@@ -5,7 +5,6 @@
 #include "Ambrel/Instance/BundleScan.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -14,17 +13,17 @@ namespace ambrel {
 
 std::optional<Path> AppCatalog::InstalledApp::iconURL() const { return declaredIcon(url); }
 
-std::vector<Path> AppCatalog::defaultSearchDirs() {
-    return {"/Applications", "/Applications/Utilities", expandingTilde("~/Applications"),
+std::vector<Path> AppCatalog::defaultSearchDirs(const UserPlaces& user) {
+    return {"/Applications", "/Applications/Utilities", user.expandingTilde("~/Applications"),
             "/System/Applications"};
 }
 
-std::vector<AppCatalog::InstalledApp> AppCatalog::scan(const std::optional<std::vector<Path>>& dirs,
+std::vector<AppCatalog::InstalledApp> AppCatalog::scan(const std::vector<Path>& dirs,
                                                        const Progress& progress,
                                                        const SystemTools& tools) {
     std::vector<InstalledApp> found;
     std::unordered_set<std::string> seen;
-    for (const auto& entry : bundlesIn(dirs ? *dirs : defaultSearchDirs())) {
+    for (const auto& entry : bundlesIn(dirs)) {
         if (fileSystem::exists(BundleLayout{entry}.instanceJson())) continue; // one of our wrappers
         const auto bundle = AppBundle::read(entry, tools);
         if (!bundle || !seen.insert(bundle->bundleId).second) continue;

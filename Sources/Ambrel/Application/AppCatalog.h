@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/Application/AppBundle.h"
+#include "Ambrel/Platform/UserPlaces.h"
 
 #include <functional>
 #include <optional>
@@ -31,13 +32,12 @@ struct AppCatalog {
 
     /// "/Applications", "/Applications/Utilities", the user's own "~/Applications" (expanded) and
     /// "/System/Applications". The order decides which copy of an application is kept.
-    static std::vector<Path> defaultSearchDirs();
+    static std::vector<Path> defaultSearchDirs(const UserPlaces& user);
 
-    /// The applications lying directly in `dirs` (absent: the default folders; present, even
-    /// empty: exactly these), without this system's own wrappers, one for each bundle identifier
-    /// (the first found), sorted by name without regard to case. What cannot be read is left out.
-    /// Blocks for one external process for each application.
-    static std::vector<InstalledApp> scan(const std::optional<std::vector<Path>>& dirs = {},
+    /// The applications lying directly in `dirs`, without this system's own wrappers, one for each
+    /// bundle identifier (the first found), sorted by name without regard to case. What cannot be
+    /// read is left out. Blocks for one external process for each application.
+    static std::vector<InstalledApp> scan(const std::vector<Path>& dirs,
                                           const Progress& progress = {},
                                           const SystemTools& tools = {});
 };

@@ -1,16 +1,16 @@
+#include "Ambrel/Application/AppEngine.h"
+
+#include "Ambrel/Application/AppBundle.h"
 #include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Instance/InstanceConfig.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Wrapper/WrapperFactory.h"
 
 #include <algorithm>
 
 namespace ambrel {
 
 namespace {
-
-using AppEngine = WrapperFactory::AppEngine;
-using EngineFinding = WrapperFactory::EngineFinding;
 
 enum class Test { fileExists, identifierBegins, identifierContains };
 
@@ -73,8 +73,7 @@ std::string identifierOf(const Path& app, const std::optional<std::string>& give
 
 } // namespace
 
-EngineFinding WrapperFactory::findEngine(const Path& app,
-                                         const std::optional<std::string>& bundleId) {
+EngineFinding findEngine(const Path& app, const std::optional<std::string>& bundleId) {
     const auto identifier = identifierOf(app, bundleId);
     for (const auto& rule : rules) {
         if (!matches(rule, app, identifier)) continue;
@@ -87,19 +86,12 @@ EngineFinding WrapperFactory::findEngine(const Path& app,
     return {AppEngine::chromium, "Contents/Frameworks/" + *found};
 }
 
-AppEngine WrapperFactory::detectEngine(const Path& app,
-                                       const std::optional<std::string>& bundleId) {
-    return findEngine(app, bundleId).engine;
-}
+bool isElectron(const Path& app) { return findEngine(app).engine == AppEngine::electron; }
 
-bool WrapperFactory::isElectron(const Path& app) {
-    return detectEngine(app) == AppEngine::electron;
-}
-
-std::vector<std::string>
-WrapperFactory::autoDataDirArgs(const Path& app, const std::optional<std::string>& bundleId) {
+std::vector<std::string> autoDataDirArgs(const Path& app,
+                                         const std::optional<std::string>& bundleId) {
     const std::string home(instanceHomePlaceholder);
-    switch (detectEngine(app, bundleId)) {
+    switch (findEngine(app, bundleId).engine) {
     case AppEngine::electron:
     case AppEngine::chromium:
         return {"--user-data-dir=" + home + "/KorvaneData"};

@@ -1,9 +1,9 @@
+#include "Ambrel/Home/DesktopAccess.h"
+
 #include "Ambrel/Home/FolderRelation.h"
-#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/GuardedFolder.h"
 #include "Ambrel/Platform/SessionLinks.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 #include <algorithm>
 
@@ -23,7 +23,7 @@ template <class Step> void tryStep(const Step& step) noexcept {
     }
 }
 
-std::string nameOf(const DesktopLink& link) {
+std::string nameOf(const SessionLink& link) {
     return std::string(paths::lastComponent(link.place));
 }
 
@@ -34,7 +34,7 @@ bool isFree(const GuardedFolder& folder, const std::string& name) {
 }
 
 /// Whether the link could be made: no link or file stands on the way to its place, which is free.
-bool isWayFree(const GuardedFolder& home, const DesktopLink& link) {
+bool isWayFree(const GuardedFolder& home, const SessionLink& link) {
     auto folder = home.findFolder("");
     auto rest = paths::deletingLastComponent(link.place);
     while (folder && !rest.empty()) {
@@ -46,7 +46,7 @@ bool isWayFree(const GuardedFolder& home, const DesktopLink& link) {
     return folder && isFree(*folder, nameOf(link));
 }
 
-void linkOrLeave(const GuardedFolder& home, const DesktopLink& link) {
+void linkOrLeave(const GuardedFolder& home, const SessionLink& link) {
     if (!link.target.starts_with('/') || !fileSystem::exists(link.target)) return;
     if (!isWayFree(home, link)) return;
     if (fileSystem::mayBeSameItem(paths::join(home.path(), link.place), link.target)) return;
@@ -57,28 +57,28 @@ void linkOrLeave(const GuardedFolder& home, const DesktopLink& link) {
 
 /// The home, unless it is or contains the user's own, where the links would replace what they
 /// should lead to.
-std::optional<GuardedFolder> linkableHome(const Path& home) {
-    if (home.empty() || folders::isOrLiesIn(userHome(), home)) return std::nullopt;
+std::optional<GuardedFolder> linkableHome(const Path& home, const UserPlaces& user) {
+    if (home.empty() || folders::isOrLiesIn(user.home, home)) return std::nullopt;
     return GuardedFolder::open(home);
 }
 
 } // namespace
 
-void InstanceLauncher::ensureDesktopAccess(const Path& home) noexcept {
+void DesktopAccess::ensure(const Path& home, const UserPlaces& user) noexcept {
     tryStep([&] {
-        const auto folder = linkableHome(home);
+        const auto folder = linkableHome(home, user);
         if (!folder) return;
-        for (const auto& link : desktopLinks()) tryStep([&] { linkOrLeave(*folder, link); });
+        for (const auto& link : sessionLinks(user)) tryStep([&] { linkOrLeave(*folder, link); });
     });
 }
 
-void InstanceLauncher::ensureSharedTrash(const Path& home) noexcept {
+void DesktopAccess::ensureTrash(const Path& home, const UserPlaces& user) noexcept {
     tryStep([&] {
-        const auto folder = linkableHome(home);
+        const auto folder = linkableHome(home, user);
         if (!folder) return;
-        for (const auto& link : trashLinks()) {
+        for (const auto& link : trashLinks(user)) {
             if (!isWayFree(*folder, link)) continue; // then the user's needs not be made either
-            tryStep([] { makeUserTrash(); });        // another start may have been faster
+            tryStep([&] { makeUserTrash(user); });   // another start may have been faster
             linkOrLeave(*folder, link);
         }
     });

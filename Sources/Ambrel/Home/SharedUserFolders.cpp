@@ -1,8 +1,8 @@
+#include "Ambrel/Home/SharedUserFolders.h"
+
 #include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Home/UserFolders.h"
-#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 #include <algorithm>
 
@@ -91,17 +91,17 @@ void linkOrLeave(const Path& linkPath, const Path& target) {
 
 /// Whether files would be found again at `place`: what is missing outside the home may be on a disk
 /// that is not there now, which would hide them later.
-bool isReachable(const Path& place) {
-    return fileSystem::isFolder(place) || folders::isOrLiesIn(place, userHome());
+bool isReachable(const Path& place, const UserPlaces& user) {
+    return fileSystem::isFolder(place) || folders::isOrLiesIn(place, user.home);
 }
 
 /// Migrates each shared folder of `home` into the one that `destinationOf` gives for its name, if
 /// any.
 template <class DestinationOf>
-std::map<std::string, int> migrate(const Path& home, const DestinationOf& destinationOf) {
+std::map<std::string, int> migrateEach(const Path& home, const DestinationOf& destinationOf) {
     std::map<std::string, int> counts;
     if (home.empty()) return counts;
-    for (const auto name : InstanceLauncher::sharedUserFolders) {
+    for (const auto name : SharedUserFolders::names) {
         const auto source = paths::join(home, name);
         const std::optional<Path> destination = destinationOf(name);
         if (!destination || fileSystem::kindOf(source) == ItemKind::symbolicLink) continue;
@@ -109,52 +109,51 @@ std::map<std::string, int> migrate(const Path& home, const DestinationOf& destin
         if (fileSystem::exists(source)) {
             counts[std::string(name)] = moveEntries(source, *destination);
         }
-        InstanceLauncher::linkIfSafe(source, *destination);
+        SharedUserFolders::linkIfSafe(source, *destination);
     }
     return counts;
 }
 
 } // namespace
 
-void InstanceLauncher::linkIfSafe(const Path& link, const Path& target) noexcept {
+void SharedUserFolders::linkIfSafe(const Path& link, const Path& target) noexcept {
     succeeds([&] { linkOrLeave(link, target); });
 }
 
-void InstanceLauncher::ensureSharedUserFolders(const Path& home) noexcept {
+void SharedUserFolders::ensure(const Path& home, const UserPlaces& user) noexcept {
     if (home.empty()) return; // the links would land wherever the program was started
     succeeds([&] {
-        UserFolders user(home);
-        for (const auto name : sharedUserFolders) {
-            if (const auto folder = user.find(name)) linkIfSafe(paths::join(home, name), *folder);
+        UserFolders own(user, home);
+        for (const auto name : names) {
+            if (const auto folder = own.find(name)) linkIfSafe(paths::join(home, name), *folder);
         }
     });
 }
 
-bool InstanceLauncher::needsSharedFolderMigration(const Path& home) noexcept {
+bool SharedUserFolders::needsMigration(const Path& home, const UserPlaces& user) noexcept {
     if (home.empty()) return false;
     bool isNeeded = false;
     succeeds([&] {
-        UserFolders user(home);
-        isNeeded = std::ranges::any_of(sharedUserFolders, [&](std::string_view name) {
+        UserFolders own(user, home);
+        isNeeded = std::ranges::any_of(names, [&](std::string_view name) {
             const auto kind = fileSystem::kindOf(paths::join(home, name));
-            return kind && *kind != ItemKind::symbolicLink && user.find(name).has_value();
+            return kind && *kind != ItemKind::symbolicLink && own.find(name).has_value();
         });
     });
     return isNeeded;
 }
 
-std::map<std::string, int> InstanceLauncher::migrateSharedUserFolders(const Path& home) {
-    UserFolders user(home);
-    return migrate(home, [&](std::string_view name) {
-        auto place = user.find(name);
-        return place && isReachable(*place) ? std::move(place) : std::nullopt;
+std::map<std::string, int> SharedUserFolders::migrate(const Path& home, const UserPlaces& user) {
+    UserFolders own(user, home);
+    return migrateEach(home, [&](std::string_view name) {
+        auto place = own.find(name);
+        return place && isReachable(*place, user) ? std::move(place) : std::nullopt;
     });
 }
 
-std::map<std::string, int> InstanceLauncher::migrateSharedUserFolders(const Path& home,
-                                                                      const Path& into) {
-    return migrate(home,
-                   [&](std::string_view name) { return std::optional(paths::join(into, name)); });
+std::map<std::string, int> SharedUserFolders::migrate(const Path& home, const Path& into) {
+    return migrateEach(
+        home, [&](std::string_view name) { return std::optional(paths::join(into, name)); });
 }
 
 } // namespace ambrel

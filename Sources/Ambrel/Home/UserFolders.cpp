@@ -3,7 +3,6 @@
 #include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Instance/BundleScan.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 #include <algorithm>
 
@@ -17,18 +16,19 @@ bool isOrContains(const Path& place, const Path& home) {
 
 } // namespace
 
-UserFolders::UserFolders(Path instanceHome)
-    : instanceHome_(std::move(instanceHome)), settings_(userFolderSettings()) {}
+UserFolders::UserFolders(UserPlaces user, Path instanceHome)
+    : user_(std::move(user)), instanceHome_(std::move(instanceHome)),
+      settings_(userFolderSettings(user_)) {}
 
 std::optional<Path> UserFolders::find(std::string_view name) {
     const auto setting = settings_.find(name);
-    if (setting == settings_.end()) return paths::join(userHome(), name);
+    if (setting == settings_.end()) return paths::join(user_.home, name);
     return isShareable(setting->second) ? std::optional(setting->second) : std::nullopt;
 }
 
-std::vector<Path> UserFolders::allSet() {
+std::vector<Path> UserFolders::allSet(const UserPlaces& user) {
     std::vector<Path> places;
-    for (const auto& [name, place] : userFolderSettings()) {
+    for (const auto& [name, place] : userFolderSettings(user)) {
         if (!place.empty()) places.push_back(place);
     }
     return places;
@@ -36,7 +36,7 @@ std::vector<Path> UserFolders::allSet() {
 
 bool UserFolders::isShareable(const Path& place) {
     if (place.empty()) return false;
-    if (isOrContains(place, userHome()) || isOrContains(place, instanceHome_)) return false;
+    if (isOrContains(place, user_.home) || isOrContains(place, instanceHome_)) return false;
     const auto& known = otherHomes();
     const auto real = folders::canonical(place);
     const auto isHome = [&](const Path& home) {
@@ -55,9 +55,10 @@ const UserFolders::OtherHomes& UserFolders::otherHomes() {
         known.parents.insert(Path(paths::deletingLastComponent(home)));
     };
     // Not from the registry, which sorts by name: the runner starts without the library for that.
-    for (const auto& bundle : bundlesIn(defaultInstanceFolders())) {
+    for (const auto& bundle : bundlesIn(defaultInstanceFolders(user_))) {
         const auto config = configIn(bundle);
-        const Path home(paths::withoutTrailingSlashes(config ? config->resolvedHome() : Path()));
+        const Path home(
+            paths::withoutTrailingSlashes(config ? config->resolvedHome(user_) : Path()));
         if (!home.starts_with('/')) continue;
         add(home);
         add(folders::canonical(home));

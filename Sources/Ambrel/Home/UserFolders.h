@@ -15,7 +15,7 @@ namespace ambrel {
 class UserFolders {
 public:
     /// For the instance whose home is `instanceHome` (absolute).
-    explicit UserFolders(Path instanceHome);
+    UserFolders(UserPlaces user, Path instanceHome);
 
     /// The user's folder for the shared name `name`, existing or not: the one that the user has
     /// set, else the one of that name in the user's home. Absent when a setting names no usable
@@ -25,7 +25,7 @@ public:
 
     /// Every place that the user has set for one of these folders, whether it would be shared or
     /// not.
-    static std::vector<Path> allSet();
+    static std::vector<Path> allSet(const UserPlaces& user);
 
 private:
     /// Homes of the known instances, by their paths and by where links lead from there. What
@@ -38,6 +38,7 @@ private:
     bool isShareable(const Path& place);
     const OtherHomes& otherHomes();
 
+    UserPlaces user_;
     Path instanceHome_;
     UserFolderSettings settings_;
     std::optional<OtherHomes> otherHomes_;

@@ -2,7 +2,6 @@
 
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 namespace ambrel {
 
@@ -29,7 +28,9 @@ std::vector<Path> bundlesIn(const std::vector<Path>& folders) {
     return bundles;
 }
 
-std::vector<Path> defaultInstanceFolders() { return {expandingTilde("~/Applications")}; }
+std::vector<Path> defaultInstanceFolders(const UserPlaces& user) {
+    return {user.expandingTilde("~/Applications")};
+}
 
 std::optional<InstanceConfig> configIn(const Path& bundle) {
     try {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/Instance/InstanceConfig.h"
+#include "Ambrel/Platform/UserPlaces.h"
 
 #include <optional>
 #include <vector>
@@ -12,7 +13,7 @@ namespace ambrel {
 std::vector<Path> bundlesIn(const std::vector<Path>& folders);
 
 /// The folders in which instances are looked for unless others are given: ~/Applications.
-std::vector<Path> defaultInstanceFolders();
+std::vector<Path> defaultInstanceFolders(const UserPlaces& user);
 
 /// What the instance.json of the bundle holds; absent when there is none that can be decoded.
 std::optional<InstanceConfig> configIn(const Path& bundle);

@@ -1,7 +1,6 @@
 #include "Ambrel/Instance/InstanceConfig.h"
 
 #include "Ambrel/Formats/Json.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 namespace ambrel {
 
@@ -104,21 +103,23 @@ std::string InstanceConfig::encode() const {
 
 Path InstanceConfig::targetAppURL() const { return targetAppPath; }
 
-Path InstanceConfig::resolvedHome() const { return expandingTilde(instanceHome); }
-
-std::vector<std::string> InstanceConfig::resolvedArgs() const {
-    return replacingPlaceholders(extraArgs, resolvedHome());
+Path InstanceConfig::resolvedHome(const UserPlaces& user) const {
+    return user.expandingTilde(instanceHome);
 }
 
-StringMap InstanceConfig::resolvedEnvironment() const {
-    const auto home = resolvedHome();
+std::vector<std::string> InstanceConfig::resolvedArgs(const UserPlaces& user) const {
+    return replacingPlaceholders(extraArgs, resolvedHome(user));
+}
+
+StringMap InstanceConfig::resolvedEnvironment(const UserPlaces& user) const {
+    const auto home = resolvedHome(user);
     StringMap result;
     for (const auto& [key, value] : environment) result[key] = replacingPlaceholder(value, home);
     return result;
 }
 
-std::vector<std::string> InstanceConfig::resolvedCommandArgs() const {
-    return replacingPlaceholders(commandArgs, resolvedHome());
+std::vector<std::string> InstanceConfig::resolvedCommandArgs(const UserPlaces& user) const {
+    return replacingPlaceholders(commandArgs, resolvedHome(user));
 }
 
 } // namespace ambrel

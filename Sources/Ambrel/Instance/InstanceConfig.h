@@ -3,6 +3,7 @@
 #include "Ambrel/Base/CodingError.h"
 #include "Ambrel/Base/Path.h"
 #include "Ambrel/Instance/Strategy.h"
+#include "Ambrel/Platform/UserPlaces.h"
 
 #include <map>
 #include <optional>
@@ -99,13 +100,13 @@ struct InstanceConfig {
     /// `targetAppPath` as it stands, without tilde expansion.
     Path targetAppURL() const;
     /// `instanceHome` with its tilde expanded; otherwise unchanged.
-    Path resolvedHome() const;
+    Path resolvedHome(const UserPlaces& user) const;
     /// `extraArgs` with every placeholder replaced by `resolvedHome`.
-    std::vector<std::string> resolvedArgs() const;
+    std::vector<std::string> resolvedArgs(const UserPlaces& user) const;
     /// `environment` with the placeholders in its values replaced; keys stay as they are.
-    StringMap resolvedEnvironment() const;
+    StringMap resolvedEnvironment(const UserPlaces& user) const;
     /// `commandArgs` with every placeholder replaced by `resolvedHome`.
-    std::vector<std::string> resolvedCommandArgs() const;
+    std::vector<std::string> resolvedCommandArgs(const UserPlaces& user) const;
 };
 
 } // namespace ambrel

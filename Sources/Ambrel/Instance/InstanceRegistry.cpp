@@ -4,7 +4,6 @@
 #include "Ambrel/Instance/BundleScan.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 #include <algorithm>
 
@@ -27,10 +26,12 @@ std::optional<Path> InstanceRecord::iconURL() const {
     return fileSystem::exists(icon) ? std::optional(std::move(icon)) : std::nullopt;
 }
 
-InstanceRegistry::InstanceRegistry(const std::optional<std::vector<Path>>& dirs)
-    : searchDirs(dirs ? *dirs : defaultSearchDirs()) {}
+InstanceRegistry::InstanceRegistry(UserPlaces user, const std::optional<std::vector<Path>>& dirs)
+    : searchDirs(dirs ? *dirs : defaultSearchDirs(user)), user_(std::move(user)) {}
 
-std::vector<Path> InstanceRegistry::defaultSearchDirs() { return defaultInstanceFolders(); }
+std::vector<Path> InstanceRegistry::defaultSearchDirs(const UserPlaces& user) {
+    return defaultInstanceFolders(user);
+}
 
 std::vector<InstanceRecord> InstanceRegistry::list() const {
     std::vector<InstanceRecord> records;
@@ -54,9 +55,9 @@ void InstanceRegistry::remove(const InstanceRecord& record, UserData data) const
     // One that may be there but cannot be seen counts as there: its data must not go alone.
     if (!fileSystem::isMissing(record.bundleURL)) fileSystem::removeTree(record.bundleURL);
     if (data == UserData::keep) return;
-    const auto home = expandingTilde(record.config.instanceHome);
+    const auto home = record.config.resolvedHome(user_);
     // An instance may be set up to live in the user's own home folder.
-    if (home.empty() || home == userHome()) return;
+    if (home.empty() || home == user_.home) return;
     removeIfPossible(home);
 }
 

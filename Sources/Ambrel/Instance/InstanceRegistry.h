@@ -28,10 +28,11 @@ enum class UserData { keep, remove };
 class InstanceRegistry {
 public:
     /// `searchDirs` absent: the default folder. Present, even empty: exactly these.
-    explicit InstanceRegistry(const std::optional<std::vector<Path>>& searchDirs = {});
+    explicit InstanceRegistry(UserPlaces user,
+                              const std::optional<std::vector<Path>>& searchDirs = {});
 
     /// The user's "~/Applications", expanded.
-    static std::vector<Path> defaultSearchDirs();
+    static std::vector<Path> defaultSearchDirs(const UserPlaces& user);
 
     /// The instances lying directly in the search folders, sorted by display name without regard
     /// to case. Unreadable folders and bundles are skipped; never fails.
@@ -54,6 +55,9 @@ public:
                 const std::function<void(InstanceConfig&)>& edit) const;
 
     std::vector<Path> searchDirs;
+
+private:
+    UserPlaces user_;
 };
 
 } // namespace ambrel

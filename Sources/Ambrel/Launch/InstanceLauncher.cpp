@@ -1,24 +1,16 @@
 #include "Ambrel/Launch/InstanceLauncher.h"
 
 #include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Home/DesktopAccess.h"
+#include "Ambrel/Home/SharedUserFolders.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/ProcessName.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 namespace ambrel {
 
-LaunchError::LaunchError(Kind errorKind, const std::string& text, const std::string& about)
-    : std::runtime_error(utf8::oneLine(text)), kind(errorKind), subject(about) {}
-
-LaunchError LaunchError::badBundle(const Path& app) {
-    return {Kind::badBundle, "Not a readable .app bundle: " + app, app};
-}
-
-LaunchError LaunchError::unsupported(const std::string& reason) {
-    return {Kind::unsupported, "App not clonable: " + reason, reason};
-}
-
 namespace {
+
+static_assert(InstanceLauncher::sharedUserFolders == SharedUserFolders::names);
 
 constexpr const char* keychains = "Library/Keychains";
 
@@ -42,37 +34,34 @@ void tryCreateHome(const Path& home) noexcept {
     }
 }
 
-ChildProcess launchFile(const InstanceConfig& config, const SystemTools& tools) {
-    if (isMissing(config.openPath))
+ChildProcess launchFile(const ResolvedInstance& instance, const SystemTools& tools) {
+    if (isMissing(instance.openPath))
         throw LaunchError::unsupported("file shortcut has no target path");
-    return launched({.executable = tools.open, .arguments = {expandingTilde(*config.openPath)}});
+    return launched({.executable = tools.open, .arguments = {*instance.openPath}});
 }
 
-ChildProcess launchCommand(const InstanceConfig& config) {
-    if (isMissing(config.commandPath)) {
+ChildProcess launchCommand(const ResolvedInstance& instance, const Environment& inherited) {
+    if (isMissing(instance.commandPath)) {
         throw LaunchError::unsupported("command shortcut has no executable");
     }
-    const auto home = config.resolvedHome();
-    tryCreateHome(home);
-    ChildProcess::Setup setup{.executable = expandingTilde(*config.commandPath),
-                              .arguments = config.resolvedCommandArgs()};
-    if (!isMissing(config.workingDirectory)) {
-        setup.currentDirectory = expandingTilde(*config.workingDirectory);
+    tryCreateHome(instance.home);
+    ChildProcess::Setup setup{.executable = *instance.commandPath,
+                              .arguments = instance.commandArgs};
+    if (!isMissing(instance.workingDirectory)) setup.currentDirectory = instance.workingDirectory;
+    if (!instance.environment.empty()) { // without, the runner's own is inherited as it stands
+        setup.environment = inherited;
+        overwrite(*setup.environment, instance.environment);
     }
-    if (!config.environment.empty()) { // without, the runner's own is inherited as it stands
-        setup.environment = processEnvironment();
-        overwrite(*setup.environment, config.resolvedEnvironment());
-    }
-    setup.standardOutput = InstanceLauncher::instanceLogHandle(home);
+    setup.standardOutput = InstanceLauncher::instanceLogHandle(instance.home);
     setup.standardError = setup.standardOutput;
     return launched(std::move(setup));
 }
 
-Environment isolatedEnvironment(const Path& home, const StringMap& configured) {
-    auto environment = processEnvironment();
+Environment isolatedEnvironment(Environment environment, const Path& home,
+                                const StringMap& configured, const UserPlaces& user) {
     environment["HOME"] = home;
     environment["CFFIXED_USER_HOME"] = home;
-    redirectHomeVariables(environment, home);
+    redirectHomeVariables(environment, home, user);
     overwrite(environment, configured); // the configuration has the last word
     return environment;
 }
@@ -93,20 +82,22 @@ AppBundle readBundle(const Path& appURL, const SystemTools& tools) {
     return std::move(*app);
 }
 
-ChildProcess startApp(const AppBundle& app, const AppStart& start) {
+ChildProcess startApp(const AppBundle& app, const AppStart& start, const UserPlaces& user,
+                      const Environment& inherited) {
     fileSystem::createFolders(start.home);
     const auto log = InstanceLauncher::instanceLogHandle(start.home);
     // Checked this late on purpose: a refused app still leaves its home folder and log behind.
     if (start.strategy == Strategy::unsupported) throw LaunchError::unsupported(app.bundleId);
-    InstanceLauncher::ensureKeychainAccess(start.home);
-    InstanceLauncher::ensureDesktopAccess(start.home);
-    if (start.sharesTrash) InstanceLauncher::ensureSharedTrash(start.home);
-    return launched({.executable = app.executableURL(),
-                     .arguments = start.arguments,
-                     .environment = isolatedEnvironment(start.home, start.environment),
-                     .standardOutput = log,
-                     .standardError = log,
-                     .processName = start.processName});
+    InstanceLauncher::ensureKeychainAccess(start.home, user);
+    DesktopAccess::ensure(start.home, user);
+    if (start.sharesTrash) DesktopAccess::ensureTrash(start.home, user);
+    return launched(
+        {.executable = app.executableURL(),
+         .arguments = start.arguments,
+         .environment = isolatedEnvironment(inherited, start.home, start.environment, user),
+         .standardOutput = log,
+         .standardError = log,
+         .processName = start.processName});
 }
 
 /// The configured name of the process, where this system has a use for it.
@@ -122,48 +113,53 @@ bool isControl(char32_t character) {
     return character < 0x20 || (character >= 0x7F && character < 0xA0);
 }
 
-ChildProcess launchApp(const InstanceConfig& config, const SystemTools& tools) {
-    const auto home = config.resolvedHome();
+ChildProcess launchApp(const ResolvedInstance& instance, const UserPlaces& user,
+                       const Environment& inherited, const SystemTools& tools) {
+    const auto& config = instance.config;
     // Before the bundle is looked at, and whatever the strategy.
-    if (config.shareUserFolders) InstanceLauncher::ensureSharedUserFolders(home);
+    if (config.shareUserFolders) SharedUserFolders::ensure(instance.home, user);
     return startApp(readBundle(config.targetAppURL(), tools),
-                    {.home = home,
+                    {.home = instance.home,
                      .strategy = config.strategy,
-                     .arguments = config.resolvedArgs(),
-                     .environment = config.resolvedEnvironment(),
+                     .arguments = instance.args,
+                     .environment = instance.environment,
                      .processName = configuredProcessName(config),
-                     .sharesTrash = config.shareUserFolders});
+                     .sharesTrash = config.shareUserFolders},
+                    user, inherited);
 }
 
 } // namespace
 
-ChildProcess InstanceLauncher::launch(const InstanceConfig& config, const SystemTools& tools) {
-    switch (config.kind) {
+ChildProcess InstanceLauncher::launch(const ResolvedInstance& instance, const UserPlaces& user,
+                                      const Environment& inherited, const SystemTools& tools) {
+    switch (instance.config.kind) {
     case ShortcutKind::web:
         break;
     case ShortcutKind::file:
-        return launchFile(config, tools);
+        return launchFile(instance, tools);
     case ShortcutKind::command:
-        return launchCommand(config);
+        return launchCommand(instance, inherited);
     case ShortcutKind::app:
-        return launchApp(config, tools);
+        return launchApp(instance, user, inherited, tools);
     }
     throw LaunchError::unsupported("web shortcuts run in the runner's web host");
 }
 
 ChildProcess InstanceLauncher::launch(const Path& appURL, const Path& home, Strategy strategy,
                                       const std::vector<std::string>& extraArgs,
-                                      const StringMap& environment, const SystemTools& tools,
+                                      const StringMap& environment, const UserPlaces& user,
+                                      const Environment& inherited, const SystemTools& tools,
                                       const std::optional<std::string>& processName) {
     const auto app = readBundle(appURL, tools);
-    return launch(app, home, strategy, extraArgs, environment, processName);
+    return launch(app, home, strategy, extraArgs, environment, user, inherited, processName);
 }
 
 ChildProcess InstanceLauncher::launch(const AppBundle& app, const Path& home, Strategy strategy,
                                       const std::vector<std::string>& extraArgs,
-                                      const StringMap& environment,
+                                      const StringMap& environment, const UserPlaces& user,
+                                      const Environment& inherited,
                                       const std::optional<std::string>& processName) {
-    return startApp(app, {home, strategy, extraArgs, environment, processName});
+    return startApp(app, {home, strategy, extraArgs, environment, processName}, user, inherited);
 }
 
 bool InstanceLauncher::isUsableProcessName(std::string_view name) noexcept {
@@ -175,8 +171,39 @@ bool InstanceLauncher::isUsableProcessName(std::string_view name) noexcept {
     return true;
 }
 
-void InstanceLauncher::ensureKeychainAccess(const Path& home) noexcept {
-    linkIfSafe(paths::join(home, keychains), paths::join(userHome(), keychains));
+void InstanceLauncher::ensureKeychainAccess(const Path& home, const UserPlaces& user) noexcept {
+    linkIfSafe(paths::join(home, keychains), paths::join(user.home, keychains));
+}
+
+void InstanceLauncher::ensureDesktopAccess(const Path& home, const UserPlaces& user) noexcept {
+    DesktopAccess::ensure(home, user);
+}
+
+void InstanceLauncher::ensureSharedTrash(const Path& home, const UserPlaces& user) noexcept {
+    DesktopAccess::ensureTrash(home, user);
+}
+
+void InstanceLauncher::ensureSharedUserFolders(const Path& home, const UserPlaces& user) noexcept {
+    SharedUserFolders::ensure(home, user);
+}
+
+void InstanceLauncher::linkIfSafe(const Path& link, const Path& target) noexcept {
+    SharedUserFolders::linkIfSafe(link, target);
+}
+
+bool InstanceLauncher::needsSharedFolderMigration(const Path& home,
+                                                  const UserPlaces& user) noexcept {
+    return SharedUserFolders::needsMigration(home, user);
+}
+
+std::map<std::string, int> InstanceLauncher::migrateSharedUserFolders(const Path& home,
+                                                                      const UserPlaces& user) {
+    return SharedUserFolders::migrate(home, user);
+}
+
+std::map<std::string, int> InstanceLauncher::migrateSharedUserFolders(const Path& home,
+                                                                      const Path& into) {
+    return SharedUserFolders::migrate(home, into);
 }
 
 std::shared_ptr<const OwnedFd> InstanceLauncher::instanceLogHandle(const Path& home) noexcept {

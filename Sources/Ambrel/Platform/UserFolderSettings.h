@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/Base/Path.h"
+#include "Ambrel/Platform/UserPlaces.h"
 
 #include <functional>
 #include <map>
@@ -14,10 +14,10 @@ using UserFolderSettings = std::map<std::string, Path, std::less<>>;
 
 /// Where the user has set the own folders "Downloads", "Documents" and "Desktop" to lie, an
 /// absolute path, or the empty one where the setting names no place that could be used. A folder
-/// without a setting is absent; it lies in userHome() under its name. On Linux from
-/// userConfigFolder()/user-dirs.dirs, in the form that xdg-user-dirs writes; on macOS always empty.
+/// without a setting is absent; it lies in user.home under its name. On Linux from
+/// user.config/user-dirs.dirs, in the form that xdg-user-dirs writes; on macOS always empty.
 /// Reads the file at each call; one that is there but cannot be read names no usable place for any.
-UserFolderSettings userFolderSettings();
+UserFolderSettings userFolderSettings(const UserPlaces& user);
 
 /// A file below a home folder that tells programs where in it the own folders lie.
 struct UserFolderFile {

@@ -20,6 +20,10 @@ struct UserPlaces {
     /// anything else leave the path as it is; nothing else is normalised.
     Path expandingTilde(const Path& path) const;
 
+    /// Those of a user with this home (empty: none) whose programs keep everything where programs
+    /// of this system do unless they are told otherwise.
+    static UserPlaces usual(const Path& home);
+
     /// Those of this process, asked now. `home` is CFFIXED_USER_HOME when set and not empty, else
     /// the account's in the user database, else HOME. On Linux `config` and `data` are
     /// XDG_CONFIG_HOME and XDG_DATA_HOME where they are absolute, else their defaults below `home`

@@ -1,7 +1,7 @@
+#include "Ambrel/Wrapper/InfoPlist.h"
+
 #include "Ambrel/Instance/BundleLayout.h"
-#include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Wrapper/WrapperGenerator.h"
 
 #include <charconv>
 
@@ -59,23 +59,22 @@ std::optional<std::int64_t> integer(std::string_view text) {
 
 } // namespace
 
-void WrapperGenerator::writeInfoPlist(const Options& options,
-                                      const std::optional<std::string>& iconFile,
-                                      const Path& contents) const {
-    const auto& config = options.config;
+PropertyListDictionary infoPlistFor(const InstanceConfig& config,
+                                    const std::optional<std::string>& iconFile,
+                                    WrapperIcon wrapperIcon) {
     auto entries = fixedEntries(config);
     if (iconFile) entries["CFBundleIconFile"] = value(*iconFile);
-    if (options.hideWrapperIcon) entries["LSUIElement"] = value(true);
+    if (wrapperIcon == WrapperIcon::hidden) entries["LSUIElement"] = value(true);
     if (config.registerAsBrowser) entries["CFBundleURLTypes"] = browserTypes(config);
     if (config.openWithPassthrough) entries["CFBundleDocumentTypes"] = documentTypes();
     // Last on purpose: an override may replace anything, the identifier and the executable too.
     for (const auto& [key, text] : config.infoPlistOverrides) {
-        entries[key] = coercePlistValue(text);
+        entries[key] = coercedPlistValue(text);
     }
-    fileSystem::write(paths::join(contents, "Info.plist"), xmlPropertyList(entries));
+    return entries;
 }
 
-PropertyListValue WrapperGenerator::coercePlistValue(const std::string& text) {
+PropertyListValue coercedPlistValue(const std::string& text) {
     const auto trimmed = text::trimmingWhitespace(text);
     const auto lower = text::lowercased(trimmed);
     if (lower == "true" || lower == "yes") return value(true);

@@ -2,7 +2,6 @@
 
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Platform/UserPaths.h"
 #include "Ambrel/Wrapper/RunnerLocator.h"
 
 namespace ambrel {
@@ -38,13 +37,14 @@ Target targetFor(const WrapperFactory::Request& request) {
     const auto app = AppBundle::read(*request.targetApp);
     if (!app) throw FactoryError::badTarget(*request.targetApp);
     // An empty list is a wish for no arguments; only a missing one is worked out.
-    if (!request.extraArgs) arguments = WrapperFactory::autoDataDirArgs(app->url, app->bundleId);
+    if (!request.extraArgs) arguments = autoDataDirArgs(app->url, app->bundleId);
     return {*request.targetApp, std::move(arguments)};
 }
 
 } // namespace
 
-WrapperFactory::WrapperFactory(std::optional<Path> runner) : runnerBinary(std::move(runner)) {}
+WrapperFactory::WrapperFactory(UserPlaces user, std::optional<Path> runner)
+    : runnerBinary(std::move(runner)), user_(std::move(user)) {}
 
 Path WrapperFactory::create(const Request& request) const {
     const auto name = text::trimmingWhitespaceAndNewlines(request.displayName);
@@ -54,7 +54,7 @@ Path WrapperFactory::create(const Request& request) const {
                             : RunnerLocator::locate(MainBundle::current(), SystemFileManager());
     if (!runner) throw FactoryError::runnerNotFound();
     const auto config = configFor(request, name);
-    return WrapperGenerator().generate(request.outputDir.value_or(defaultOutputDir()),
+    return WrapperGenerator().generate(request.outputDir.value_or(defaultOutputDir(user_)),
                                        {.config = config,
                                         .runnerBinary = *runner,
                                         .customIcon = request.customIcon,
@@ -87,7 +87,9 @@ InstanceConfig WrapperFactory::configFor(const Request& request, const std::stri
     };
 }
 
-Path WrapperFactory::defaultOutputDir() { return expandingTilde("~/Applications"); }
+Path WrapperFactory::defaultOutputDir(const UserPlaces& user) {
+    return user.expandingTilde("~/Applications");
+}
 
 std::string WrapperFactory::defaultBundleId(const std::string& displayName) {
     return "app.korvane.instance." + idFragment(displayName);
@@ -101,6 +103,23 @@ std::string WrapperFactory::idFragment(const std::string& name) {
         utf8::append(fragment, kept ? *character : U'-');
     }
     return text::lowercased(fragment);
+}
+
+AppEngine WrapperFactory::detectEngine(const Path& app,
+                                       const std::optional<std::string>& bundleId) {
+    return ambrel::findEngine(app, bundleId).engine;
+}
+
+EngineFinding WrapperFactory::findEngine(const Path& app,
+                                         const std::optional<std::string>& bundleId) {
+    return ambrel::findEngine(app, bundleId);
+}
+
+bool WrapperFactory::isElectron(const Path& app) { return ambrel::isElectron(app); }
+
+std::vector<std::string>
+WrapperFactory::autoDataDirArgs(const Path& app, const std::optional<std::string>& bundleId) {
+    return ambrel::autoDataDirArgs(app, bundleId);
 }
 
 Path WrapperFactory::defaultInstanceHome(const std::string& displayName) {

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Ambrel/Application/AppEngine.h"
+#include "Ambrel/Platform/UserPlaces.h"
 #include "Ambrel/Wrapper/WrapperGenerator.h"
-
-#include <array>
 
 namespace ambrel {
 
@@ -21,7 +21,7 @@ public:
         std::vector<std::string> commandArgs;
         std::optional<Path> workingDirectory;
         std::optional<Path> instanceHome;    ///< default: "~/KorvaneInstances/" + name, unexpanded
-        std::optional<Path> outputDir;       ///< default: defaultOutputDir()
+        std::optional<Path> outputDir;       ///< default: defaultOutputDir() of the user
         std::optional<std::string> bundleId; ///< default: defaultBundleId(name)
         Strategy strategy{};
         std::optional<Path> customIcon;
@@ -37,8 +37,8 @@ public:
         bool shareUserFolders = true;
     };
 
-    /// The engine of an application, which decides how it is given a data folder of its own.
-    enum class AppEngine { electron, chromium, firefox, eclipse, other };
+    using AppEngine = ambrel::AppEngine;
+    using EngineFinding = ambrel::EngineFinding;
 
     struct FactoryError : std::runtime_error {
         enum class Kind { badTarget, runnerNotFound, emptyName };
@@ -53,36 +53,25 @@ public:
         FactoryError(Kind kind, const std::string& text, const Path& subject = {});
     };
 
-    /// How an engine was told: the file below the bundle, or the identifier, that proved it.
-    /// `proof` is empty for AppEngine::other.
-    struct EngineFinding {
-        AppEngine engine{};
-        std::string proof;
-    };
-
     /// `runnerBinary` is embedded in every wrapper; absent, RunnerLocator is asked at creation.
-    explicit WrapperFactory(std::optional<Path> runnerBinary = {});
+    explicit WrapperFactory(UserPlaces user, std::optional<Path> runnerBinary = {});
 
     /// Writes the wrapper and returns its path. Throws FactoryError, in the order empty name,
     /// missing runner, bad target, before anything is written, and whatever the generator throws.
     Path create(const Request& request) const;
 
     /// "~/Applications" in the user's home folder.
-    static Path defaultOutputDir();
+    static Path defaultOutputDir(const UserPlaces& user);
     /// "app.korvane.instance." + idFragment(displayName).
     static std::string defaultBundleId(const std::string& displayName);
     /// Every character that is no letter, mark or digit becomes "-", the rest lower case. Nothing
     /// is collapsed, trimmed or shortened.
     static std::string idFragment(const std::string& text);
-    /// The engine of the bundle at `app`. `bundleId` absent: read from the bundle, empty when it
-    /// cannot be read. Never fails for an unreadable bundle.
+    // What Application/AppEngine.h tells of the bundle at `app`.
     static AppEngine detectEngine(const Path& app, const std::optional<std::string>& bundleId = {});
-    /// The same with the reason.
     static EngineFinding findEngine(const Path& app,
                                     const std::optional<std::string>& bundleId = {});
     static bool isElectron(const Path& app);
-    /// The arguments that give the engine of `app` a data folder of its own, with the placeholder
-    /// for the instance home unexpanded; empty for an unknown engine.
     static std::vector<std::string>
     autoDataDirArgs(const Path& app, const std::optional<std::string>& bundleId = {});
     /// The default private home, with the tilde kept: "~/KorvaneInstances/" + the trimmed name.
@@ -92,17 +81,8 @@ public:
 
 private:
     InstanceConfig configFor(const Request& request, const std::string& name) const;
-};
 
-template <> struct RawValues<WrapperFactory::AppEngine> {
-    using AppEngine = WrapperFactory::AppEngine;
-    static constexpr std::array<std::pair<AppEngine, std::string_view>, 5> table{{
-        {AppEngine::electron, "electron"},
-        {AppEngine::chromium, "chromium"},
-        {AppEngine::firefox, "firefox"},
-        {AppEngine::eclipse, "eclipse"},
-        {AppEngine::other, "other"},
-    }};
+    UserPlaces user_;
 };
 
 } // namespace ambrel

@@ -6,6 +6,7 @@
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
+#include "Ambrel/Wrapper/InfoPlist.h"
 
 namespace ambrel {
 
@@ -95,6 +96,18 @@ std::optional<std::string> WrapperGenerator::installIcon(const Options& options,
                           tryCompose(*source, *options.config.iconLabel, destination);
     if (!composed) fileSystem::copyFile(*source, destination);
     return std::string(BundleLayout::iconName);
+}
+
+void WrapperGenerator::writeInfoPlist(const Options& options,
+                                      const std::optional<std::string>& iconFile,
+                                      const Path& contents) const {
+    const auto icon = options.hideWrapperIcon ? WrapperIcon::hidden : WrapperIcon::shown;
+    fileSystem::write(paths::join(contents, "Info.plist"),
+                      xmlPropertyList(infoPlistFor(options.config, iconFile, icon)));
+}
+
+PropertyListValue WrapperGenerator::coercePlistValue(const std::string& text) {
+    return coercedPlistValue(text);
 }
 
 } // namespace ambrel

@@ -44,9 +44,7 @@ public:
     void writeInfoPlist(const Options& options, const std::optional<std::string>& iconFile,
                         const Path& contents) const;
 
-    /// The property-list value of an override: a Boolean for true, yes, false and no in any case
-    /// and with blanks around them, a signed 64-bit integer for decimal digits with an optional
-    /// sign, else the text exactly as it was passed.
+    /// The property-list value of an override; see coercedPlistValue().
     static PropertyListValue coercePlistValue(const std::string& text);
 
 private:

@@ -10,7 +10,7 @@
 /// How the system's desktop knows an instance: its entry in menus and docks, with name and icons.
 /// One backend for each system. On Linux the entry is a file by the Desktop Entry Specification
 /// called desktopId(bundleId), with icons in the theme hicolor and, where the bundle's path needs
-/// it, a script that opens the instance; all lie below userDataFolder().
+/// it, a script that opens the instance; all lie below user.data.
 ///
 /// A bundle's entry says whose it is, and no other is ever changed or removed. An instance that is
 /// named by a link counts as the bundle that the link leads to.
@@ -24,27 +24,30 @@ struct Entry {
 };
 
 /// The entry of this instance; absent when it has none, also where another's stands in its place.
-std::optional<Entry> findEntry(const ambrel::InstanceRecord& record);
+std::optional<Entry> findEntry(const ambrel::InstanceRecord& record,
+                               const ambrel::UserPlaces& user);
 
 /// Entries that stand for this bundle under other ids: those of an identifier that it had before.
 /// Never fails.
-std::vector<Entry> findFormer(const ambrel::InstanceRecord& record) noexcept;
+std::vector<Entry> findFormer(const ambrel::InstanceRecord& record,
+                              const ambrel::UserPlaces& user) noexcept;
 
 /// Throws Refusal, which ends in `wayOut`, where an instance with this identifier at `bundle` could
 /// not be registered or would hide something: an entry of its name that is not its own lies in one
 /// of the folders for entries, or a file lies in the place of its icons or script. Writes nothing.
 void requireFree(const std::string& bundleId, const ambrel::Path& bundle,
-                 const ambrel::Environment& environment, const std::string& wayOut);
+                 const ambrel::UserPlaces& user, const ambrel::Environment& environment,
+                 const std::string& wayOut);
 
 /// Makes the entry with all that belongs to it, or brings it up to date. Each file is written in
 /// one step, and only where it changes. Throws Refusal, with nothing written, where the place is
 /// not free or the instance cannot be described in an entry, and FileError, with a part written
 /// perhaps; done again it continues.
-Entry add(const ambrel::InstanceRecord& record);
+Entry add(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 
 /// Removes the entry with all that belongs to it; none that stands for another bundle by now. The
 /// bundle itself may be gone. Throws FileError: where the entry could not be removed, with all left
 /// as it was, else for the first of what belongs to it, with the others removed.
-void remove(const Entry& entry);
+void remove(const Entry& entry, const ambrel::UserPlaces& user);
 
 } // namespace korvane::registration

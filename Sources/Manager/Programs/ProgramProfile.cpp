@@ -4,7 +4,6 @@
 #include "Ambrel/Formats/Json.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/MainBundle.h"
-#include "Ambrel/Platform/UserPaths.h"
 #include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
 
@@ -30,9 +29,9 @@ WindowName windowNameFrom(const json::Value& value, const std::string& path) {
 }
 
 /// The user's own profiles come first, so that they can correct installed ones.
-std::vector<Path> profileFolders() {
+std::vector<Path> profileFolders(const ambrel::UserPlaces& user) {
     std::vector<Path> folders;
-    const auto own = ambrel::userConfigFolder();
+    const auto& own = user.config;
     if (!own.empty()) folders.push_back(paths::join(own, "korvane/profiles"));
     const auto resources = ambrel::MainBundle::current().resourceURL;
     if (resources) folders.push_back(paths::join(*resources, "profiles"));
@@ -92,11 +91,12 @@ ProgramProfile ProgramProfile::decode(std::string_view text) {
     return result;
 }
 
-std::optional<ProgramProfile> findProfile(const std::string& bundleId) {
+std::optional<ProgramProfile> findProfile(const std::string& bundleId,
+                                          const ambrel::UserPlaces& user) {
     const bool isName = !bundleId.empty() && bundleId.find('/') == std::string::npos &&
                         bundleId.find('\0') == std::string::npos;
     if (!isName) return std::nullopt;
-    for (const auto& folder : profileFolders()) {
+    for (const auto& folder : profileFolders(user)) {
         const auto file = paths::join(folder, bundleId + ".json");
         if (fileSystem::kindOf(file)) return read(file, bundleId);
     }

@@ -42,6 +42,7 @@ struct ProgramProfile {
 /// (korvane/profiles in the user's configuration folder), else the one installed with the manager.
 /// Absent when there is none. Throws Refusal for one that cannot be read or describes another
 /// application.
-std::optional<ProgramProfile> findProfile(const std::string& bundleId);
+std::optional<ProgramProfile> findProfile(const std::string& bundleId,
+                                          const ambrel::UserPlaces& user);
 
 } // namespace korvane

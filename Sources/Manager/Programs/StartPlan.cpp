@@ -111,12 +111,12 @@ void addProfile(StartPlan& plan, ProgramProfile found, const AppBundle& app,
 } // namespace
 
 StartPlan planStart(const AppBundle& app, const std::string& desktopId, UseProfile use,
-                    const ambrel::Environment& environment) {
+                    const ambrel::UserPlaces& user, const ambrel::Environment& environment) {
     StartPlan plan;
     plan.arguments = WrapperFactory::autoDataDirArgs(app.url, app.bundleId);
     plan.environment = installedProgram::separatingVariables();
     if (use == UseProfile::no) return plan;
-    if (auto found = findProfile(app.bundleId)) {
+    if (auto found = findProfile(app.bundleId, user)) {
         addProfile(plan, std::move(*found), app, environment);
     }
     const bool isSaid = plan.profile && plan.profile->windowName;

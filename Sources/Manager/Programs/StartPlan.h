@@ -27,7 +27,7 @@ struct StartPlan {
 /// Looks the profile of `app` up and puts the plan together for an instance that the desktop knows
 /// as `desktopId`. Throws Refusal for a profile that cannot be used.
 StartPlan planStart(const ambrel::AppBundle& app, const std::string& desktopId, UseProfile use,
-                    const ambrel::Environment& environment);
+                    const ambrel::UserPlaces& user, const ambrel::Environment& environment);
 
 /// The program behind `app`: what an adopted program's launcher starts, else its executable.
 ambrel::Path programOf(const ambrel::AppBundle& app);

@@ -5,7 +5,6 @@
 #include "Ambrel/Home/UserFolders.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/SessionLinks.h"
-#include "Ambrel/Platform/UserPaths.h"
 #include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Rules/InstanceLookup.h"
@@ -24,30 +23,29 @@ constexpr std::array<std::string_view, 5> ownFolders{"Downloads", "Documents", "
                                                      "Applications"};
 
 /// Everything of the user's that instances share or that this system keeps.
-std::vector<Path> ownPlaces() {
-    const auto user = ambrel::userHome();
-    const auto config = ambrel::userConfigFolder();
-    const auto data = ambrel::userDataFolder();
-    std::vector<Path> places{user, config, data, ambrel::paths::join(config, "korvane"),
+std::vector<Path> ownPlaces(const ambrel::UserPlaces& user) {
+    const auto& [home, config, data] = user;
+    std::vector<Path> places{home, config, data, ambrel::paths::join(config, "korvane"),
                              ambrel::paths::join(data, "applications")};
-    for (const auto folder : ownFolders) places.push_back(ambrel::paths::join(user, folder));
-    for (auto& folder : ambrel::UserFolders::allSet()) places.push_back(std::move(folder));
-    for (const auto& links : {ambrel::desktopLinks(), ambrel::trashLinks()}) {
+    for (const auto folder : ownFolders) places.push_back(ambrel::paths::join(home, folder));
+    for (auto& folder : ambrel::UserFolders::allSet(user)) places.push_back(std::move(folder));
+    for (const auto& links : {ambrel::sessionLinks(user), ambrel::trashLinks(user)}) {
         for (const auto& link : links) places.push_back(link.target);
     }
     return places;
 }
 
-void requireApartFromUser(const Path& home) {
-    for (const auto& place : ownPlaces()) {
+void requireApartFromUser(const Path& home, const ambrel::UserPlaces& user) {
+    for (const auto& place : ownPlaces(user)) {
         if (!folders::isOrLiesIn(place, home)) continue;
         throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(home) +
                       " is or contains your own folder " + ambrel::utf8::oneLine(place) + ".");
     }
 }
 
-void requireApartFrom(const InstanceRecord& other, const Path& home) {
-    const auto theirs = usableHome(other.config);
+void requireApartFrom(const InstanceRecord& other, const Path& home,
+                      const ambrel::UserPlaces& user) {
+    const auto theirs = usableHome(other.config, user);
     if (!theirs) return;
     if (!folders::isOrLiesIn(*theirs, home) && !folders::isOrLiesIn(home, *theirs)) return;
     throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(home) +
@@ -58,9 +56,10 @@ void requireApartFrom(const InstanceRecord& other, const Path& home) {
 } // namespace
 
 void requireDeletableData(const InstanceRecord& record,
-                          const std::vector<InstanceRecord>& instances) {
+                          const std::vector<InstanceRecord>& instances,
+                          const ambrel::UserPlaces& user) {
     if (record.config.instanceHome.empty()) return;
-    const auto home = usableHome(record.config);
+    const auto home = usableHome(record.config, user);
     if (!home) {
         throw Refusal("The data is not deleted: its home " + inQuotes(record.config.instanceHome) +
                       " is not an absolute path.");
@@ -70,11 +69,11 @@ void requireDeletableData(const InstanceRecord& record,
         throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(record.bundleURL) +
                       " is only a link to the instance.");
     }
-    requireApartFromUser(*home);
+    requireApartFromUser(*home, user);
     for (const auto& other : instances) {
         const bool isSelf = other.bundleURL == record.bundleURL ||
                             ambrel::fileSystem::isSameItem(other.bundleURL, record.bundleURL);
-        if (!isSelf) requireApartFrom(other, *home);
+        if (!isSelf) requireApartFrom(other, *home, user);
     }
     if (ambrel::fileSystem::kindOf(Path(ambrel::paths::withoutTrailingSlashes(*home))) ==
         ambrel::fileSystem::ItemKind::symbolicLink) {

@@ -11,6 +11,7 @@ namespace korvane {
 /// folders in it that hold the user's own files, and shares no place with the home of another of
 /// `instances`.
 void requireDeletableData(const ambrel::InstanceRecord& record,
-                          const std::vector<ambrel::InstanceRecord>& instances);
+                          const std::vector<ambrel::InstanceRecord>& instances,
+                          const ambrel::UserPlaces& user);
 
 } // namespace korvane

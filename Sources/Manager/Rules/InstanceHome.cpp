@@ -8,7 +8,6 @@
 #include "Ambrel/Platform/GuardedFolder.h"
 #include "Ambrel/Platform/SocketPath.h"
 #include "Ambrel/Platform/UserFolderSettings.h"
-#include "Ambrel/Platform/UserPaths.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "Manager/Rules/UserText.h"
 
@@ -89,9 +88,10 @@ void addVariables(FolderList& list, const ambrel::StringMap& environment) {
 
 /// What programs are to find as the user's folders: the links, or nothing where the user has
 /// switched a folder off.
-std::map<std::string, bool> foldersIn(const InstanceConfig& config, const Path& home) {
+std::map<std::string, bool> foldersIn(const InstanceConfig& config, const Path& home,
+                                      const ambrel::UserPlaces& user) {
     std::map<std::string, bool> there;
-    ambrel::UserFolders userFolders(home);
+    ambrel::UserFolders userFolders(user, home);
     for (const auto shared : ambrel::InstanceLauncher::sharedUserFolders) {
         const std::string name(shared);
         there[name] = !config.shareUserFolders || userFolders.find(name);
@@ -110,34 +110,35 @@ template <class Step> void note(std::vector<std::string>& failures, const Step& 
 
 } // namespace
 
-std::vector<Path> dataFolders(const InstanceConfig& config) {
-    const auto home = usableHome(config);
+std::vector<Path> dataFolders(const InstanceConfig& config, const ambrel::UserPlaces& user) {
+    const auto home = usableHome(config, user);
     using Kind = ambrel::ShortcutKind;
     if (!home || (config.kind != Kind::app && config.kind != Kind::command)) return {};
     FolderList list(*home);
     const bool isApp = config.kind == Kind::app;
-    addArguments(list, isApp ? config.resolvedArgs() : config.resolvedCommandArgs());
-    addVariables(list, config.resolvedEnvironment());
+    addArguments(list, isApp ? config.resolvedArgs(user) : config.resolvedCommandArgs(user));
+    addVariables(list, config.resolvedEnvironment(user));
     return list.found;
 }
 
-bool isPrivateHome(const InstanceConfig& config) {
-    const auto home = usableHome(config);
-    return home && !folders::isOrLiesIn(ambrel::userHome(), *home);
+bool isPrivateHome(const InstanceConfig& config, const ambrel::UserPlaces& user) {
+    const auto home = usableHome(config, user);
+    return home && !folders::isOrLiesIn(user.home, *home);
 }
 
-void makeHome(const InstanceConfig& config, NewFolders& folders) {
-    if (const auto home = usableHome(config)) folders.makePrivate(*home);
+void makeHome(const InstanceConfig& config, const ambrel::UserPlaces& user, NewFolders& folders) {
+    if (const auto home = usableHome(config, user)) folders.makePrivate(*home);
 }
 
 namespace {
 
-std::vector<std::string> tryMakeDataFolders(const InstanceConfig& config) {
+std::vector<std::string> tryMakeDataFolders(const InstanceConfig& config,
+                                            const ambrel::UserPlaces& user) {
     std::vector<std::string> failures;
-    const auto folders = dataFolders(config);
-    if (folders.empty() || !isPrivateHome(config)) return failures;
+    const auto folders = dataFolders(config, user);
+    if (folders.empty() || !isPrivateHome(config, user)) return failures;
     note(failures, [&] {
-        const auto root = GuardedFolder::open(*usableHome(config));
+        const auto root = GuardedFolder::open(*usableHome(config, user));
         for (const auto& folder : folders) {
             note(failures, [&] { root.folder(folder, ownerOnly); });
         }
@@ -147,12 +148,12 @@ std::vector<std::string> tryMakeDataFolders(const InstanceConfig& config) {
 
 } // namespace
 
-std::vector<std::string> furnishHome(const InstanceConfig& config) {
-    auto failures = tryMakeDataFolders(config);
-    if (config.kind != ambrel::ShortcutKind::app || !isPrivateHome(config)) return failures;
-    const auto home = *usableHome(config);
+std::vector<std::string> furnishHome(const InstanceConfig& config, const ambrel::UserPlaces& user) {
+    auto failures = tryMakeDataFolders(config, user);
+    if (config.kind != ambrel::ShortcutKind::app || !isPrivateHome(config, user)) return failures;
+    const auto home = *usableHome(config, user);
     note(failures, [&] {
-        if (const auto file = ambrel::userFolderFile(foldersIn(config, home))) {
+        if (const auto file = ambrel::userFolderFile(foldersIn(config, home, user))) {
             GuardedFolder::open(home)
                 .folder(file->folder, ownerOnly)
                 .putFile(file->name, file->text, ownerFile);
@@ -161,17 +162,17 @@ std::vector<std::string> furnishHome(const InstanceConfig& config) {
     return failures;
 }
 
-void ensureHome(const InstanceConfig& config) noexcept {
+void ensureHome(const InstanceConfig& config, const ambrel::UserPlaces& user) noexcept {
     try {
-        const auto home = usableHome(config);
+        const auto home = usableHome(config, user);
         if (!home || !ambrel::fileSystem::isMissing(*home)) {
-            tryMakeDataFolders(config); // programs go astray without them
+            tryMakeDataFolders(config, user); // programs go astray without them
             return;
         }
         NewFolders folders;
-        makeHome(config, folders);
+        makeHome(config, user, folders);
         folders.keep();
-        furnishHome(config);
+        furnishHome(config, user);
     } catch (const std::exception&) {
         // The start goes on: the library makes the home itself, or says why it cannot.
     }

@@ -22,16 +22,18 @@ namespace folders = ambrel::folders;
 
 namespace {
 
-std::vector<InstanceRecord> instancesCalled(const std::string& name) {
-    auto records = InstanceRegistry().list();
+std::vector<InstanceRecord> instancesCalled(const std::string& name,
+                                            const ambrel::UserPlaces& user) {
+    auto records = InstanceRegistry(user).list();
     std::erase_if(records,
                   [&](const InstanceRecord& record) { return record.config.displayName != name; });
     return records;
 }
 
-[[noreturn]] void refuseUnknown(const std::string& name) {
+[[noreturn]] void refuseUnknown(const std::string& name, const ambrel::UserPlaces& user) {
     std::vector<std::string> names;
-    for (const auto& record : InstanceRegistry().list()) names.push_back(record.config.displayName);
+    for (const auto& record : InstanceRegistry(user).list())
+        names.push_back(record.config.displayName);
     const auto meant = nearest(name, names);
     throw Refusal("No instance is called " + inQuotes(name) + "." +
                   (meant.empty() ? "" : " Did you mean " + inQuotes(meant) + "?") +
@@ -64,48 +66,49 @@ bool isSameBundle(const Path& left, const Path& right) {
 
 } // namespace
 
-InstanceRecord requireInstance(const std::string& name) {
+InstanceRecord requireInstance(const std::string& name, const ambrel::UserPlaces& user) {
     const bool isPath = name.find('/') != std::string::npos;
     if (!isPath) {
-        const auto found = instancesCalled(name);
+        const auto found = instancesCalled(name, user);
         if (found.size() > 1) refuseSeveral(name, found);
         if (found.size() == 1) return found.front();
     }
-    if (name.empty()) refuseUnknown(name);
-    const auto path = usablePath(name);
-    if (auto record = InstanceRegistry().recordFor(path)) return *record;
-    if (!isPath) refuseUnknown(name);
+    if (name.empty()) refuseUnknown(name, user);
+    const auto path = usablePath(name, user);
+    if (auto record = InstanceRegistry(user).recordFor(path)) return *record;
+    if (!isPath) refuseUnknown(name, user);
     refuseUnreadable(path);
     throw Refusal("There is no instance at " + ambrel::utf8::oneLine(path) + ". See: korvane list");
 }
 
-std::vector<InstanceRecord> instancesWith(const Path& folder) {
-    auto folders = InstanceRegistry::defaultSearchDirs();
+std::vector<InstanceRecord> instancesWith(const Path& folder, const ambrel::UserPlaces& user) {
+    auto folders = InstanceRegistry::defaultSearchDirs(user);
     const bool known = std::any_of(folders.begin(), folders.end(), [&](const Path& candidate) {
         return folders::areSame(candidate, folder);
     });
     if (!known) folders.push_back(folder);
-    return InstanceRegistry(folders).list();
+    return InstanceRegistry(user, folders).list();
 }
 
-std::string nameFor(const InstanceRecord& record) {
-    const auto found = instancesCalled(record.config.displayName);
+std::string nameFor(const InstanceRecord& record, const ambrel::UserPlaces& user) {
+    const auto found = instancesCalled(record.config.displayName, user);
     const bool finds = found.size() == 1 && isSameBundle(found.front().bundleURL, record.bundleURL);
     return finds ? record.config.displayName : record.bundleURL;
 }
 
-std::optional<Path> usableHome(const InstanceConfig& config) {
-    auto home = config.resolvedHome();
+std::optional<Path> usableHome(const InstanceConfig& config, const ambrel::UserPlaces& user) {
+    auto home = config.resolvedHome(user);
     if (!home.starts_with('/')) return std::nullopt;
     return home;
 }
 
 void requireOwnHome(const InstanceConfig& config, const Path& self,
-                    const std::vector<InstanceRecord>& instances, const std::string& wayOut) {
-    const auto home = usableHome(config);
+                    const std::vector<InstanceRecord>& instances, const ambrel::UserPlaces& user,
+                    const std::string& wayOut) {
+    const auto home = usableHome(config, user);
     if (!home) return;
     for (const auto& other : instances) {
-        const auto theirs = usableHome(other.config);
+        const auto theirs = usableHome(other.config, user);
         if (isSameBundle(other.bundleURL, self) || !theirs) continue;
         if (!folders::areSame(*home, *theirs)) continue;
         throw Refusal("The home " + ambrel::utf8::oneLine(*home) + " belongs to the instance " +

@@ -10,24 +10,26 @@ namespace korvane {
 
 /// The instance that `name` means: an exact display name among those in the default folder, or
 /// the path of a bundle anywhere. Throws Refusal when there is none, or several of that name.
-ambrel::InstanceRecord requireInstance(const std::string& name);
+ambrel::InstanceRecord requireInstance(const std::string& name, const ambrel::UserPlaces& user);
 
 /// The instances in the default folder and in `folder`, each once.
-std::vector<ambrel::InstanceRecord> instancesWith(const ambrel::Path& folder);
+std::vector<ambrel::InstanceRecord> instancesWith(const ambrel::Path& folder,
+                                                  const ambrel::UserPlaces& user);
 
 /// How `record` is named on the command line: by its display name where that finds it, else by
 /// its path.
-std::string nameFor(const ambrel::InstanceRecord& record);
+std::string nameFor(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 
 /// The folder of an instance's data for use now, absent when the configuration gives no absolute
 /// one.
-std::optional<ambrel::Path> usableHome(const ambrel::InstanceConfig& config);
+std::optional<ambrel::Path> usableHome(const ambrel::InstanceConfig& config,
+                                       const ambrel::UserPlaces& user);
 
 /// Throws Refusal, naming the other and the way out, when another of `instances` than the bundle
 /// at `self` has the home of `config`.
 void requireOwnHome(const ambrel::InstanceConfig& config, const ambrel::Path& self,
                     const std::vector<ambrel::InstanceRecord>& instances,
-                    const std::string& wayOut);
+                    const ambrel::UserPlaces& user, const std::string& wayOut);
 
 /// The same for the bundle identifier, compared without regard to case.
 void requireOwnBundleId(const ambrel::InstanceConfig& config, const ambrel::Path& self,

@@ -3,7 +3,6 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
-#include "Ambrel/Platform/UserPaths.h"
 #include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
 
@@ -80,10 +79,10 @@ ambrel::Path storedPath(std::string_view text) {
     return withoutDots(ambrel::fileSystem::absolute(ambrel::Path(text)));
 }
 
-ambrel::Path usablePath(std::string_view text) {
+ambrel::Path usablePath(std::string_view text, const ambrel::UserPlaces& user) {
     requirePath(text);
     const ambrel::Path path{ambrel::paths::withoutTrailingSlashes(text)};
-    return withoutDots(ambrel::fileSystem::absolute(ambrel::expandingTilde(path)));
+    return withoutDots(ambrel::fileSystem::absolute(user.expandingTilde(path)));
 }
 
 std::string checkedColor(const std::string& text) {

@@ -2,6 +2,7 @@
 
 #include "Ambrel/Base/Path.h"
 #include "Ambrel/Base/RawValue.h"
+#include "Ambrel/Platform/UserPlaces.h"
 #include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
 
@@ -22,7 +23,7 @@ void requireUtf8(std::string_view text, const std::string& what);
 ambrel::Path storedPath(std::string_view text);
 
 /// A path for use now: absolute, tilde expanded, else the same.
-ambrel::Path usablePath(std::string_view text);
+ambrel::Path usablePath(std::string_view text, const ambrel::UserPlaces& user);
 
 /// The six hexadecimal digits of a color, an optional "#" in front. Throws UsageError.
 std::string checkedColor(const std::string& text);

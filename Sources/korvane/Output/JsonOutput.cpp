@@ -12,12 +12,12 @@ std::string text(const std::string& value) { return ambrel::utf8::replacingInval
 
 nlohmann::json bundle(const ambrel::Path& bundleURL) { return {{"bundleURL", text(bundleURL)}}; }
 
-nlohmann::json instance(const ambrel::InstanceRecord& record) {
+nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user) {
     auto object = bundle(record.bundleURL);
     object["config"] = nlohmann::json::parse(record.config.encode());
     if (const auto icon = record.iconURL()) object["iconURL"] = text(*icon);
     object["desktopId"] = ambrel::desktopId(record.config.bundleId);
-    const auto entry = registration::findEntry(record);
+    const auto entry = registration::findEntry(record, user);
     object["desktopEntry"] = entry ? nlohmann::json(text(entry->file)) : nlohmann::json();
     return object;
 }

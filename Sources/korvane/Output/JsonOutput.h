@@ -12,7 +12,7 @@
 namespace korvane::json {
 
 nlohmann::json bundle(const ambrel::Path& bundleURL);
-nlohmann::json instance(const ambrel::InstanceRecord& record);
+nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 nlohmann::json app(const ambrel::AppCatalog::InstalledApp& app);
 
 /// The profile that an instance was made with; null without one.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/Platform/ProcessEnvironment.h"
+#include "Ambrel/Platform/UserPlaces.h"
 
 #include <iosfwd>
 
@@ -15,6 +16,7 @@ struct Surroundings {
     bool messagesAreTerminal = false;
     bool useColor = false; ///< for messages
     ambrel::Environment environment;
+    ambrel::UserPlaces user; ///< for whom all this is done
 };
 
 } // namespace korvane

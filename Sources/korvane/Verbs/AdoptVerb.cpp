@@ -32,8 +32,8 @@ struct AdoptOptions {
 
 /// What the next command can call the new application: its name, where the catalog finds it by
 /// that.
-std::string nameFor(const Adoption& adoption, const Path& bundle) {
-    const auto apps = AppCatalog::scan();
+std::string nameFor(const Adoption& adoption, const Path& bundle, const ambrel::UserPlaces& user) {
+    const auto apps = AppCatalog::scan(AppCatalog::defaultSearchDirs(user));
     std::size_t called = 0;
     bool listed = false;
     for (const auto& app : apps) {
@@ -53,9 +53,10 @@ void build(const Adoption& adoption, const Path& folder, const Path& bundle) {
 
 int adopt(const AdoptOptions& options, const Surroundings& surroundings) {
     if (options.into) requireUtf8(*options.into, "--into");
-    const auto adoption = planAdoption(options.program, surroundings.environment);
-    const auto folder =
-        options.into ? usablePath(*options.into) : ambrel::WrapperFactory::defaultOutputDir();
+    const auto adoption =
+        planAdoption(options.program, surroundings.user, surroundings.environment);
+    const auto folder = options.into ? usablePath(*options.into, surroundings.user)
+                                     : ambrel::WrapperFactory::defaultOutputDir(surroundings.user);
     const auto bundle = BundleLayout::wrapper(folder, adoption.name).bundle;
     if (ambrel::fileSystem::kindOf(bundle)) {
         throw Refusal("Something stands at " + ambrel::utf8::oneLine(bundle) +
@@ -69,7 +70,7 @@ int adopt(const AdoptOptions& options, const Surroundings& surroundings) {
         say(surroundings, "It has no icon: no picture was found for it that could be read.");
     }
     say(surroundings, "Make an instance of it with: korvane create app NAME " +
-                          shellWord(nameFor(adoption, bundle)));
+                          shellWord(nameFor(adoption, bundle, surroundings.user)));
     if (options.asJson) {
         json::write(json::bundle(bundle), surroundings.results);
     } else {

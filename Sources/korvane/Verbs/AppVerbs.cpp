@@ -23,8 +23,10 @@ namespace {
 
 std::vector<AppCatalog::InstalledApp> scan(const std::vector<std::string>& folders,
                                            const Surroundings& surroundings) {
-    if (!surroundings.messagesAreTerminal) return AppCatalog::scan(searchFolders(folders));
-    const auto apps = AppCatalog::scan(searchFolders(folders), [&](std::size_t found) {
+    const auto places = searchFolders(folders, surroundings.user)
+                            .value_or(AppCatalog::defaultSearchDirs(surroundings.user));
+    if (!surroundings.messagesAreTerminal) return AppCatalog::scan(places);
+    const auto apps = AppCatalog::scan(places, [&](std::size_t found) {
         surroundings.messages << "\rLooking for applications: " << found << std::flush;
     });
     // Back to the start of the line, and clear it.
@@ -110,9 +112,9 @@ int inspect(const std::string& name, bool asJson, UseProfile use,
     auto engine = WrapperFactory::findEngine(app.url, app.bundleId);
     engine.proof = shownProof(engine, app);
     // No instance is looked at: the place of its desktop id is shown.
-    const Inspection found{
-        app, engine,
-        planStart(app, std::string(desktopIdPlaceholder), use, surroundings.environment)};
+    const Inspection found{app, engine,
+                           planStart(app, std::string(desktopIdPlaceholder), use, surroundings.user,
+                                     surroundings.environment)};
     if (asJson) {
         writeJson(found, surroundings);
     } else {

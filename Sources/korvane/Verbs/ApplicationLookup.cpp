@@ -55,7 +55,7 @@ std::string meantName(const std::string& text, const InstalledApps& apps) {
 }
 
 Path findInCatalog(const std::string& text, const Surroundings& surroundings) {
-    const auto apps = AppCatalog::scan();
+    const auto apps = AppCatalog::scan(AppCatalog::defaultSearchDirs(surroundings.user));
     InstalledApps found;
     for (const auto& app : apps) {
         if (app.name == text || app.bundleId == text) found.push_back(app);
@@ -72,7 +72,8 @@ Path findInCatalog(const std::string& text, const Surroundings& surroundings) {
 
 AppBundle requireApplication(const std::string& text, const Surroundings& surroundings) {
     if (text.empty()) throw Refusal("The application's name is empty.");
-    const auto path = isPath(text) ? usablePath(text) : findInCatalog(text, surroundings);
+    const auto path =
+        isPath(text) ? usablePath(text, surroundings.user) : findInCatalog(text, surroundings);
     auto app = AppBundle::read(path);
     if (!app) throw Refusal("Not a readable .app: " + ambrel::utf8::oneLine(path));
     return *app;

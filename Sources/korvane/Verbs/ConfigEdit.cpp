@@ -181,21 +181,22 @@ template <class Enum> Enum enumFrom(const std::string& key, const std::string& v
     refuseValue(key, value, known);
 }
 
-std::string textFrom(const std::string& value, TextForm form) {
+std::string textFrom(const std::string& value, TextForm form, const ambrel::UserPlaces& user) {
     if (value.empty() || form == TextForm::plain) return value;
-    return form == TextForm::path ? storedPath(value) : usablePath(value);
+    return form == TextForm::path ? storedPath(value) : usablePath(value, user);
 }
 
 struct Setter {
     InstanceConfig& config;
     const std::string& key;
     const std::string& value;
+    const ambrel::UserPlaces& user;
 
     void operator()(const TextField& field) const {
-        config.*field.member = textFrom(value, field.form);
+        config.*field.member = textFrom(value, field.form, user);
     }
     void operator()(const OptionalField& field) const {
-        config.*field.member = textFrom(value, field.form);
+        config.*field.member = textFrom(value, field.form, user);
     }
     void operator()(bool InstanceConfig::*member) const {
         config.*member = booleanFrom(key, value);
@@ -229,7 +230,7 @@ std::string keyOf(const std::string& assignment) {
     return assignment.substr(0, assignment.find('='));
 }
 
-void set(InstanceConfig& config, const std::string& assignment) {
+void set(InstanceConfig& config, const std::string& assignment, const ambrel::UserPlaces& user) {
     const auto equals = assignment.find('=');
     if (equals == std::string::npos || equals == 0) {
         throw UsageError("--set wants KEY=VALUE, not " + inQuotes(assignment) + ".");
@@ -244,7 +245,7 @@ void set(InstanceConfig& config, const std::string& assignment) {
     if (const auto variable = variableOf(key)) {
         config.environment[*variable] = value;
     } else {
-        std::visit(Setter{config, key, value}, requireField(key));
+        std::visit(Setter{config, key, value, user}, requireField(key));
     }
     if (key == "instanceHome" && value.empty()) refuseValue(key, value, "a folder");
 }

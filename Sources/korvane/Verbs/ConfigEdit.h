@@ -9,7 +9,8 @@ namespace korvane::edit {
 /// Applies "key=value" to `config`: JSON where the field is a Boolean, a list or a map, else plain
 /// text; "environment.K=V" sets one entry. Throws UsageError for what is no key or no value of its
 /// field, Refusal for a key that more than the configuration depends on.
-void set(ambrel::InstanceConfig& config, const std::string& assignment);
+void set(ambrel::InstanceConfig& config, const std::string& assignment,
+         const ambrel::UserPlaces& user);
 
 /// Gives the field `key` the default of the file, or takes one entry out of the environment. Throws
 /// as set() does, and Refusal for a field that has to be there.

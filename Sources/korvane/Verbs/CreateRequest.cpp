@@ -64,9 +64,9 @@ std::optional<IconLabel> labelFrom(const CreateOptions& options) {
         enumFrom<Position>(options.labelPosition.value_or("bottom"), "--label-position")};
 }
 
-std::optional<Path> iconFrom(const CreateOptions& options) {
+std::optional<Path> iconFrom(const CreateOptions& options, const Surroundings& surroundings) {
     if (!options.icon) return std::nullopt;
-    const auto icon = usablePath(*options.icon);
+    const auto icon = usablePath(*options.icon, surroundings.user);
     // The library falls back to the application's own icon without a word.
     if (!ambrel::fileSystem::exists(icon) || ambrel::fileSystem::isFolder(icon)) {
         throw Refusal("The icon is no file: " + ambrel::utf8::oneLine(icon));
@@ -171,7 +171,7 @@ void setStart(const CreateOptions& options, const Surroundings& surroundings,
     if (prepared.target) {
         prepared.plan = planStart(*prepared.target, ambrel::desktopId(*request.bundleId),
                                   options.noProfile ? UseProfile::no : UseProfile::yes,
-                                  surroundings.environment);
+                                  surroundings.user, surroundings.environment);
     }
     request.strategy = strategyFrom(options, prepared);
     request.environment = environmentFrom(options, prepared);
@@ -185,8 +185,9 @@ Path homeFrom(const CreateOptions& options, const std::string& name) {
     return storedPath(*options.home);
 }
 
-void setLook(const CreateOptions& options, WrapperFactory::Request& request) {
-    request.customIcon = iconFrom(options);
+void setLook(const CreateOptions& options, const Surroundings& surroundings,
+             WrapperFactory::Request& request) {
+    request.customIcon = iconFrom(options, surroundings);
     request.hideWrapperIcon = options.hideIcon;
     request.registerAsBrowser = options.browser;
     request.openWithPassthrough = options.openWith;
@@ -212,16 +213,16 @@ PreparedRequest prepareRequest(const CreateOptions& options, const Surroundings&
     request.kind = options.kind;
     request.displayName = checkedName(options.name);
     requireAllUtf8(options);
-    setLook(options, request);
+    setLook(options, surroundings, request);
     request.instanceHome = homeFrom(options, request.displayName);
-    request.outputDir =
-        options.output ? usablePath(*options.output) : WrapperFactory::defaultOutputDir();
+    request.outputDir = options.output ? usablePath(*options.output, surroundings.user)
+                                       : WrapperFactory::defaultOutputDir(surroundings.user);
     request.bundleId =
         options.bundleId.value_or(WrapperFactory::defaultBundleId(request.displayName));
     if (request.bundleId->empty()) throw UsageError("--bundle-id wants an identifier.");
     if (options.workingDirectory) request.workingDirectory = storedPath(*options.workingDirectory);
     request.shareUserFolders = !options.noShareFolders;
-    if (options.runner) prepared.runner = usablePath(*options.runner);
+    if (options.runner) prepared.runner = usablePath(*options.runner, surroundings.user);
     setSubject(options, surroundings, prepared);
     setStart(options, surroundings, prepared);
     return prepared;

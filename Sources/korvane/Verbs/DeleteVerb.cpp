@@ -67,7 +67,7 @@ void removeBundle(const InstanceRecord& record, const Surroundings& surroundings
                               "; the instance that it leads to is as it was.");
         return;
     }
-    const auto entry = registration::findEntry(record);
+    const auto entry = registration::findEntry(record, surroundings.user);
     const auto staging = movedAside(bundle);
     const auto hidden = staging->path();
     say(surroundings, "Deleted " + inQuotes(record.config.displayName) + ".");
@@ -82,7 +82,7 @@ void removeBundle(const InstanceRecord& record, const Surroundings& surroundings
 
 int deleteBundle(const InstanceRecord& record, const Surroundings& surroundings) {
     removeBundle(record, surroundings);
-    const auto home = usableHome(record.config);
+    const auto home = usableHome(record.config, surroundings.user);
     if (home && exists(*home)) {
         say(surroundings, "Its data stays in " + ambrel::utf8::oneLine(*home) + ".");
     }
@@ -92,12 +92,13 @@ int deleteBundle(const InstanceRecord& record, const Surroundings& surroundings)
 int deleteWithData(const InstanceRecord& record, const DeleteOptions& options,
                    const Surroundings& surroundings) {
     const Path folder{ambrel::paths::deletingLastComponent(record.bundleURL)};
-    requireDeletableData(record, instancesWith(folder));
-    const auto home = usableHome(record.config).value_or("");
+    requireDeletableData(record, instancesWith(folder, surroundings.user), surroundings.user);
+    const auto home = usableHome(record.config, surroundings.user).value_or("");
     if (!agreed(options, home, surroundings)) throw Refusal("Nothing was deleted.");
     const bool hadData = !home.empty() && exists(home);
     removeBundle(record, surroundings);
-    InstanceRegistry().remove(record, UserData::remove); // the bundle is gone: the data follows
+    InstanceRegistry(surroundings.user)
+        .remove(record, UserData::remove); // the bundle is gone: the data follows
     if (!hadData) return 0;
     if (exists(home)) {
         throw Refusal("Its data could not be deleted and is still in " +
@@ -122,7 +123,7 @@ Verb deleteVerb() {
             options::flag(app, "-y,--yes", given->yes, "Do not ask");
             options::flag(app, "--no-input", given->noInput, "Refuse instead of asking");
             return [given, &surroundings](const auto&) {
-                const auto record = requireInstance(given->name);
+                const auto record = requireInstance(given->name, surroundings.user);
                 return given->data ? deleteWithData(record, *given, surroundings)
                                    : deleteBundle(record, surroundings);
             };

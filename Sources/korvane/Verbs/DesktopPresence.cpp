@@ -17,9 +17,9 @@ std::string sentence(const std::string& text, const std::string& reason) {
 }
 
 /// Its name is shorter, but finding out whether it is the only one can fail.
-std::string shortNameOf(const InstanceRecord& record) noexcept {
+std::string shortNameOf(const InstanceRecord& record, const ambrel::UserPlaces& user) noexcept {
     try {
-        return nameFor(record);
+        return nameFor(record, user);
     } catch (const std::exception&) {
         return record.bundleURL;
     }
@@ -28,16 +28,16 @@ std::string shortNameOf(const InstanceRecord& record) noexcept {
 void add(const InstanceRecord& record, const std::string& failure,
          const Surroundings& surroundings) {
     try {
-        registration::add(record);
+        registration::add(record, surroundings.user);
     } catch (const std::exception& error) {
         warn(surroundings, sentence(failure, error.what()) + " Try again with: " +
-                               commandLine("register", {shortNameOf(record)}));
+                               commandLine("register", {shortNameOf(record, surroundings.user)}));
     }
 }
 
 void remove(const Entry& entry, const Surroundings& surroundings) {
     try {
-        registration::remove(entry);
+        registration::remove(entry, surroundings.user);
     } catch (const std::exception& error) {
         warn(surroundings,
              sentence("Its desktop entry, or what belongs to it, could not be removed: " +
@@ -49,12 +49,13 @@ void remove(const Entry& entry, const Surroundings& surroundings) {
 } // namespace
 
 void created(const InstanceRecord& made, const Surroundings& surroundings) noexcept {
-    for (const auto& former : registration::findFormer(made)) remove(former, surroundings);
+    for (const auto& former : registration::findFormer(made, surroundings.user))
+        remove(former, surroundings);
     add(made, "The desktop does not show it yet.", surroundings);
 }
 
 void changed(const InstanceRecord& record, const Surroundings& surroundings) noexcept {
-    if (!registration::findEntry(record)) return;
+    if (!registration::findEntry(record, surroundings.user)) return;
     add(record, "The desktop still has it as it was.", surroundings);
 }
 

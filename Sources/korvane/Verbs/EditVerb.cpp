@@ -48,20 +48,23 @@ void requireNoContradiction(const EditOptions& options) {
     for (const auto& key : options.unset) requireUtf8(key, "--unset");
 }
 
-InstanceConfig edited(const InstanceRecord& record, const EditOptions& options) {
+InstanceConfig edited(const InstanceRecord& record, const EditOptions& options,
+                      const ambrel::UserPlaces& user) {
     auto config = record.config;
     for (const auto& key : options.unset) edit::unset(config, key);
-    for (const auto& assignment : options.set) edit::set(config, assignment);
+    for (const auto& assignment : options.set) edit::set(config, assignment, user);
     return config;
 }
 
-void requireUsableHome(const InstanceRecord& record, const InstanceConfig& config) {
+void requireUsableHome(const InstanceRecord& record, const InstanceConfig& config,
+                       const ambrel::UserPlaces& user) {
     if (config.instanceHome == record.config.instanceHome) return;
-    if (!usableHome(config)) {
+    if (!usableHome(config, user)) {
         throw Refusal("The home " + inQuotes(config.instanceHome) + " names an unknown user.");
     }
     const Path folder{ambrel::paths::deletingLastComponent(record.bundleURL)};
-    requireOwnHome(config, record.bundleURL, instancesWith(folder), "Choose another one.");
+    requireOwnHome(config, record.bundleURL, instancesWith(folder, user), user,
+                   "Choose another one.");
 }
 
 /// What the file holds now, absent when it cannot be read.
@@ -86,11 +89,12 @@ void restore(const Path& file, const std::string& bytes) {
 }
 
 /// The registry reports no failure, so the file itself is asked.
-void writeChecked(const InstanceRecord& record, const InstanceConfig& config) {
+void writeChecked(const InstanceRecord& record, const InstanceConfig& config,
+                  const ambrel::UserPlaces& user) {
     const auto file = ambrel::BundleLayout{record.bundleURL}.instanceJson();
     const auto before = ambrel::fileSystem::read(file);
     const auto meant = config.encode();
-    InstanceRegistry().update(record, [&](InstanceConfig& stored) { stored = config; });
+    InstanceRegistry(user).update(record, [&](InstanceConfig& stored) { stored = config; });
     const auto after = contents(file);
     if (after == meant) return;
     if (after == before) {
@@ -124,16 +128,17 @@ void putBack(const Path& file, const std::string& bytes) noexcept {
 }
 
 /// The overrides stand in Info.plist too, which is exchanged first and put back after a failure.
-void writeWithInfoPlist(const InstanceRecord& record, const InstanceConfig& config) {
+void writeWithInfoPlist(const InstanceRecord& record, const InstanceConfig& config,
+                        const ambrel::UserPlaces& user) {
     if (config.infoPlistOverrides == record.config.infoPlistOverrides) {
-        writeChecked(record, config);
+        writeChecked(record, config, user);
         return;
     }
     const auto file = ambrel::BundleLayout{record.bundleURL}.infoPlist();
     const auto before = ambrel::fileSystem::read(file);
     ambrel::fileSystem::replace(file, infoPlistWith(config, file));
     try {
-        writeChecked(record, config);
+        writeChecked(record, config, user);
     } catch (...) {
         putBack(file, before);
         throw;
@@ -142,18 +147,19 @@ void writeWithInfoPlist(const InstanceRecord& record, const InstanceConfig& conf
 
 int editInstance(const EditOptions& options, const Surroundings& surroundings) {
     requireNoContradiction(options);
-    const auto record = requireInstance(options.name);
-    const auto config = edited(record, options);
-    requireUsableHome(record, config);
+    const auto record = requireInstance(options.name, surroundings.user);
+    const auto config = edited(record, options, surroundings.user);
+    requireUsableHome(record, config, surroundings.user);
     NewFolders folders;
-    makeHome(config, folders);
-    writeWithInfoPlist(record, config);
+    makeHome(config, surroundings.user, folders);
+    writeWithInfoPlist(record, config, surroundings.user);
     folders.keep();
-    for (const auto& failure : furnishHome(config)) warn(surroundings, failure + ".");
+    for (const auto& failure : furnishHome(config, surroundings.user))
+        warn(surroundings, failure + ".");
     presence::changed({record.bundleURL, config}, surroundings);
     say(surroundings, "Changed " + inQuotes(record.config.displayName) + ".");
     if (config.instanceHome != record.config.instanceHome) {
-        const auto obstacle = homeObstacle(usableHome(config).value_or(""));
+        const auto obstacle = homeObstacle(usableHome(config, surroundings.user).value_or(""));
         if (obstacle) warn(surroundings, *obstacle);
         say(surroundings, "Its data stays in " + ambrel::utf8::oneLine(record.config.instanceHome) +
                               "; from now on it uses " +
@@ -162,7 +168,7 @@ int editInstance(const EditOptions& options, const Surroundings& surroundings) {
     if (config.iconLabel != record.config.iconLabel) {
         say(surroundings, "The icon itself is drawn anew only by: korvane create … --replace");
     }
-    say(surroundings, "See it with: " + commandLine("show", {nameFor(record)}));
+    say(surroundings, "See it with: " + commandLine("show", {nameFor(record, surroundings.user)}));
     return 0;
 }
 

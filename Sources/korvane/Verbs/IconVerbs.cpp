@@ -65,14 +65,14 @@ int makeIcon(const IconOptions& options, const Surroundings& surroundings) {
     if (!options.output && !options.preview) {
         throw UsageError("Where to? Give --output FILE, --preview FILE or both.");
     }
-    const auto source = usablePath(options.source);
+    const auto source = usablePath(options.source, surroundings.user);
     if (options.output) {
-        const auto output = usablePath(*options.output);
+        const auto output = usablePath(*options.output, surroundings.user);
         compose(source, label, output);
         surroundings.results << output << '\n';
     }
     if (options.preview) {
-        const auto preview = usablePath(*options.preview);
+        const auto preview = usablePath(*options.preview, surroundings.user);
         // Drawn from a file in any case, so that it shows what a file holds.
         StagingFolder staging(Path(ambrel::paths::deletingLastComponent(preview)));
         const auto icon = ambrel::paths::join(staging.path(), "icon.icns");
@@ -133,7 +133,7 @@ struct LintOptions {
 };
 
 int lint(const LintOptions& options, const Surroundings& surroundings) {
-    const auto file = usablePath(options.file);
+    const auto file = usablePath(options.file, surroundings.user);
     const auto bytes = fileSystem::read(file);
     if (!bytes.starts_with("icns")) {
         throw Refusal(ambrel::utf8::oneLine(file) + " is no Apple icon file.");

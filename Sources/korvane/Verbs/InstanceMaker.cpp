@@ -29,10 +29,11 @@ using ambrel::WrapperFactory;
 namespace {
 
 /// The instance at `place`, absent when nothing stands there. Throws for anything else.
-std::optional<InstanceRecord> requireReplaceable(const Path& place, bool replace) {
+std::optional<InstanceRecord> requireReplaceable(const Path& place, bool replace,
+                                                 const ambrel::UserPlaces& user) {
     const auto kind = ambrel::fileSystem::kindOf(place);
     if (!kind) return std::nullopt;
-    const auto record = InstanceRegistry().recordFor(place);
+    const auto record = InstanceRegistry(user).recordFor(place);
     if (!record || *kind != ambrel::fileSystem::ItemKind::folder) {
         throw Refusal(
             "What stands at " + ambrel::utf8::oneLine(place) +
@@ -55,12 +56,13 @@ InstanceConfig claimsOf(const WrapperFactory::Request& request) {
     return config;
 }
 
-void requireRunnableTarget(const Path& place, const WrapperFactory::Request& request) {
+void requireRunnableTarget(const Path& place, const WrapperFactory::Request& request,
+                           const ambrel::UserPlaces& user) {
     const auto claims = claimsOf(request);
-    const auto instances = instancesWith(*request.outputDir);
+    const auto instances = instancesWith(*request.outputDir, user);
     requireOwnBundleId(claims, place, instances);
-    requireOwnHome(claims, place, instances, "Choose another one with --home.");
-    if (!usableHome(claims)) {
+    requireOwnHome(claims, place, instances, user, "Choose another one with --home.");
+    if (!usableHome(claims, user)) {
         throw Refusal("The home " + inQuotes(*request.instanceHome) + " names an unknown user.");
     }
 }
@@ -101,9 +103,9 @@ void warnAboutLabel(const InstanceRecord& made, const Surroundings& surroundings
 }
 
 void warnAboutHome(const InstanceRecord& made, const Surroundings& surroundings) {
-    const auto home = usableHome(made.config).value_or("");
+    const auto home = usableHome(made.config, surroundings.user).value_or("");
     if (const auto obstacle = homeObstacle(home)) warn(surroundings, *obstacle);
-    if (!isPrivateHome(made.config)) {
+    if (!isPrivateHome(made.config, surroundings.user)) {
         warn(surroundings, "Its home " + ambrel::utf8::oneLine(home) +
                                " is or contains your own: nothing is prepared in it.");
     }
@@ -127,11 +129,9 @@ void tellAboutProfile(const PreparedRequest& prepared, const Surroundings& surro
 }
 
 void warnAboutPaths(const WrapperFactory::Request& request, const Surroundings& surroundings) {
-    InstanceConfig config;
     const auto check = [&](const std::optional<Path>& path, bool mustRun) {
         if (!path) return;
-        config.instanceHome = *path;
-        const auto place = config.resolvedHome();
+        const auto place = surroundings.user.expandingTilde(*path);
         const bool fits = mustRun ? ambrel::fileSystem::isExecutableFile(place)
                                   : ambrel::fileSystem::exists(place);
         if (fits) return;
@@ -178,12 +178,12 @@ std::optional<Path> iconFor(const WrapperFactory::Request& request, const Path& 
     return converted;
 }
 
-Path createIn(const Path& folder, const PreparedRequest& prepared) {
+Path createIn(const Path& folder, const PreparedRequest& prepared, const ambrel::UserPlaces& user) {
     auto request = prepared.request;
     request.outputDir = folder;
     request.customIcon = iconFor(request, folder);
     try {
-        return WrapperFactory(prepared.runner).create(request);
+        return WrapperFactory(user, prepared.runner).create(request);
     } catch (const WrapperFactory::FactoryError& error) {
         if (error.kind != WrapperFactory::FactoryError::Kind::runnerNotFound) throw;
         throw Refusal(error.description() + " Name its file with --runner.");
@@ -205,13 +205,13 @@ Made build(const PreparedRequest& prepared, const Path& place, bool replaces,
            const Surroundings& surroundings) {
     const auto& parent = *prepared.request.outputDir;
     StagingFolder staging(parent);
-    const auto built = createIn(staging.path(), prepared);
-    const auto record = InstanceRegistry().recordFor(built);
+    const auto built = createIn(staging.path(), prepared, surroundings.user);
+    const auto record = InstanceRegistry(surroundings.user).recordFor(built);
     if (!record) throw Refusal("The new instance cannot be read back.");
-    const auto home = usableHome(record->config);
+    const auto home = usableHome(record->config, surroundings.user);
     const bool homeExisted = home && ambrel::fileSystem::exists(*home);
     NewFolders folders;
-    makeHome(record->config, folders);
+    makeHome(record->config, surroundings.user, folders);
     if (replaces) {
         staging.exchange(built, place);
     } else {
@@ -220,7 +220,8 @@ Made build(const PreparedRequest& prepared, const Path& place, bool replaces,
     folders.keep();
     removeOld(staging, surroundings);
     // Only now: what lies in a new home would keep it from being removed after a failure.
-    for (const auto& failure : furnishHome(record->config)) warn(surroundings, failure + ".");
+    for (const auto& failure : furnishHome(record->config, surroundings.user))
+        warn(surroundings, failure + ".");
     return {{place, record->config}, homeExisted};
 }
 
@@ -241,9 +242,9 @@ void makeInstance(const CreateOptions& options, const Surroundings& surroundings
     const auto prepared = prepareRequest(options, surroundings);
     const auto& request = prepared.request;
     const auto place = BundleLayout::wrapper(*request.outputDir, request.displayName).bundle;
-    const auto old = requireReplaceable(place, options.replace);
-    requireRunnableTarget(place, request);
-    registration::requireFree(*request.bundleId, place, surroundings.environment,
+    const auto old = requireReplaceable(place, options.replace, surroundings.user);
+    requireRunnableTarget(place, request, surroundings.user);
+    registration::requireFree(*request.bundleId, place, surroundings.user, surroundings.environment,
                               "Choose another identifier with --bundle-id.");
 
     const auto made = build(prepared, place, old.has_value(), surroundings);
@@ -263,7 +264,8 @@ void makeInstance(const CreateOptions& options, const Surroundings& surroundings
                            "one of its own with --home.");
     }
     tellAboutHome(made, old, surroundings);
-    say(surroundings, "Open it with: " + commandLine("open", {nameFor(made.record)}));
+    say(surroundings,
+        "Open it with: " + commandLine("open", {nameFor(made.record, surroundings.user)}));
     if (options.asJson) {
         auto object = json::bundle(place);
         object["profile"] = json::profile(prepared.plan ? prepared.plan->profile : std::nullopt);

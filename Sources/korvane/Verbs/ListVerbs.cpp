@@ -49,12 +49,12 @@ void writeTable(const std::vector<InstanceRecord>& records, const Surroundings& 
 
 void writeJson(const std::vector<InstanceRecord>& records, const Surroundings& surroundings) {
     auto array = nlohmann::json::array();
-    for (const auto& record : records) array.push_back(json::instance(record));
+    for (const auto& record : records) array.push_back(json::instance(record, surroundings.user));
     json::write(array, surroundings.results);
 }
 
 int list(const std::vector<std::string>& folders, bool asJson, const Surroundings& surroundings) {
-    const InstanceRegistry registry(searchFolders(folders));
+    const InstanceRegistry registry(surroundings.user, searchFolders(folders, surroundings.user));
     const auto records = registry.list();
     if (asJson) {
         writeJson(records, surroundings);
@@ -114,7 +114,7 @@ void writeDetails(const InstanceRecord& record, const Surroundings& surroundings
     }
     if (const auto icon = record.iconURL()) table.add({"icon", *icon});
     table.add({"desktopId", ambrel::desktopId(config.bundleId)});
-    if (const auto entry = registration::findEntry(record)) {
+    if (const auto entry = registration::findEntry(record, surroundings.user)) {
         table.add({"desktopEntry", entry->file});
     }
     table.write(surroundings.results);
@@ -122,10 +122,11 @@ void writeDetails(const InstanceRecord& record, const Surroundings& surroundings
 
 } // namespace
 
-std::optional<std::vector<std::string>> searchFolders(const std::vector<std::string>& given) {
+std::optional<std::vector<std::string>> searchFolders(const std::vector<std::string>& given,
+                                                      const ambrel::UserPlaces& user) {
     if (given.empty()) return std::nullopt;
     std::vector<std::string> folders;
-    for (const auto& folder : given) folders.push_back(usablePath(folder));
+    for (const auto& folder : given) folders.push_back(usablePath(folder, user));
     return folders;
 }
 
@@ -164,9 +165,10 @@ Verb showVerb() {
                     ->required();
                 options::flag(app, "--json", given->asJson, "Write JSON");
                 return [given, &surroundings](const auto&) {
-                    const auto record = requireInstance(given->name);
+                    const auto record = requireInstance(given->name, surroundings.user);
                     if (given->asJson) {
-                        json::write(json::instance(record), surroundings.results);
+                        json::write(json::instance(record, surroundings.user),
+                                    surroundings.results);
                     } else {
                         writeDetails(record, surroundings);
                     }

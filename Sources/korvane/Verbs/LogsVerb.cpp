@@ -51,8 +51,8 @@ void follow(const Path& home, const Path& log, std::ostream& out) {
 }
 
 int logs(const std::string& name, bool following, const Surroundings& surroundings) {
-    const auto record = requireInstance(name);
-    const auto home = usableHome(record.config);
+    const auto record = requireInstance(name, surroundings.user);
+    const auto home = usableHome(record.config, surroundings.user);
     if (!home) throw Refusal("The instance has no home folder, and so no log.");
     const auto log = ambrel::paths::join(*home, ambrel::InstanceLauncher::instanceLogName);
     if (record.config.kind == ambrel::ShortcutKind::file) {

@@ -5,7 +5,6 @@
 #include "Ambrel/Home/UserFolders.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/UserPaths.h"
 #include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Rules/InstanceLookup.h"
@@ -24,18 +23,19 @@ namespace folders = ambrel::folders;
 
 namespace {
 
-Path requireMigratable(const InstanceRecord& record) {
+Path requireMigratable(const InstanceRecord& record, const Surroundings& surroundings) {
     const auto name = inQuotes(record.config.displayName);
-    const auto home = usableHome(record.config);
+    const auto home = usableHome(record.config, surroundings.user);
     if (!home) throw Refusal("The instance " + name + " has no home folder.");
-    if (folders::areSame(*home, ambrel::userHome())) {
+    if (folders::areSame(*home, surroundings.user.home)) {
         throw Refusal("The home of the instance " + name +
                       " is your own: there is nothing to move.");
     }
     if (!record.config.shareUserFolders) {
         throw Refusal("The instance " + name +
                       " keeps folders of its own. Let it share yours with: " +
-                      commandLine("edit", {nameFor(record)}) + " --set shareUserFolders=true");
+                      commandLine("edit", {nameFor(record, surroundings.user)}) +
+                      " --set shareUserFolders=true");
     }
     return *home;
 }
@@ -47,7 +47,7 @@ std::string ownName(const std::optional<Path>& place, const std::string& name) {
 
 void tell(const Path& home, const std::map<std::string, int>& moved,
           const Surroundings& surroundings) {
-    ambrel::UserFolders user(home);
+    ambrel::UserFolders user(surroundings.user, home);
     std::size_t total = 0;
     for (const auto& [folder, count] : moved) {
         if (count == 0) continue;
@@ -59,13 +59,13 @@ void tell(const Path& home, const std::map<std::string, int>& moved,
 }
 
 int migrate(const std::string& name, bool asJson, const Surroundings& surroundings) {
-    const auto home = requireMigratable(requireInstance(name));
+    const auto home = requireMigratable(requireInstance(name, surroundings.user), surroundings);
     // The library passes over what it cannot see; here that is a failure to be told.
     if (!ambrel::fileSystem::isMissing(home)) ambrel::fileSystem::list(home);
-    const auto moved = InstanceLauncher::migrateSharedUserFolders(home);
+    const auto moved = InstanceLauncher::migrateSharedUserFolders(home, surroundings.user);
     if (asJson) json::write(moved, surroundings.results);
     tell(home, moved, surroundings);
-    if (!InstanceLauncher::needsSharedFolderMigration(home)) return 0;
+    if (!InstanceLauncher::needsSharedFolderMigration(home, surroundings.user)) return 0;
     throw Refusal("Something could not be moved and stays in " + ambrel::utf8::oneLine(home) + ".");
 }
 

@@ -49,7 +49,7 @@ struct ProfileOptions {
 
 int check(const ProfileOptions& options, const Surroundings& surroundings) {
     if (options.signature) requireUtf8(*options.signature, "--signature");
-    auto profile = readProfile(usablePath(options.file));
+    auto profile = readProfile(usablePath(options.file, surroundings.user));
     const auto stated = profile.confidence;
     if (options.signature) profile = profile.reconciled(*options.signature);
     if (options.asJson) {

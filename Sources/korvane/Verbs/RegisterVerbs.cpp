@@ -14,26 +14,28 @@ namespace korvane {
 namespace {
 
 int registerInstance(const std::string& name, const Surroundings& surroundings) {
-    const auto record = requireInstance(name);
-    registration::requireFree(record.config.bundleId, record.bundleURL, surroundings.environment,
+    const auto record = requireInstance(name, surroundings.user);
+    registration::requireFree(record.config.bundleId, record.bundleURL, surroundings.user,
+                              surroundings.environment,
                               "An instance gets another identifier with: korvane create … "
                               "--replace --bundle-id ID");
-    const auto entry = registration::add(record);
+    const auto entry = registration::add(record, surroundings.user);
     say(surroundings, "The desktop shows " + inQuotes(record.config.displayName) + ".");
     surroundings.results << entry.file << '\n';
     return 0;
 }
 
 int unregisterInstance(const std::string& name, const Surroundings& surroundings) {
-    const auto record = requireInstance(name);
-    const auto entry = registration::findEntry(record);
+    const auto record = requireInstance(name, surroundings.user);
+    const auto entry = registration::findEntry(record, surroundings.user);
     if (!entry) {
         say(surroundings, inQuotes(record.config.displayName) + " has no desktop entry.");
         return 0;
     }
-    registration::remove(*entry);
+    registration::remove(*entry, surroundings.user);
     say(surroundings, "The desktop no longer shows " + inQuotes(record.config.displayName) + ".");
-    say(surroundings, "Show it again with: " + commandLine("register", {nameFor(record)}));
+    say(surroundings,
+        "Show it again with: " + commandLine("register", {nameFor(record, surroundings.user)}));
     return 0;
 }
 

@@ -7,7 +7,6 @@
 #include "Ambrel/Platform/DetachedProcess.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/SignalRelay.h"
-#include "Ambrel/Platform/UserPaths.h"
 #include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Rules/InstanceHome.h"
@@ -34,7 +33,7 @@ ambrel::Path requireRunner(const InstanceRecord& record) {
 }
 
 void requireThere(const std::optional<Path>& path, const std::string& what) {
-    const auto place = ambrel::expandingTilde(path.value_or(""));
+    const auto place = path.value_or("");
     const bool isAddress = place.find("://") != Path::npos;
     if (place.empty() || isAddress || ambrel::fileSystem::exists(place)) return;
     throw Refusal(what + " is not there: " + ambrel::utf8::oneLine(place));
@@ -46,8 +45,9 @@ void requireRunnable(const Path& program, const std::string& what) {
 }
 
 /// What a detached start would fail at unseen.
-void requireLaunchable(const InstanceConfig& config) {
+void requireLaunchable(const InstanceConfig& config, const ambrel::UserPlaces& user) {
     using ambrel::LaunchError;
+    const auto instance = ambrel::ResolvedInstance::of(config, user);
     if (config.kind == ShortcutKind::web) {
         throw Refusal("The runner cannot host web sites yet: this instance cannot be opened.");
     }
@@ -57,10 +57,10 @@ void requireLaunchable(const InstanceConfig& config) {
     if (config.kind == ShortcutKind::command && config.commandPath.value_or("").empty()) {
         throw LaunchError::unsupported("command shortcut has no executable");
     }
-    if (config.kind == ShortcutKind::file) requireThere(config.openPath, "The document");
+    if (config.kind == ShortcutKind::file) requireThere(instance.openPath, "The document");
     if (config.kind == ShortcutKind::command) {
-        requireRunnable(ambrel::expandingTilde(*config.commandPath), "The command");
-        requireThere(config.workingDirectory, "The working directory");
+        requireRunnable(*instance.commandPath, "The command");
+        requireThere(instance.workingDirectory, "The working directory");
     }
     if (config.kind != ShortcutKind::app) return;
     const auto target = ambrel::AppBundle::read(config.targetAppURL());
@@ -72,27 +72,28 @@ void requireLaunchable(const InstanceConfig& config) {
 }
 
 int open(const std::string& name, const Surroundings& surroundings) {
-    const auto record = requireInstance(name);
+    const auto record = requireInstance(name, surroundings.user);
     const auto runner = requireRunner(record);
-    requireLaunchable(record.config);
-    ensureHome(record.config);
+    requireLaunchable(record.config, surroundings.user);
+    ensureHome(record.config, surroundings.user);
     // Nobody watches the runner's own messages: they go where the instance's are looked for.
-    const auto home = usableHome(record.config);
+    const auto home = usableHome(record.config, surroundings.user);
     const auto log = home ? ambrel::InstanceLauncher::instanceLogHandle(*home) : nullptr;
     ambrel::launchDetached(runner, log);
     say(surroundings, "Opened " + inQuotes(record.config.displayName) + ".");
     if (record.config.kind != ShortcutKind::file) {
-        say(surroundings, "See what it writes with: " + commandLine("logs -f", {nameFor(record)}));
+        say(surroundings, "See what it writes with: " +
+                              commandLine("logs -f", {nameFor(record, surroundings.user)}));
     }
     return 0;
 }
 
-int run(const std::string& name) {
+int run(const std::string& name, const Surroundings& surroundings) {
     // Before anything that may start a thread, as the relay asks.
     const ambrel::SignalRelay relay;
-    const auto record = requireInstance(name);
+    const auto record = requireInstance(name, surroundings.user);
     ChildProcess runner({.executable = requireRunner(record), .arguments = {}});
-    ensureHome(record.config);
+    ensureHome(record.config, surroundings.user);
     runner.launch();
     return relay.waitUntilExit(runner);
 }
@@ -117,8 +118,7 @@ Verb openVerb() {
 
 Verb runVerb() {
     return startVerb("run", "Run an instance and wait for it; ends with the program's status.",
-                     {"korvane run Work"},
-                     [](const std::string& name, const Surroundings&) { return run(name); });
+                     {"korvane run Work"}, run);
 }
 
 } // namespace korvane

@@ -58,9 +58,9 @@ TEST_CASE("the default folders are four, in an order that decides which copy is 
     const TempDir tmp;
     const UserHome user(tmp);
 
-    CHECK(AppCatalog::defaultSearchDirs() == Strings{"/Applications", "/Applications/Utilities",
-                                                     user / "Applications",
-                                                     "/System/Applications"});
+    CHECK(AppCatalog::defaultSearchDirs(user.places()) ==
+          Strings{"/Applications", "/Applications/Utilities", user / "Applications",
+                  "/System/Applications"});
 }
 
 TEST_CASE("a wrapper of this system is not listed") {

@@ -41,7 +41,7 @@ TEST_CASE("without a Desktop in the user's home the instance's Desktop is left a
     makeFolder(user / "Downloads");
     makeFolder(tmp / "instance/Desktop");
 
-    InstanceLauncher::ensureSharedUserFolders(tmp / "instance");
+    InstanceLauncher::ensureSharedUserFolders(tmp / "instance", user.places());
 
     CHECK(isRealFolder(tmp / "instance/Desktop"));
     CHECK(linkText(tmp / "instance/Downloads") == user / "Downloads");
@@ -55,13 +55,14 @@ TEST_CASE("an empty Downloads is replaced by a link and one with a file is kept 
     makeFolder(homes.instance + "/Downloads");
     writeFile(homes.instance + "/Documents/letter.txt", "dear");
 
-    InstanceLauncher::ensureSharedUserFolders(homes.instance);
+    InstanceLauncher::ensureSharedUserFolders(homes.instance, homes.user.places());
 
     CHECK(linkText(homes.instance + "/Downloads") == homes.user / "Downloads");
     CHECK(isRealFolder(homes.instance + "/Documents"));
     CHECK(readFile(homes.instance + "/Documents/letter.txt") == "dear");
 
-    CHECK(InstanceLauncher::migrateSharedUserFolders(homes.instance) == Counts{{"Documents", 1}});
+    CHECK(InstanceLauncher::migrateSharedUserFolders(homes.instance, homes.user.places()) ==
+          Counts{{"Documents", 1}});
 
     CHECK(linkText(homes.instance + "/Documents") == homes.user / "Documents");
     CHECK(readFile(homes.user / "Documents/letter.txt") == "dear");
@@ -74,7 +75,8 @@ TEST_CASE("migration renames a file whose name is taken, drops DS_Store and link
     writeFile(homes.instance + "/Downloads/.DS_Store", "view settings");
     writeFile(homes.user / "Downloads/a.txt", "the user's");
 
-    const auto counts = InstanceLauncher::migrateSharedUserFolders(homes.instance);
+    const auto counts =
+        InstanceLauncher::migrateSharedUserFolders(homes.instance, homes.user.places());
 
     CHECK(counts == Counts{{"Downloads", 1}});
     CHECK(namesIn(homes.user / "Downloads") == Strings{"a (1).txt", "a.txt"});
@@ -87,7 +89,8 @@ TEST_CASE("a folder that the instance does not have gets no result entry but is 
     const TempDir tmp;
     const Homes homes(tmp);
 
-    const auto counts = InstanceLauncher::migrateSharedUserFolders(homes.instance);
+    const auto counts =
+        InstanceLauncher::migrateSharedUserFolders(homes.instance, homes.user.places());
 
     CHECK(counts.empty());
     CHECK(namesIn(homes.instance) == Strings{"Desktop", "Documents", "Downloads"});
@@ -99,20 +102,20 @@ TEST_CASE("a folder that the instance does not have gets no result entry but is 
 TEST_CASE("migration is not needed for links and is needed for any real folder or file") {
     const TempDir tmp;
     const Homes homes(tmp);
-    CHECK_FALSE(InstanceLauncher::needsSharedFolderMigration(homes.instance));
-    InstanceLauncher::ensureSharedUserFolders(homes.instance);
-    CHECK_FALSE(InstanceLauncher::needsSharedFolderMigration(homes.instance));
+    CHECK_FALSE(InstanceLauncher::needsSharedFolderMigration(homes.instance, homes.user.places()));
+    InstanceLauncher::ensureSharedUserFolders(homes.instance, homes.user.places());
+    CHECK_FALSE(InstanceLauncher::needsSharedFolderMigration(homes.instance, homes.user.places()));
     for (const std::string name : {"Downloads", "Documents", "Desktop"}) {
         CAPTURE(name);
         const auto folder = tmp / "with-folder-" + name;
         makeFolder(folder + "/" + name);
-        CHECK(InstanceLauncher::needsSharedFolderMigration(folder));
+        CHECK(InstanceLauncher::needsSharedFolderMigration(folder, homes.user.places()));
         const auto file = tmp / "with-file-" + name;
         writeFile(file + "/" + name);
-        CHECK(InstanceLauncher::needsSharedFolderMigration(file));
+        CHECK(InstanceLauncher::needsSharedFolderMigration(file, homes.user.places()));
         const auto dangling = tmp / "with-dangling-" + name;
         makeLink(dangling + "/" + name, "/nowhere/at/all");
-        CHECK_FALSE(InstanceLauncher::needsSharedFolderMigration(dangling));
+        CHECK_FALSE(InstanceLauncher::needsSharedFolderMigration(dangling, homes.user.places()));
     }
 }
 
@@ -242,7 +245,7 @@ TEST_CASE("failures of linking are swallowed and change nothing") {
         linkIfSafe(tmp / "locked/empty", tmp / "target");
         linkIfSafe("", tmp / "target");
         linkIfSafe(tmp / "x" + std::string("\0y", 2), tmp / "target");
-        InstanceLauncher::ensureSharedUserFolders(tmp / "locked");
+        InstanceLauncher::ensureSharedUserFolders(tmp / "locked", nobody());
         InstanceLauncher::migrateSharedUserFolders(tmp / "locked", tmp / "file");
         return "returned";
     });
@@ -257,7 +260,7 @@ TEST_CASE("the shared folders are those of CFFIXED_USER_HOME and not of HOME") {
     makeFolder(tmp / "decoy/Downloads");
     const ScopedVariable home("HOME", tmp / "decoy");
 
-    InstanceLauncher::ensureSharedUserFolders(homes.instance + "/");
+    InstanceLauncher::ensureSharedUserFolders(homes.instance + "/", homes.user.places());
 
     CHECK(linkText(homes.instance + "/Downloads") == homes.user / "Downloads");
 }
@@ -273,13 +276,13 @@ TEST_CASE("an instance whose home is the user's own is left alone by linking and
     for (const auto& home : {homes.user.path(), homes.user.path() + "/", tmp / "alias",
                              tmp / "alias/.", homes.user / "../user"}) {
         CAPTURE(home);
-        InstanceLauncher::ensureSharedUserFolders(home);
+        InstanceLauncher::ensureSharedUserFolders(home, homes.user.places());
         CHECK(snapshot(tmp.path()) == before);
-        InstanceLauncher::migrateSharedUserFolders(home);
+        InstanceLauncher::migrateSharedUserFolders(home, homes.user.places());
         CHECK(snapshot(tmp.path()) == before);
         InstanceLauncher::migrateSharedUserFolders(home, homes.user.path());
         CHECK(snapshot(tmp.path()) == before);
-        InstanceLauncher::ensureKeychainAccess(home);
+        InstanceLauncher::ensureKeychainAccess(home, homes.user.places());
         CHECK(snapshot(tmp.path()) == before);
     }
 }

@@ -553,7 +553,7 @@ TEST_CASE("an instance home of tilde slash Instances resolves below the user's h
     const TempDir tmp;
     const UserHome user(tmp);
 
-    CHECK(smallestConfig().resolvedHome() == user / "Instances/Mail");
+    CHECK(smallestConfig().resolvedHome(user.places()) == user / "Instances/Mail");
 }
 
 TEST_CASE("the placeholder alone becomes the resolved home and in upper case stays as it is") {
@@ -577,18 +577,18 @@ TEST_CASE("the placeholder alone becomes the resolved home and in upper case sta
                            "{{ instanceHome }}",
                            "--user-data-dir=" + home + "/Data"};
 
-    CHECK(config.resolvedArgs() == expected);
-    CHECK(config.resolvedCommandArgs() == expected);
-    CHECK(smallestConfig().resolvedArgs().empty());
-    CHECK(smallestConfig().resolvedCommandArgs().empty());
+    CHECK(config.resolvedArgs(user.places()) == expected);
+    CHECK(config.resolvedCommandArgs(user.places()) == expected);
+    CHECK(smallestConfig().resolvedArgs(user.places()).empty());
+    CHECK(smallestConfig().resolvedCommandArgs(user.places()).empty());
 }
 
 TEST_CASE("an argument that begins with a tilde is passed on unchanged") {
     auto config = smallestConfig();
     config.extraArgs = config.commandArgs = {"~/x", "~", "--dir=~/y"};
 
-    CHECK(config.resolvedArgs() == config.extraArgs);
-    CHECK(config.resolvedCommandArgs() == config.commandArgs);
+    CHECK(config.resolvedArgs(nobody()) == config.extraArgs);
+    CHECK(config.resolvedCommandArgs(nobody()) == config.commandArgs);
 }
 
 TEST_CASE("an environment value that holds the placeholder twice gets both replaced") {
@@ -596,7 +596,7 @@ TEST_CASE("an environment value that holds the placeholder twice gets both repla
     config.instanceHome = "/h";
     config.environment = {{"PATHS", "{{instanceHome}}/a:{{instanceHome}}/b"}};
 
-    CHECK(config.resolvedEnvironment() == StringMap{{"PATHS", "/h/a:/h/b"}});
+    CHECK(config.resolvedEnvironment(nobody()) == StringMap{{"PATHS", "/h/a:/h/b"}});
 }
 
 TEST_CASE("an environment key that contains the placeholder keeps it") {
@@ -604,7 +604,7 @@ TEST_CASE("an environment key that contains the placeholder keeps it") {
     config.instanceHome = "/h";
     config.environment = {{"X{{instanceHome}}", "{{instanceHome}}"}};
 
-    CHECK(config.resolvedEnvironment() == StringMap{{"X{{instanceHome}}", "/h"}});
+    CHECK(config.resolvedEnvironment(nobody()) == StringMap{{"X{{instanceHome}}", "/h"}});
 }
 
 TEST_CASE("a home that itself contains the placeholder is put in once and not searched again") {
@@ -612,8 +612,9 @@ TEST_CASE("a home that itself contains the placeholder is put in once and not se
     config.instanceHome = "/{{instanceHome}}/x";
     config.extraArgs = {"{{instanceHome}}", "{{{{instanceHome}}}}"};
 
-    CHECK(config.resolvedHome() == "/{{instanceHome}}/x");
-    CHECK(config.resolvedArgs() == Strings{"/{{instanceHome}}/x", "{{/{{instanceHome}}/x}}"});
+    CHECK(config.resolvedHome(nobody()) == "/{{instanceHome}}/x");
+    CHECK(config.resolvedArgs(nobody()) ==
+          Strings{"/{{instanceHome}}/x", "{{/{{instanceHome}}/x}}"});
 }
 
 TEST_CASE("an empty home resolves to nothing and so does every placeholder") {
@@ -621,14 +622,14 @@ TEST_CASE("an empty home resolves to nothing and so does every placeholder") {
     config.instanceHome = "";
     config.extraArgs = {"a{{instanceHome}}b"};
 
-    CHECK(config.resolvedHome().empty());
-    CHECK(config.resolvedArgs() == Strings{"ab"});
+    CHECK(config.resolvedHome(nobody()).empty());
+    CHECK(config.resolvedArgs(nobody()) == Strings{"ab"});
 }
 
 TEST_CASE("a relative home and dots in it are kept") {
     auto config = smallestConfig();
     for (const auto* home : {"rel/x", "/a/../b", "./~", "/a//b/"}) {
         config.instanceHome = home;
-        CHECK(config.resolvedHome() == home);
+        CHECK(config.resolvedHome(nobody()) == home);
     }
 }

@@ -23,7 +23,7 @@ Path writeInstance(const Path& bundle, const std::string& name,
 }
 
 InstanceRecord recordOf(const Path& bundle) {
-    const auto record = InstanceRegistry().recordFor(bundle);
+    const auto record = InstanceRegistry(nobody()).recordFor(bundle);
     REQUIRE(record.has_value());
     return *record;
 }
@@ -35,7 +35,7 @@ Strings namesOf(const std::vector<InstanceRecord>& records) {
 }
 
 Strings listedIn(const std::vector<Path>& folders) {
-    return namesOf(InstanceRegistry(folders).list());
+    return namesOf(InstanceRegistry(nobody(), folders).list());
 }
 
 } // namespace
@@ -47,9 +47,9 @@ TEST_CASE("an empty list of folders lists nothing and an absent one the user's A
     writeInstance(user / "KorvaneInstances/B.app", "B");
 
     CHECK(listedIn({}).empty());
-    CHECK(namesOf(InstanceRegistry().list()) == Strings{"A"});
-    CHECK(InstanceRegistry().searchDirs == Strings{user / "Applications"});
-    CHECK(InstanceRegistry::defaultSearchDirs() == Strings{user / "Applications"});
+    CHECK(namesOf(InstanceRegistry(user.places()).list()) == Strings{"A"});
+    CHECK(InstanceRegistry(user.places()).searchDirs == Strings{user / "Applications"});
+    CHECK(InstanceRegistry::defaultSearchDirs(user.places()) == Strings{user / "Applications"});
 }
 
 TEST_CASE("a folder called Notes APP in capitals is not listed but can be looked up") {
@@ -90,7 +90,7 @@ TEST_CASE("removing with data an instance whose home is the user's own removes t
         CAPTURE(home);
         const auto bundle = writeInstance(tmp / "out/A.app", "A", home);
 
-        InstanceRegistry().remove(recordOf(bundle), UserData::remove);
+        InstanceRegistry(user.places()).remove(recordOf(bundle), UserData::remove);
 
         CHECK_FALSE(isThere(bundle));
         CHECK(snapshot(user.path()) == before);
@@ -103,14 +103,14 @@ TEST_CASE("removing a bundle that is already gone, without data, succeeds and do
     writeFile(home + "/data", "kept");
     const auto bundle = writeInstance(tmp / "out/A.app", "A", home);
     const auto record = recordOf(bundle);
-    InstanceRegistry().remove(record, UserData::keep);
+    InstanceRegistry(nobody()).remove(record, UserData::keep);
     CHECK(namesIn(tmp / "out").empty());
     const auto before = snapshot(tmp.path());
 
-    InstanceRegistry().remove(record, UserData::keep);
+    InstanceRegistry(nobody()).remove(record, UserData::keep);
 
     CHECK(snapshot(tmp.path()) == before);
-    InstanceRegistry().remove(record, UserData::remove); // the data still goes when asked
+    InstanceRegistry(nobody()).remove(record, UserData::remove); // the data still goes when asked
     CHECK_FALSE(isThere(home));
 }
 
@@ -121,7 +121,8 @@ TEST_CASE("after an update the file is pretty-printed with its keys in sorted or
         R"({"url":"a/b","zzz":1,"instanceHome":"/h","displayName":"A","bundleId":"b"})");
     const auto record = recordOf(bundle);
 
-    InstanceRegistry().update(record, [](InstanceConfig& config) { config.displayName = "B"; });
+    InstanceRegistry(nobody()).update(record,
+                                      [](InstanceConfig& config) { config.displayName = "B"; });
 
     const auto after = recordOf(bundle);
     CHECK(after.config.displayName == "B");
@@ -189,16 +190,16 @@ TEST_CASE("unreadable folders and undecodable bundles are skipped") {
     });
 
     CHECK(said == "A Hidden ");
-    CHECK_FALSE(InstanceRegistry().recordFor(tmp / "good/Broken.app").has_value());
-    CHECK_FALSE(InstanceRegistry().recordFor(tmp / "missing").has_value());
-    CHECK_FALSE(InstanceRegistry().recordFor("").has_value());
+    CHECK_FALSE(InstanceRegistry(nobody()).recordFor(tmp / "good/Broken.app").has_value());
+    CHECK_FALSE(InstanceRegistry(nobody()).recordFor(tmp / "missing").has_value());
+    CHECK_FALSE(InstanceRegistry(nobody()).recordFor("").has_value());
 }
 
 TEST_CASE("a listed record has the bundle's path and its icon only while that exists") {
     const TempDir tmp;
     const auto bundle = writeInstance(tmp / "A.app", "A");
 
-    const auto records = InstanceRegistry(Strings{tmp.path() + "/"}).list();
+    const auto records = InstanceRegistry(nobody(), Strings{tmp.path() + "/"}).list();
 
     REQUIRE(records.size() == 1);
     CHECK(records[0].bundleURL == bundle);
@@ -212,7 +213,7 @@ TEST_CASE("keeping the data removes the bundle alone") {
     writeFile(tmp / "home/data", "kept");
     const auto bundle = writeInstance(tmp / "A.app", "A", tmp / "home");
 
-    InstanceRegistry().remove(recordOf(bundle), UserData::keep);
+    InstanceRegistry(nobody()).remove(recordOf(bundle), UserData::keep);
 
     CHECK(namesIn(tmp.path()) == Strings{"home"});
     CHECK(readFile(tmp / "home/data") == "kept");
@@ -225,7 +226,7 @@ TEST_CASE("the data folder is the stored home with its tilde expanded and nothin
     writeFile(user / "other", "kept");
     const auto bundle = writeInstance(tmp / "A.app", "A", "~/Instances/A");
 
-    InstanceRegistry().remove(recordOf(bundle), UserData::remove);
+    InstanceRegistry(user.places()).remove(recordOf(bundle), UserData::remove);
 
     CHECK(namesIn(user / "Instances").empty());
     CHECK(readFile(user / "other") == "kept");
@@ -237,7 +238,7 @@ TEST_CASE("an empty or missing home means that no data is removed") {
     writeFile(tmp / "here", "kept");
     for (const auto* home : {"", "/nonexistent/home"}) {
         const auto bundle = writeInstance(tmp / "A.app", "A", home);
-        InstanceRegistry().remove(recordOf(bundle), UserData::remove);
+        InstanceRegistry(nobody()).remove(recordOf(bundle), UserData::remove);
         CHECK(namesIn(tmp.path()) == Strings{"here"});
     }
 }
@@ -250,8 +251,8 @@ TEST_CASE("removing with data leaves the user's linked folders exactly as they w
         writeFile(user / name + "/.DS_Store", name);
     }
     const auto home = tmp / "instance";
-    InstanceLauncher::ensureSharedUserFolders(home);
-    InstanceLauncher::ensureKeychainAccess(home);
+    InstanceLauncher::ensureSharedUserFolders(home, user.places());
+    InstanceLauncher::ensureKeychainAccess(home, user.places());
     makeLink(home + "/deep/er/slashed", user.path() + "/");
     writeFile(home + "/own/data");
     REQUIRE(isLink(home + "/Downloads"));
@@ -259,7 +260,7 @@ TEST_CASE("removing with data leaves the user's linked folders exactly as they w
     const auto before = snapshot(user.path());
     const auto bundle = writeInstance(tmp / "A.app", "A", home);
 
-    InstanceRegistry().remove(recordOf(bundle), UserData::remove);
+    InstanceRegistry(user.places()).remove(recordOf(bundle), UserData::remove);
 
     CHECK_FALSE(isThere(home));
     CHECK(snapshot(user.path()) == before);
@@ -275,7 +276,7 @@ TEST_CASE("a home that is itself a link, with a trailing slash, is removed and n
         const auto before = snapshot(user.path());
         CAPTURE(slash);
 
-        InstanceRegistry().remove(recordOf(bundle), UserData::remove);
+        InstanceRegistry(user.places()).remove(recordOf(bundle), UserData::remove);
 
         CHECK_FALSE(isThere(bundle));
         CHECK_FALSE(isThere(tmp / "home"));
@@ -288,7 +289,7 @@ TEST_CASE("a bundle that is a link, with a trailing slash, is removed and not fo
     const auto real = writeInstance(tmp / "real/A.app", "A");
     makeLink(tmp / "Link.app", real);
 
-    InstanceRegistry().remove(recordOf((tmp / "Link.app") + "/"), UserData::keep);
+    InstanceRegistry(nobody()).remove(recordOf((tmp / "Link.app") + "/"), UserData::keep);
 
     CHECK_FALSE(isThere(tmp / "Link.app"));
     CHECK(recordOf(real).config.displayName == "A");
@@ -303,7 +304,7 @@ TEST_CASE("a bundle that cannot be removed fails and leaves the data untouched")
     setMode(tmp / "out", 0555);
 
     const auto said = asOrdinaryUser([&]() -> std::string {
-        InstanceRegistry().remove(record, UserData::remove);
+        InstanceRegistry(nobody()).remove(record, UserData::remove);
         return "removed";
     });
 
@@ -321,7 +322,7 @@ TEST_CASE("data that cannot be removed is no error and the bundle is gone") {
     setMode(tmp / "locked", 0555);
 
     const auto said = asOrdinaryUser([&]() -> std::string {
-        InstanceRegistry().remove(record, UserData::remove);
+        InstanceRegistry(nobody()).remove(record, UserData::remove);
         return "returned";
     });
 
@@ -337,7 +338,7 @@ TEST_CASE("an update writes over the file in place and changes nothing else in t
     const auto file = bundle + "/Contents/Resources/instance.json";
     const auto inode = statusOf(file).st_ino;
 
-    InstanceRegistry().update(recordOf(bundle), [](InstanceConfig& config) {
+    InstanceRegistry(nobody()).update(recordOf(bundle), [](InstanceConfig& config) {
         config.displayName = "x";
         config.bundleId = "y";
     });
@@ -354,7 +355,7 @@ TEST_CASE("an update edits what the record holds, even when the file has changed
     const auto stale = recordOf(bundle);
     writeInstance(bundle, "newer");
 
-    InstanceRegistry().update(stale, [](InstanceConfig& config) { config.url = "u"; });
+    InstanceRegistry(nobody()).update(stale, [](InstanceConfig& config) { config.url = "u"; });
 
     CHECK(recordOf(bundle).config.displayName == "old");
     CHECK(recordOf(bundle).config.url == "u");
@@ -367,16 +368,16 @@ TEST_CASE("an update that cannot be encoded or written is not reported and leave
     const auto file = bundle + "/Contents/Resources/instance.json";
     const auto before = readFile(file);
 
-    InstanceRegistry().update(record, [](InstanceConfig& config) { config.url = "\xff"; });
+    InstanceRegistry(nobody()).update(record, [](InstanceConfig& config) { config.url = "\xff"; });
     CHECK(readFile(file) == before);
 
-    InstanceRegistry().update({tmp / "missing.app", record.config}, [](InstanceConfig&) {});
+    InstanceRegistry(nobody()).update({tmp / "missing.app", record.config}, [](InstanceConfig&) {});
     CHECK(namesIn(tmp.path()) == Strings{"A.app"});
 
     giveToOrdinaryUser(tmp.path());
     setMode(file, 0444);
     const auto said = asOrdinaryUser([&]() -> std::string {
-        InstanceRegistry().update(record, [](InstanceConfig& config) { config.url = "u"; });
+        InstanceRegistry(nobody()).update(record, [](InstanceConfig& config) { config.url = "u"; });
         return "returned";
     });
     CHECK(said == "returned");

@@ -4,6 +4,7 @@
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
+#include "Support/Launch.h"
 #include "Support/Report.h"
 
 #include <sys/stat.h>
@@ -22,13 +23,14 @@ int statusOf(ChildProcess child) {
     return child.terminationStatus();
 }
 
-int launch(const InstanceConfig& config, const SystemTools& tools = {}) {
-    return statusOf(InstanceLauncher::launch(config, tools));
+int launch(const InstanceConfig& config, const UserPlaces& user = nobody(),
+           const SystemTools& tools = {}) {
+    return statusOf(start(config, user, tools));
 }
 
-LaunchError launchErrorOf(const InstanceConfig& config) {
+LaunchError launchErrorOf(const InstanceConfig& config, const UserPlaces& user = nobody()) {
     return expectThrow<LaunchError>(
-        [&] { InstanceLauncher::launch(config, {.codesign = "/nonexistent/codesign"}); });
+        [&] { start(config, user, {.codesign = "/nonexistent/codesign"}); });
 }
 
 Path logOf(const Path& home) { return home + "/korvane-instance.log"; }
@@ -47,8 +49,8 @@ struct Stage {
                   Strategy strategy = Strategy::homeOverride) const {
         Strings all{"report", tmp / "report"};
         all.insert(all.end(), arguments.begin(), arguments.end());
-        const int status =
-            statusOf(InstanceLauncher::launch(app, home, strategy, all, environment));
+        const int status = statusOf(InstanceLauncher::launch(app, home, strategy, all, environment,
+                                                             user.places(), processEnvironment()));
         CHECK(status == 0);
         return Report(tmp / "report");
     }
@@ -84,7 +86,7 @@ TEST_CASE("a file shortcut runs the opener with the expanded path as its single 
     auto config = fileConfig("~/Documents/report.pdf");
     config.instanceHome = tmp / "home";
 
-    auto child = InstanceLauncher::launch(config, {.open = opener});
+    auto child = start(config, user.places(), {.open = opener});
     CHECK(child.setup().arguments == Strings{user / "Documents/report.pdf"});
     CHECK_FALSE(child.setup().environment.has_value());
     CHECK_FALSE(child.setup().currentDirectory.has_value());
@@ -107,7 +109,7 @@ TEST_CASE("a file shortcut hands a hostile path on as one argument and never to 
     const TempDir tmp;
     const auto opener = writeScript(tmp / "open", R"(printf '%s' "$1" > "$0.argument")");
     for (const std::string path : {"-n", "$(touch /x)", "a b;c", "--", "\xff", "https://x/?a&b"}) {
-        CHECK(launch(fileConfig(path), {.open = opener}) == 0);
+        CHECK(launch(fileConfig(path), nobody(), {.open = opener}) == 0);
         CHECK(readFile(tmp / "open.argument") == path);
     }
 }
@@ -119,11 +121,11 @@ TEST_CASE("the opener inherits the environment and its missing is the platform's
     config.environment = {{"KORVANE_TEST_OWN", "never"}};
     const auto opener = writeScript(
         tmp / "open", R"(printf '%s' "$KORVANE_TEST_MARK$KORVANE_TEST_OWN" > "$0.env")");
-    CHECK(launch(config, {.open = opener}) == 0);
+    CHECK(launch(config, nobody(), {.open = opener}) == 0);
     CHECK(readFile(tmp / "open.env") == "seen");
 
-    const auto error = expectThrow<ChildProcessError>(
-        [&] { InstanceLauncher::launch(config, {.open = tmp / "missing"}); });
+    const auto error =
+        expectThrow<ChildProcessError>([&] { start(config, nobody(), {.open = tmp / "missing"}); });
 
     CHECK(error.path == tmp / "missing");
 }
@@ -134,7 +136,7 @@ TEST_CASE("a command's second argument has the resolved home in place of the pla
     auto config = commandConfig(
         "~/h", probe, {"report", tmp / "report", "--profile", "{{instanceHome}}/p", "~/x", ""});
 
-    CHECK(launch(config) == 0);
+    CHECK(launch(config, user.places()) == 0);
 
     CHECK(Report(tmp / "report").lines("arg") == Strings{"--profile", user / "h/p", "~/x", ""});
 }
@@ -215,12 +217,13 @@ TEST_CASE("a command's tilde is expanded and a bare name is not looked up in PAT
     const TempDir tmp;
     const UserHome user(tmp);
     copyProgram(probe, user / "bin/tool");
-    CHECK(launch(commandConfig(tmp / "h", "~/bin/tool", {"report", tmp / "report"})) == 0);
+    CHECK(launch(commandConfig(tmp / "h", "~/bin/tool", {"report", tmp / "report"}),
+                 user.places()) == 0);
     CHECK(Report(tmp / "report").lines("argv0") == Strings{user / "bin/tool"});
 
     const WorkingDirectory inside(tmp.path());
     const auto error = expectThrow<ChildProcessError>(
-        [&] { InstanceLauncher::launch(commandConfig(tmp / "h", "true")); });
+        [&] { start(commandConfig(tmp / "h", "true"), user.places()); });
 
     CHECK(error.fault == ChildProcessError::Fault::executable);
 }
@@ -244,17 +247,17 @@ TEST_CASE("a working directory's tilde is expanded and a placeholder in it is no
     makeFolder(user / "w");
     auto config = commandConfig("~/h", probe, {"report", tmp / "report"});
     config.workingDirectory = "~/w";
-    CHECK(launch(config) == 0);
+    CHECK(launch(config, user.places()) == 0);
     CHECK(Report(tmp / "report").lines("cwd") == Strings{user / "w"});
 
     config.workingDirectory = "{{instanceHome}}";
-    const auto error = expectThrow<ChildProcessError>([&] { InstanceLauncher::launch(config); });
+    const auto error = expectThrow<ChildProcessError>([&] { start(config, user.places()); });
 
     CHECK(error.fault == ChildProcessError::Fault::workingDirectory);
     config.workingDirectory.reset();
     config.commandPath = "{{instanceHome}}/tool";
     copyProgram(probe, user / "h/tool");
-    expectThrow<ChildProcessError>([&] { InstanceLauncher::launch(config); });
+    expectThrow<ChildProcessError>([&] { start(config, user.places()); });
 }
 
 TEST_CASE("a command's output and errors go to the instance log") {
@@ -319,7 +322,8 @@ TEST_CASE("a second launch of one instance appends to its log") {
     writeScript(app.executableURL(), "echo \"$1\"");
 
     for (const auto* word : {"first", "second"}) {
-        statusOf(InstanceLauncher::launch(app, tmp / "h", Strategy::homeOverride, {word}, {}));
+        statusOf(InstanceLauncher::launch(app, tmp / "h", Strategy::homeOverride, {word}, {},
+                                          nobody(), processEnvironment()));
     }
 
     CHECK(readFile(logOf(tmp / "h")) == "first\nsecond\n");
@@ -368,7 +372,7 @@ TEST_CASE("the instance's keychains are a link to the user's own") {
 
     CHECK(linkText(stage.home + "/Library/Keychains") == stage.user / "Library/Keychains");
     makeFolder(stage.tmp / "second");
-    InstanceLauncher::ensureKeychainAccess((stage.tmp / "second") + "/");
+    InstanceLauncher::ensureKeychainAccess((stage.tmp / "second") + "/", stage.user.places());
     CHECK(linkText(stage.tmp / "second/Library/Keychains") == stage.user / "Library/Keychains");
 }
 
@@ -446,7 +450,8 @@ TEST_CASE("an instance home that cannot be made fails with the system's error") 
     for (const auto& home : {stage.tmp / "file/h", stage.tmp / "file", std::string()}) {
         CAPTURE(home);
         expectThrow<FileError>([&] {
-            InstanceLauncher::launch(stage.app, home, Strategy::homeOverride, {"report", "-"}, {});
+            InstanceLauncher::launch(stage.app, home, Strategy::homeOverride, {"report", "-"}, {},
+                                     stage.user.places(), processEnvironment());
         });
     }
 }
@@ -464,8 +469,8 @@ TEST_CASE("an application without its executable fails with the platform's error
 TEST_CASE("a location without a readable bundle is a bad bundle and makes nothing") {
     const TempDir tmp;
     const auto error = expectThrow<LaunchError>([&] {
-        InstanceLauncher::launch(tmp / "X.app", tmp / "h", Strategy::homeOverride, {}, {},
-                                 {.codesign = "/nonexistent"});
+        InstanceLauncher::launch(tmp / "X.app", tmp / "h", Strategy::homeOverride, {}, {}, nobody(),
+                                 processEnvironment(), {.codesign = "/nonexistent"});
     });
     CHECK(error.kind == LaunchError::Kind::badBundle);
     CHECK(error.description() == "Not a readable .app bundle: " + (tmp / "X.app"));
@@ -478,7 +483,7 @@ TEST_CASE("an app shortcut shares the user's folders before its bundle is examin
     auto config = stage.config();
     config.targetAppPath = stage.tmp / "missing.app";
 
-    CHECK(launchErrorOf(config).kind == LaunchError::Kind::badBundle);
+    CHECK(launchErrorOf(config, stage.user.places()).kind == LaunchError::Kind::badBundle);
     CHECK(linkText(stage.home + "/Downloads") == stage.user / "Downloads");
     CHECK(namesIn(stage.home) == Strings{"Downloads"});
 }
@@ -491,7 +496,7 @@ TEST_CASE("an app shortcut that does not share leaves the instance's folders alo
     config.targetAppPath = stage.app.url;
     copyProgram(probe, stage.app.url + "/Contents/MacOS/App");
 
-    CHECK(launch(config, {.codesign = "/nonexistent"}) == 0);
+    CHECK(launch(config, stage.user.places(), {.codesign = "/nonexistent"}) == 0);
 
     CHECK_FALSE(isThere(stage.home + "/Downloads"));
 }
@@ -504,7 +509,7 @@ TEST_CASE("an app shortcut runs the bundle's main executable in the resolved hom
     config.extraArgs.emplace_back("--data={{instanceHome}}/d");
     config.environment = {{"DATA", "{{instanceHome}}"}};
 
-    CHECK(launch(config, {.codesign = "/nonexistent"}) == 0);
+    CHECK(launch(config, stage.user.places(), {.codesign = "/nonexistent"}) == 0);
 
     const Report seen(stage.tmp / "report");
     const auto home = stage.user / "Instances/One";
@@ -522,7 +527,7 @@ TEST_CASE("an app shortcut whose home is the user's own leaves the user's folder
     auto config = stage.config();
     config.instanceHome = "~";
 
-    CHECK(launch(config, {.codesign = "/nonexistent"}) == 0);
+    CHECK(launch(config, stage.user.places(), {.codesign = "/nonexistent"}) == 0);
 
     CHECK(isRealFolder(stage.user / "Downloads"));
     CHECK(isRealFolder(stage.user / "Library/Keychains"));
@@ -537,9 +542,10 @@ TEST_CASE("an empty instance home writes nothing into the folder that the runner
     config.instanceHome = "";
     copyProgram(probe, stage.app.url + "/Contents/MacOS/App");
 
-    expectThrow<FileError>([&] { launch(config, {.codesign = "/nonexistent"}); });
+    expectThrow<FileError>(
+        [&] { launch(config, stage.user.places(), {.codesign = "/nonexistent"}); });
 
-    CHECK(InstanceLauncher::migrateSharedUserFolders("").empty());
+    CHECK(InstanceLauncher::migrateSharedUserFolders("", stage.user.places()).empty());
     CHECK_FALSE(InstanceLauncher::instanceLogHandle(""));
     CHECK(fileSystem::list(".") == Strings{"Downloads"});
     CHECK(isRealFolder("Downloads/private"));

@@ -17,7 +17,9 @@ namespace {
 
 /// A place to create wrappers in, with a runner and a user of its own.
 struct Workshop {
-    Workshop() : user(tmp), runner(writeScript(tmp / "runner-file", "true")), factory(runner) {}
+    Workshop()
+        : user(tmp), runner(writeScript(tmp / "runner-file", "true")),
+          factory(user.places(), runner) {}
 
     Request request(ShortcutKind kind, const std::string& name = "Mail") const {
         Request result;
@@ -306,7 +308,7 @@ TEST_CASE("a plain request for a Chromium browser gets all defaults, in the user
     CHECK(config.targetAppPath == shop.tmp / "Browser.app");
     CHECK(config.extraArgs == Strings{chromiumArgument});
     CHECK(isThere(shop.user / "Applications/Work Chrome.app/Contents/PkgInfo"));
-    CHECK(WrapperFactory::defaultOutputDir() == shop.user / "Applications");
+    CHECK(WrapperFactory::defaultOutputDir(shop.user.places()) == shop.user / "Applications");
     CHECK_FALSE(isThere(shop.user / "KorvaneInstances"));
 }
 
@@ -378,7 +380,7 @@ TEST_CASE("an empty name is reported before a missing runner and that before a b
     const UserHome user(tmp);
     makeFolder(tmp / "empty");
     const WorkingDirectory inside(tmp / "empty"); // no build folder to find a runner in
-    const WrapperFactory factory;
+    const WrapperFactory factory(user.places());
     Request request;
     request.kind = ShortcutKind::app;
     request.outputDir = tmp / "out";
@@ -402,7 +404,7 @@ TEST_CASE("without a runner of its own the factory finds one in the build folder
     request.displayName = "N";
     request.outputDir = tmp / "out";
 
-    const auto bundle = WrapperFactory().create(request);
+    const auto bundle = WrapperFactory(user.places()).create(request);
 
     CHECK(contains(readFile(bundle + "/Contents/MacOS/runner"), "echo found"));
 }
@@ -410,7 +412,7 @@ TEST_CASE("without a runner of its own the factory finds one in the build folder
 TEST_CASE("the generator's own errors pass through the factory") {
     const Workshop shop;
     auto request = shop.request(ShortcutKind::web);
-    const WrapperFactory factory(shop.tmp / "missing-runner");
+    const WrapperFactory factory(shop.user.places(), shop.tmp / "missing-runner");
 
     const auto error = expectThrow<WrapperGenerator::GenError>([&] { factory.create(request); });
 

@@ -83,7 +83,7 @@ TEST_CASE("a path for use has its tilde expanded") {
     const TempDir tmp;
     const UserHome home(tmp);
 
-    CHECK(usablePath("~/a/") == home / "a");
+    CHECK(usablePath("~/a/", home.places()) == home / "a");
 }
 
 TEST_CASE("a color is six hexadecimal digits with or without a number sign") {

@@ -1,6 +1,5 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 #include <array>
 #include <utility>
@@ -28,12 +27,13 @@ void makeCacheFolder(const Path& home) {
 
 } // namespace
 
-void redirectHomeVariables(Environment& environment, const Path& home) noexcept {
+void redirectHomeVariables(Environment& environment, const Path& home,
+                           const UserPlaces& user) noexcept {
     for (const auto& [name, folder] : baseDirectories)
         environment[name] = paths::join(home, folder);
     makeCacheFolder(home);
     if (environment.contains("XAUTHORITY")) return;
-    const auto authority = paths::join(userHome(), ".Xauthority");
+    const auto authority = paths::join(user.home, ".Xauthority");
     if (fileSystem::exists(authority)) environment["XAUTHORITY"] = authority;
 }
 

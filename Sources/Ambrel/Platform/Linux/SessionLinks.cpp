@@ -1,7 +1,6 @@
 #include "Ambrel/Platform/SessionLinks.h"
 
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 namespace ambrel {
 
@@ -9,7 +8,7 @@ namespace {
 
 constexpr unsigned privateMode = 0700; // what the Trash and base directory specifications ask for
 
-Path userTrash() { return paths::join(userDataFolder(), "Trash"); }
+Path trashOf(const UserPlaces& user) { return paths::join(user.data, "Trash"); }
 
 /// Follows the user's own links: data folders may well lie on another disk.
 void makePrivateFolders(const Path& folder) {
@@ -22,10 +21,8 @@ void makePrivateFolders(const Path& folder) {
 
 } // namespace
 
-std::vector<DesktopLink> desktopLinks() {
-    const auto home = userHome();
-    const auto config = userConfigFolder();
-    const auto data = userDataFolder();
+std::vector<SessionLink> sessionLinks(const UserPlaces& user) {
+    const auto& [home, config, data] = user;
     return {
         {".config/ibus/bus", paths::join(config, "ibus/bus")},
         {".local/share/fonts", paths::join(data, "fonts")},
@@ -38,15 +35,18 @@ std::vector<DesktopLink> desktopLinks() {
     };
 }
 
-std::vector<DesktopLink> trashLinks() { return {{".local/share/Trash", userTrash()}}; }
+std::vector<SessionLink> trashLinks(const UserPlaces& user) {
+    return {{".local/share/Trash", trashOf(user)}};
+}
 
-void makeUserTrash() {
+void makeUserTrash(const UserPlaces& user) {
+    const auto trash = trashOf(user);
     // An account without a home does not get one from here.
-    if (!fileSystem::isFolder(userHome()) || fileSystem::kindOf(userTrash())) return;
-    makePrivateFolders(userDataFolder());
-    fileSystem::createFolder(userTrash(), privateMode);
+    if (!fileSystem::isFolder(user.home) || fileSystem::kindOf(trash)) return;
+    makePrivateFolders(user.data);
+    fileSystem::createFolder(trash, privateMode);
     for (const auto* name : {"files", "info"}) {
-        fileSystem::createFolder(paths::join(userTrash(), name), privateMode);
+        fileSystem::createFolder(paths::join(trash, name), privateMode);
     }
 }
 

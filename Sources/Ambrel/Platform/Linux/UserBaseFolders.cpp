@@ -1,4 +1,4 @@
-#include "Ambrel/Platform/UserPaths.h"
+#include "Ambrel/Platform/Posix/UserBaseFolders.h"
 
 #include <cstdlib>
 #include <string_view>
@@ -7,23 +7,27 @@ namespace ambrel {
 
 namespace {
 
-std::string_view variable(const char* name) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? std::string_view() : std::string_view(value);
-}
-
-Path baseFolder(const char* name, std::string_view standard) {
-    const auto chosen = variable(name);
-    const bool isOurs = variable("CFFIXED_USER_HOME").empty();
-    if (isOurs && chosen.starts_with('/')) return Path(paths::withoutTrailingSlashes(chosen));
-    const auto home = userHome();
-    return home.empty() ? Path() : paths::join(home, standard);
+/// The specification has relative paths ignored (XDG Base Directory Specification).
+void choose(Path& folder, const char* variable) {
+    const char* value = std::getenv(variable);
+    const auto chosen = value == nullptr ? std::string_view() : std::string_view(value);
+    if (chosen.starts_with('/')) folder = Path(paths::withoutTrailingSlashes(chosen));
 }
 
 } // namespace
 
-Path userConfigFolder() { return baseFolder("XDG_CONFIG_HOME", ".config"); }
+UserPlaces UserPlaces::usual(const Path& home) {
+    if (home.empty()) return {};
+    const Path place{paths::withoutTrailingSlashes(home)};
+    return {.home = place,
+            .config = paths::join(place, ".config"),
+            .data = paths::join(place, ".local/share")};
+}
 
-Path userDataFolder() { return baseFolder("XDG_DATA_HOME", ".local/share"); }
+UserPlaces withChosenBaseFolders(UserPlaces usual) {
+    choose(usual.config, "XDG_CONFIG_HOME");
+    choose(usual.data, "XDG_DATA_HOME");
+    return usual;
+}
 
 } // namespace ambrel

@@ -1,7 +1,6 @@
 #include "Ambrel/Platform/UserFolderSettings.h"
 
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 #include <array>
 #include <cerrno>
@@ -68,8 +67,7 @@ Path placeOf(std::string_view value, const Path& home) {
 }
 
 /// A user without the file has the usual folders. Absent when there is one that cannot be read.
-std::optional<std::string> settingsFile() {
-    const auto folder = userConfigFolder();
+std::optional<std::string> settingsFile(const Path& folder) {
     if (folder.empty()) return std::string();
     try {
         return fileSystem::read(paths::join(folder, "user-dirs.dirs"));
@@ -88,15 +86,15 @@ UserFolderSettings unknownSettings() {
 
 } // namespace
 
-UserFolderSettings userFolderSettings() {
-    const auto file = settingsFile();
+UserFolderSettings userFolderSettings(const UserPlaces& user) {
+    const auto file = settingsFile(user.config);
     if (!file) return unknownSettings();
     UserFolderSettings settings;
-    const auto home = userHome();
     for (std::string_view rest = *file; !rest.empty();) {
         const auto line = takeLine(rest);
         for (const auto& [variable, name] : variables) {
-            if (const auto value = assigned(line, variable)) settings[name] = placeOf(*value, home);
+            if (const auto value = assigned(line, variable))
+                settings[name] = placeOf(*value, user.home);
         }
     }
     return settings;

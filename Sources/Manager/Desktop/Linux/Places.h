@@ -10,7 +10,7 @@ namespace korvane::registration {
 /// Where everything of one entry lies. Forming a path touches no file.
 struct Places {
     std::string id;
-    ambrel::Path data; ///< userDataFolder(); empty where there is none
+    ambrel::Path data; ///< user.data; empty where there is none
 
     ambrel::Path entry() const { return below("applications", fileName()); }
     /// The script that opens the instance, without white space in what we add to the path.

@@ -6,7 +6,6 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/LibraryError.h"
 #include "Ambrel/Platform/PropertyList.h"
-#include "Ambrel/Platform/UserPaths.h"
 #include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Desktop/Linux/Categories.h"
@@ -29,8 +28,8 @@ namespace {
 /// What a profile says of the name of its program's windows, and what an application's Info.plist
 /// says of the categories of the program that it was made of.
 
-Places placesFor(const std::string& bundleId) {
-    return {ambrel::desktopId(bundleId), ambrel::userDataFolder()};
+Places placesFor(const std::string& bundleId, const ambrel::UserPlaces& user) {
+    return {ambrel::desktopId(bundleId), user.data};
 }
 
 /// The bundle itself where the path is a link to it.
@@ -64,9 +63,9 @@ void requireOwnPlace(const Places& places, const Path& bundle, const std::string
     throw Refusal(foreignEntry(places) + wayOut);
 }
 
-void requireNoOther(const Places& places, const ambrel::Environment& environment,
-                    const std::string& wayOut) {
-    for (const auto& file : findDesktopEntries(places.fileName(), environment)) {
+void requireNoOther(const Places& places, const ambrel::UserPlaces& user,
+                    const ambrel::Environment& environment, const std::string& wayOut) {
+    for (const auto& file : findDesktopEntries(places.fileName(), user, environment)) {
         // The user's folder may be among the others too.
         if (fileSystem::isSameItem(file, places.entry())) continue;
         throw Refusal("A program is called " + inQuotes(places.id) +
@@ -154,18 +153,19 @@ EntryFiles filesFor(const InstanceConfig& config, const Path& bundle, const Plac
 
 } // namespace
 
-std::optional<Entry> findEntry(const InstanceRecord& record) {
-    const auto places = placesFor(record.config.bundleId);
+std::optional<Entry> findEntry(const InstanceRecord& record, const ambrel::UserPlaces& user) {
+    const auto places = placesFor(record.config.bundleId, user);
     const auto existing = findOwn(places, record.bundleURL);
     if (!existing) return std::nullopt;
     return Entry{places.id, places.entry(), existing->bundle};
 }
 
-std::vector<Entry> findFormer(const InstanceRecord& record) noexcept {
+std::vector<Entry> findFormer(const InstanceRecord& record,
+                              const ambrel::UserPlaces& user) noexcept {
     constexpr std::string_view ending = ".desktop";
     std::vector<Entry> former;
     try {
-        const auto own = placesFor(record.config.bundleId);
+        const auto own = placesFor(record.config.bundleId, user);
         const Path folder(ambrel::paths::deletingLastComponent(own.entry()));
         for (const auto& name : fileSystem::list(folder)) {
             if (!name.ends_with(ending) || name == own.fileName()) continue;
@@ -180,19 +180,19 @@ std::vector<Entry> findFormer(const InstanceRecord& record) noexcept {
     return former;
 }
 
-void requireFree(const std::string& bundleId, const Path& bundle,
+void requireFree(const std::string& bundleId, const Path& bundle, const ambrel::UserPlaces& user,
                  const ambrel::Environment& environment, const std::string& wayOut) {
-    const auto places = placesFor(bundleId);
+    const auto places = placesFor(bundleId, user);
     // A user without a home can have instances, but no entries.
     if (places.data.empty()) return;
     requireOwnPlace(places, bundle, " " + wayOut);
-    requireNoOther(places, environment, " " + wayOut);
+    requireNoOther(places, user, environment, " " + wayOut);
     // With the bundle there, add() can tell what an earlier try has left.
     if (fileSystem::isMissing(bundle)) requireEmptyPlaces(places, " " + wayOut);
 }
 
-Entry add(const InstanceRecord& record) {
-    const auto places = placesFor(record.config.bundleId);
+Entry add(const InstanceRecord& record, const ambrel::UserPlaces& user) {
+    const auto places = placesFor(record.config.bundleId, user);
     if (places.data.empty()) throw Refusal("There is no home folder for desktop entries.");
     requireOwnPlace(places, record.bundleURL, " It stays as it is.");
     const auto existing = findOwn(places, record.bundleURL);
@@ -206,8 +206,8 @@ Entry add(const InstanceRecord& record) {
     return {places.id, places.entry(), bundle};
 }
 
-void remove(const Entry& entry) {
-    const Places places{entry.id, ambrel::userDataFolder()};
+void remove(const Entry& entry, const ambrel::UserPlaces& user) {
+    const Places places{entry.id, user.data};
     const auto existing = readEntry(places);
     if (existing && existing->bundle == entry.bundle) removeFiles(places, *existing);
 }

@@ -131,20 +131,21 @@ void completeShellCall(ProgramCall& call) {
     if (!isNamed) call.before.emplace_back("sh");
 }
 
-Path requireProgram(const std::string& program, const ambrel::Environment& environment) {
+Path requireProgram(const std::string& program, const ambrel::UserPlaces& user,
+                    const ambrel::Environment& environment) {
     if (program.find('/') == std::string::npos) {
         if (auto found = findProgram(program, environment)) return *found;
         throw Refusal("No program called " + inQuotes(program) + " is in the folders of PATH.");
     }
-    const auto path = usablePath(program);
+    const auto path = usablePath(program, user);
     if (fileSystem::isExecutableFile(path)) return path;
     throw Refusal(ambrel::utf8::oneLine(path) + " is no program that can be run.");
 }
 
 /// Whether a profile says by which argument the program does without the bus.
-bool isKeptApart(const std::string& identifier) {
+bool isKeptApart(const std::string& identifier, const ambrel::UserPlaces& user) {
     try {
-        const auto found = findProfile(identifier);
+        const auto found = findProfile(identifier, user);
         return found && !found->profile.extraArgs.empty() &&
                found->profile.confidence != ambrel::Confidence::broken;
     } catch (const Refusal&) {
@@ -152,7 +153,8 @@ bool isKeptApart(const std::string& identifier) {
     }
 }
 
-Adoption fromEntry(const Path& file, const ambrel::Environment& environment) {
+Adoption fromEntry(const Path& file, const ambrel::UserPlaces& user,
+                   const ambrel::Environment& environment) {
     const auto entry = DesktopEntry::parse(fileSystem::read(file));
     auto call = entry.program(file);
     requireAdoptable(entry, call);
@@ -162,16 +164,16 @@ Adoption fromEntry(const Path& file, const ambrel::Environment& environment) {
     const auto name = entry.string("Name").value_or("");
     adoption.name = bundleName(name.empty() ? id : name);
     adoption.identifier = wellKnownIdentifier(id).value_or(id);
-    call.program = requireProgram(call.program, environment);
+    call.program = requireProgram(call.program, user, environment);
     completeShellCall(call);
     // With nothing behind it, it keeps no file from being taken for an option.
     if (call.behind == std::vector<std::string>{"--"}) call.behind.clear();
-    adoption.program = requireProgram(programBehind(call), environment);
+    adoption.program = requireProgram(programBehind(call), user, environment);
     adoption.call = std::move(call);
     if (entry.isTrue("Terminal")) adoption.terminal = requireTerminal(environment);
     adoption.categories = entry.string("Categories").value_or("");
-    adoption.icon = findIcon(entry.string("Icon").value_or(""), environment);
-    if (entry.isTrue("DBusActivatable") && !isKeptApart(adoption.identifier)) {
+    adoption.icon = findIcon(entry.string("Icon").value_or(""), user, environment);
+    if (entry.isTrue("DBusActivatable") && !isKeptApart(adoption.identifier, user)) {
         adoption.warnings.push_back(
             inQuotes(adoption.name) +
             " can be activated over the session bus: a second copy may hand "
@@ -180,9 +182,10 @@ Adoption fromEntry(const Path& file, const ambrel::Environment& environment) {
     return adoption;
 }
 
-Adoption fromEntryFile(const Path& file, const ambrel::Environment& environment) {
+Adoption fromEntryFile(const Path& file, const ambrel::UserPlaces& user,
+                       const ambrel::Environment& environment) {
     try {
-        return fromEntry(file, environment);
+        return fromEntry(file, user, environment);
     } catch (const DesktopEntryError& error) {
         throw Refusal("The desktop entry " + ambrel::utf8::oneLine(file) +
                       " cannot be adopted: " + error.what() + ".");
@@ -221,9 +224,10 @@ bool startsPlainly(const Path& file, const Path& program, const ambrel::Environm
 }
 
 /// The only entry for a program: it knows more of it than the file.
-std::optional<Path> entryOf(const Path& program, const ambrel::Environment& environment) {
+std::optional<Path> entryOf(const Path& program, const ambrel::UserPlaces& user,
+                            const ambrel::Environment& environment) {
     std::optional<Path> found;
-    for (const auto& file : listDesktopEntries(environment)) {
+    for (const auto& file : listDesktopEntries(user, environment)) {
         if (!startsPlainly(file, program, environment)) continue;
         if (found) return std::nullopt;
         found = file;
@@ -231,31 +235,34 @@ std::optional<Path> entryOf(const Path& program, const ambrel::Environment& envi
     return found;
 }
 
-Adoption fromProgramOrEntry(const Path& program, const ambrel::Environment& environment) {
-    const auto entry = entryOf(program, environment);
-    return entry ? fromEntryFile(*entry, environment) : fromProgram(program);
+Adoption fromProgramOrEntry(const Path& program, const ambrel::UserPlaces& user,
+                            const ambrel::Environment& environment) {
+    const auto entry = entryOf(program, user, environment);
+    return entry ? fromEntryFile(*entry, user, environment) : fromProgram(program);
 }
 
 bool isEntry(const std::string& text) { return paths::extension(text) == entryExtension; }
 
 } // namespace
 
-Adoption planAdoption(const std::string& text, const ambrel::Environment& environment) {
+Adoption planAdoption(const std::string& text, const ambrel::UserPlaces& user,
+                      const ambrel::Environment& environment) {
     if (text.empty()) throw Refusal("The program's name is empty.");
     requireUtf8(text, "the program");
     if (text.find('/') != std::string::npos || text.starts_with('~')) {
-        const auto path = usablePath(text);
-        return isEntry(path) ? fromEntryFile(path, environment)
-                             : fromProgramOrEntry(requireProgram(path, environment), environment);
+        const auto path = usablePath(text, user);
+        return isEntry(path)
+                   ? fromEntryFile(path, user, environment)
+                   : fromProgramOrEntry(requireProgram(path, user, environment), user, environment);
     }
     if (isEntry(text) && fileSystem::exists(text)) {
-        return fromEntryFile(usablePath(text), environment);
+        return fromEntryFile(usablePath(text, user), user, environment);
     }
-    if (const auto entry = findDesktopEntry(text, environment)) {
-        return fromEntryFile(*entry, environment);
+    if (const auto entry = findDesktopEntry(text, user, environment)) {
+        return fromEntryFile(*entry, user, environment);
     }
     if (const auto program = findProgram(text, environment)) {
-        return fromProgramOrEntry(*program, environment);
+        return fromProgramOrEntry(*program, user, environment);
     }
     throw Refusal("Neither a desktop entry nor a program is called " + inQuotes(text) + ".");
 }

@@ -24,7 +24,8 @@ struct Adoption {
 
 /// Finds out what `text` means: the path or id of a desktop entry, or the path or name of a
 /// program. Throws Refusal for what is neither, and for programs that cannot be started this way.
-Adoption planAdoption(const std::string& text, const ambrel::Environment& environment);
+Adoption planAdoption(const std::string& text, const ambrel::UserPlaces& user,
+                      const ambrel::Environment& environment);
 
 /// Makes the bundle of `adoption` at `bundle`, in a folder that exists. Throws FileError,
 /// EncodingError or LibraryError, with a part of it left there.

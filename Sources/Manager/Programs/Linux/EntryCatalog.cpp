@@ -2,7 +2,6 @@
 
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/UserPaths.h"
 
 #include <algorithm>
 #include <array>
@@ -46,8 +45,9 @@ std::vector<std::string> entriesOf(const Path& folder) {
     }
 }
 
-std::vector<Path> iconCandidates(const std::string& name, const Environment& environment) {
-    auto roots = programDataFolders(environment);
+std::vector<Path> iconCandidates(const std::string& name, const ambrel::UserPlaces& user,
+                                 const Environment& environment) {
+    auto roots = programDataFolders(user, environment);
     std::vector<Path> files;
     const auto addTheme = [&](const Path& icons) {
         const auto theme = paths::join(icons, "hicolor");
@@ -55,7 +55,7 @@ std::vector<Path> iconCandidates(const std::string& name, const Environment& env
             files.push_back(paths::join(paths::join(paths::join(theme, size), "apps"), name));
         }
     };
-    addTheme(paths::join(ambrel::userHome(), ".icons"));
+    addTheme(paths::join(user.home, ".icons"));
     for (const auto& root : roots) addTheme(paths::join(root, "icons"));
     for (const auto& root : roots) files.push_back(paths::join(paths::join(root, "pixmaps"), name));
     return files;
@@ -132,9 +132,10 @@ constexpr std::string_view knownVariants[] = {
 
 } // namespace
 
-std::vector<Path> programDataFolders(const Environment& environment) {
+std::vector<Path> programDataFolders(const ambrel::UserPlaces& user,
+                                     const Environment& environment) {
     std::vector<Path> folders;
-    if (auto own = ambrel::userDataFolder(); !own.empty()) folders.push_back(std::move(own));
+    if (!user.data.empty()) folders.push_back(user.data);
     const auto shared = valueOf(environment, "XDG_DATA_DIRS");
     std::istringstream list(shared.empty() ? "/usr/local/share:/usr/share" : shared);
     for (std::string folder; std::getline(list, folder, ':');) {
@@ -144,27 +145,30 @@ std::vector<Path> programDataFolders(const Environment& environment) {
     return folders;
 }
 
-std::vector<Path> findDesktopEntries(const std::string& id, const Environment& environment) {
+std::vector<Path> findDesktopEntries(const std::string& id, const ambrel::UserPlaces& user,
+                                     const Environment& environment) {
     std::vector<Path> found;
     if (id.empty() || id.find('/') != std::string::npos) return found;
     const auto file = id.ends_with(".desktop") ? id : id + ".desktop";
-    for (const auto& folder : programDataFolders(environment)) {
+    for (const auto& folder : programDataFolders(user, environment)) {
         addEntriesIn(paths::join(folder, "applications"), file, found);
     }
     return found;
 }
 
-std::optional<Path> findDesktopEntry(const std::string& id, const Environment& environment) {
+std::optional<Path> findDesktopEntry(const std::string& id, const ambrel::UserPlaces& user,
+                                     const Environment& environment) {
     // An id may end like a file name itself, as org.telegram.desktop does.
-    auto found = findDesktopEntries(id + ".desktop", environment);
-    if (found.empty()) found = findDesktopEntries(id, environment);
+    auto found = findDesktopEntries(id + ".desktop", user, environment);
+    if (found.empty()) found = findDesktopEntries(id, user, environment);
     return found.empty() ? std::nullopt : std::optional(std::move(found.front()));
 }
 
-std::vector<Path> listDesktopEntries(const Environment& environment) {
+std::vector<Path> listDesktopEntries(const ambrel::UserPlaces& user,
+                                     const Environment& environment) {
     std::vector<Path> files;
     std::set<std::string> seen;
-    for (const auto& root : programDataFolders(environment)) {
+    for (const auto& root : programDataFolders(user, environment)) {
         const auto folder = paths::join(root, "applications");
         for (const auto& name : entriesOf(folder)) {
             if (!name.ends_with(".desktop") || !seen.insert(name).second) continue;
@@ -174,16 +178,17 @@ std::vector<Path> listDesktopEntries(const Environment& environment) {
     return files;
 }
 
-std::optional<Path> findIcon(const std::string& icon, const Environment& environment) {
+std::optional<Path> findIcon(const std::string& icon, const ambrel::UserPlaces& user,
+                             const Environment& environment) {
     if (icon.starts_with('/')) return isFile(icon) ? std::optional(icon) : std::nullopt;
     if (icon.empty() || icon.find('/') != std::string::npos) return std::nullopt;
     const auto name = withoutPictureEnding(icon);
-    const auto png = widestPng(iconCandidates(name + ".png", environment));
+    const auto png = widestPng(iconCandidates(name + ".png", user, environment));
     constexpr std::uint32_t largeEnough = 256; // below that, a drawing is sharper
     if (png && png->width >= largeEnough) return png->file;
-    if (auto drawing = firstFile(iconCandidates(name + ".svg", environment))) return drawing;
+    if (auto drawing = firstFile(iconCandidates(name + ".svg", user, environment))) return drawing;
     if (png) return png->file;
-    return firstFile(iconCandidates(name + ".xpm", environment));
+    return firstFile(iconCandidates(name + ".xpm", user, environment));
 }
 
 std::optional<std::uint32_t> pngWidth(const Path& file) {

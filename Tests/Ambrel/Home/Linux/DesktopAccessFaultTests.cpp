@@ -70,8 +70,8 @@ struct Put {
 TEST_CASE("linking the session and the trash loses nothing whichever call fails") {
     sweep<HostileHome>(
         [](HostileHome& scene) {
-            InstanceLauncher::ensureDesktopAccess(scene.home);
-            InstanceLauncher::ensureSharedTrash(scene.home);
+            InstanceLauncher::ensureDesktopAccess(scene.home, scene.user.places());
+            InstanceLauncher::ensureSharedTrash(scene.home, scene.user.places());
         },
         [](HostileHome& scene, const Failure&) {
             checkNothingLost(scene.before, {scene.tmp.path()});
@@ -82,14 +82,17 @@ TEST_CASE("linking the session and the trash loses nothing whichever call fails"
 }
 
 TEST_CASE("making the user's trash is closed to others and swallowed whichever call fails") {
-    sweep<NoTrash>([](NoTrash& scene) { InstanceLauncher::ensureSharedTrash(scene.home); },
-                   [](NoTrash& scene, const Failure&) {
-                       checkOnlyNames(scene.user.path(), {".local"});
-                       const auto trash = scene.user / ".local/share/Trash";
-                       if (isThere(trash)) CHECK((modeOf(trash) & 077) == 0);
-                       const auto link = scene.home + "/.local/share/Trash";
-                       if (isThere(link)) CHECK(linkText(link) == trash);
-                   });
+    sweep<NoTrash>(
+        [](NoTrash& scene) {
+            InstanceLauncher::ensureSharedTrash(scene.home, scene.user.places());
+        },
+        [](NoTrash& scene, const Failure&) {
+            checkOnlyNames(scene.user.path(), {".local"});
+            const auto trash = scene.user / ".local/share/Trash";
+            if (isThere(trash)) CHECK((modeOf(trash) & 077) == 0);
+            const auto link = scene.home + "/.local/share/Trash";
+            if (isThere(link)) CHECK(linkText(link) == trash);
+        });
 }
 
 TEST_CASE("a home that holds the user's own gets no links whichever call fails") {
@@ -97,8 +100,8 @@ TEST_CASE("a home that holds the user's own gets no links whichever call fails")
         [](OwnHome& scene) {
             for (const auto& home :
                  {scene.user.path(), scene.tmp / "alias", scene.tmp / "outer-alias"}) {
-                InstanceLauncher::ensureDesktopAccess(home);
-                InstanceLauncher::ensureSharedTrash(home);
+                InstanceLauncher::ensureDesktopAccess(home, scene.user.places());
+                InstanceLauncher::ensureSharedTrash(home, scene.user.places());
             }
         },
         [](OwnHome& scene, const Failure&) { CHECK(snapshot(scene.tmp.path()) == scene.before); });

@@ -2,6 +2,7 @@
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
+#include "Support/Launch.h"
 #include "Support/Programs.h"
 
 #include <sys/stat.h>
@@ -27,6 +28,11 @@ Strings allPlaces() {
     return places;
 }
 
+void linkFor(const UserHome& user, const Path& home) {
+    InstanceLauncher::ensureDesktopAccess(home, user.places());
+    InstanceLauncher::ensureSharedTrash(home, user.places());
+}
+
 /// A user who has something at each place, and the empty home of an instance.
 struct Homes {
     Homes() : user(tmp), home(makeFolder(tmp / "instance")) {
@@ -34,10 +40,7 @@ struct Homes {
     }
 
     void link() const { link(home); }
-    static void link(const Path& home) {
-        InstanceLauncher::ensureDesktopAccess(home);
-        InstanceLauncher::ensureSharedTrash(home);
-    }
+    void link(const Path& instance) const { linkFor(user, instance); }
 
     TempDir tmp;
     UserHome user;
@@ -54,8 +57,8 @@ InstanceConfig appConfig(const Homes& homes) {
     return config;
 }
 
-void launch(const InstanceConfig& config) {
-    auto child = InstanceLauncher::launch(config, {.codesign = "/nonexistent"});
+void launch(const InstanceConfig& config, const UserHome& user) {
+    auto child = start(config, user.places(), {.codesign = "/nonexistent"});
     child.waitUntilExit();
     CHECK(child.terminationStatus() == 0);
 }
@@ -85,7 +88,7 @@ TEST_CASE("where the user has nothing to link to nothing at all is made") {
     const auto home = makeFolder(tmp / "instance");
     makeLink(user / ".themes", tmp / "nowhere");
 
-    InstanceLauncher::ensureDesktopAccess(home);
+    InstanceLauncher::ensureDesktopAccess(home, user.places());
 
     CHECK(namesIn(home).empty());
     CHECK(namesIn(user.path()) == Strings{".themes"});
@@ -203,7 +206,7 @@ TEST_CASE("a home that is or contains the user's own gets none of these links") 
     for (const auto& home : {user.path(), user.path() + "/", tmp / "alias", tmp / "outer",
                              tmp.path(), user / "../../outer/user"}) {
         CAPTURE(home);
-        Homes::link(home);
+        linkFor(user, home);
         CHECK(snapshot(tmp.path()) == before);
     }
 }
@@ -215,7 +218,7 @@ TEST_CASE("an unusable home is passed over") {
     const WorkingDirectory there(homes.tmp.path());
     for (const auto& home : {std::string(), homes.tmp / "missing", homes.tmp / "file",
                              homes.home + std::string("\0x", 2)}) {
-        Homes::link(home);
+        homes.link(home);
         CHECK(snapshot(homes.tmp.path()) == before);
     }
 }
@@ -228,7 +231,7 @@ TEST_CASE("nothing is linked onto itself when the user's variable leads into the
     const ScopedVariable config("XDG_CONFIG_HOME", home + "/.config");
     const ScopedVariable data("XDG_DATA_HOME", tmp / "data");
 
-    InstanceLauncher::ensureDesktopAccess(home);
+    InstanceLauncher::ensureDesktopAccess(home, UserPlaces::ofThisProcess());
 
     CHECK(isRealFolder(home + "/.config/fontconfig"));
 }
@@ -242,7 +245,7 @@ TEST_CASE("the user's base directories are heeded without CFFIXED_USER_HOME") {
     makeFolder(tmp / "config/ibus/bus");
     makeFolder(tmp / "data/fonts");
 
-    InstanceLauncher::ensureDesktopAccess(home);
+    InstanceLauncher::ensureDesktopAccess(home, UserPlaces::ofThisProcess());
 
     CHECK(linkText(home + "/.config/ibus/bus") == tmp / "config/ibus/bus");
     CHECK(linkText(home + "/.local/share/fonts") == tmp / "data/fonts");
@@ -253,7 +256,7 @@ TEST_CASE("a user without trash gets one that is closed to others") {
     const UserHome user(tmp);
     const auto home = makeFolder(tmp / "instance");
 
-    InstanceLauncher::ensureSharedTrash(home);
+    InstanceLauncher::ensureSharedTrash(home, user.places());
 
     CHECK(linkText(home + "/" + trash) == user / trash);
     CHECK(namesIn(user / trash) == Strings{"files", "info"});
@@ -271,7 +274,7 @@ TEST_CASE("a trash that the user has is left as it is") {
     makeFolder(user / ".local/share");
     makeLink(user / trash, tmp / "disk");
 
-    InstanceLauncher::ensureSharedTrash(home);
+    InstanceLauncher::ensureSharedTrash(home, user.places());
 
     CHECK(linkText(home + "/" + trash) == user / trash);
     CHECK(namesIn(tmp / "disk").empty());
@@ -285,7 +288,7 @@ TEST_CASE("the user gets no trash where the instance keeps one of its own") {
     makeLink(tmp / "link/" + trash, tmp / "nowhere");
     makeLink(tmp / "way/.local", tmp / "nowhere");
     for (const auto* home : {"full", "file", "link", "way"}) {
-        InstanceLauncher::ensureSharedTrash(tmp / home);
+        InstanceLauncher::ensureSharedTrash(tmp / home, user.places());
     }
     CHECK(namesIn(user.path()).empty());
     CHECK(readFile(tmp / "full/" + trash + "/files/x").empty());
@@ -296,7 +299,7 @@ TEST_CASE("an account whose home does not exist gets neither home nor trash") {
     const ScopedVariable nobody("CFFIXED_USER_HOME", tmp / "nobody");
     const auto home = makeFolder(tmp / "instance");
 
-    InstanceLauncher::ensureSharedTrash(home);
+    InstanceLauncher::ensureSharedTrash(home, UserPlaces::ofThisProcess());
 
     CHECK(namesIn(tmp.path()) == Strings{"instance"});
     CHECK(namesIn(home).empty());
@@ -310,7 +313,7 @@ TEST_CASE("an app shortcut has all links before it starts and the trash only whe
         config.instanceHome = homes.tmp / "new/home"; // made by the launch itself
         config.shareUserFolders = shares;
 
-        launch(config);
+        launch(config, homes.user);
 
         for (const auto& place : sessionPlaces) {
             CHECK(linkText(config.instanceHome + "/" + place) == homes.user / place);
@@ -324,6 +327,7 @@ TEST_CASE("the operation called directly links the session but never the trash")
     const auto config = appConfig(homes);
 
     auto child = InstanceLauncher::launch(config.targetAppPath, homes.home, config.strategy, {}, {},
+                                          homes.user.places(), processEnvironment(),
                                           {.codesign = "/nonexistent"});
     child.waitUntilExit();
 
@@ -334,7 +338,7 @@ TEST_CASE("the operation called directly links the session but never the trash")
 TEST_CASE("a command gets none of these links") {
     const Homes homes;
 
-    launch(commandConfig(homes.home, "/bin/true"));
+    launch(commandConfig(homes.home, "/bin/true"), homes.user);
 
     CHECK(namesIn(homes.home) == Strings{"korvane-instance.log"});
 }
@@ -348,7 +352,7 @@ TEST_CASE("an app whose home cannot be changed starts without the links") {
     setMode(homes.home + "/.config", 0555);
 
     const auto said = asOrdinaryUser([&] {
-        auto child = InstanceLauncher::launch(config, {.codesign = "/nonexistent"});
+        auto child = start(config, homes.user.places(), {.codesign = "/nonexistent"});
         child.waitUntilExit();
         return std::to_string(child.terminationStatus());
     });

@@ -19,7 +19,7 @@ struct Desktop {
 
     void set(const std::string& lines) const { writeFile(user / ".config/user-dirs.dirs", lines); }
     std::optional<Path> find(const std::string& name) const {
-        return UserFolders(instance).find(name);
+        return UserFolders(user.places(), instance).find(name);
     }
     /// The Documents folder with `value` written behind "XDG_DOCUMENTS_DIR=".
     std::optional<Path> documents(const std::string& value) const {
@@ -51,13 +51,13 @@ TEST_CASE("without settings the user's folders have their usual names") {
     CHECK(desktop.find("Documents") == desktop.user / "Documents");
     desktop.set("XDG_MUSIC_DIR=\"$HOME/Musik\"\n");
     CHECK(desktop.find("Documents") == desktop.user / "Documents");
-    CHECK(UserFolders::allSet().empty());
+    CHECK(UserFolders::allSet(desktop.user.places()).empty());
 }
 
 TEST_CASE("an instance's links lead to the folders that a German user has set") {
     const GermanDesktop desktop;
 
-    InstanceLauncher::ensureSharedUserFolders(desktop.instance);
+    InstanceLauncher::ensureSharedUserFolders(desktop.instance, desktop.user.places());
 
     CHECK(namesIn(desktop.instance) == Strings{"Desktop", "Documents", "Downloads"});
     CHECK(linkText(desktop.instance + "/Desktop") == desktop.user / "Schreibtisch");
@@ -69,15 +69,17 @@ TEST_CASE("migration moves into the folders that the user has set") {
     const GermanDesktop desktop;
     writeFile(desktop.instance + "/Documents/letter", "dear");
     writeFile(desktop.user / "Dokumente/letter", "the user's");
-    CHECK(InstanceLauncher::needsSharedFolderMigration(desktop.instance));
+    CHECK(InstanceLauncher::needsSharedFolderMigration(desktop.instance, desktop.user.places()));
 
-    CHECK(InstanceLauncher::migrateSharedUserFolders(desktop.instance) == Counts{{"Documents", 1}});
+    CHECK(InstanceLauncher::migrateSharedUserFolders(desktop.instance, desktop.user.places()) ==
+          Counts{{"Documents", 1}});
 
     CHECK(readFile(desktop.user / "Dokumente/letter") == "the user's");
     CHECK(readFile(desktop.user / "Dokumente/letter (1)") == "dear");
     CHECK(linkText(desktop.instance + "/Documents") == desktop.user / "Dokumente");
     CHECK_FALSE(isThere(desktop.user / "Documents"));
-    CHECK_FALSE(InstanceLauncher::needsSharedFolderMigration(desktop.instance));
+    CHECK_FALSE(
+        InstanceLauncher::needsSharedFolderMigration(desktop.instance, desktop.user.places()));
 }
 
 TEST_CASE("migration into a given folder uses the folders' own names whatever the user has set") {
@@ -114,7 +116,8 @@ TEST_CASE("the last of several assignments counts and comments are none") {
                 "XDG_DESKTOP_DIR=\"/srv/last line without an end\"");
     CHECK(desktop.find("Documents") == "/srv/second");
     CHECK(desktop.find("Desktop") == "/srv/last line without an end");
-    CHECK(UserFolders::allSet() == Strings{"/srv/last line without an end", "/srv/second"});
+    CHECK(UserFolders::allSet(desktop.user.places()) ==
+          Strings{"/srv/last line without an end", "/srv/second"});
 }
 
 TEST_CASE("a value that is neither absolute nor below the home shares nothing") {
@@ -129,7 +132,7 @@ TEST_CASE("a value that is neither absolute nor below the home shares nothing") 
           std::string("\"/srv/\0x\"", 9)}) {
         CAPTURE(value);
         CHECK_FALSE(desktop.documents(value).has_value());
-        CHECK(UserFolders::allSet().empty());
+        CHECK(UserFolders::allSet(desktop.user.places()).empty());
     }
 }
 
@@ -143,9 +146,11 @@ TEST_CASE("a folder that is switched off is neither linked nor migrated nor coun
         desktop.set("XDG_DOCUMENTS_DIR=" + value + "\n");
         const auto before = snapshot(desktop.user.path());
 
-        CHECK_FALSE(InstanceLauncher::needsSharedFolderMigration(desktop.instance));
-        CHECK(InstanceLauncher::migrateSharedUserFolders(desktop.instance).empty());
-        InstanceLauncher::ensureSharedUserFolders(desktop.instance);
+        CHECK_FALSE(
+            InstanceLauncher::needsSharedFolderMigration(desktop.instance, desktop.user.places()));
+        CHECK(InstanceLauncher::migrateSharedUserFolders(desktop.instance, desktop.user.places())
+                  .empty());
+        InstanceLauncher::ensureSharedUserFolders(desktop.instance, desktop.user.places());
 
         CHECK(snapshot(desktop.user.path()) == before);
         CHECK(readFile(desktop.instance + "/Documents/letter") == "dear");
@@ -168,7 +173,7 @@ TEST_CASE("a folder that is or contains the user's home shares nothing") {
           desktop.user / "Far/.."}) { // by text the home, by links another place
         CAPTURE(place);
         CHECK_FALSE(desktop.documents("\"" + place + "\"").has_value());
-        CHECK(UserFolders::allSet().size() == 1);
+        CHECK(UserFolders::allSet(desktop.user.places()).size() == 1);
     }
     CHECK_FALSE(desktop.documents("\"$HOME/..\"").has_value());
     CHECK(desktop.documents("\"$HOME/Far\"") == desktop.user / "Far");
@@ -184,10 +189,11 @@ TEST_CASE("a folder that is or contains this instance's home shares nothing") {
          {"Korvane", "Korvane/Work", "Alias", "Alias/Work", "Documents"}) {
         CAPTURE(place);
         desktop.set("XDG_DOCUMENTS_DIR=\"$HOME/" + place + "\"\n");
-        CHECK_FALSE(UserFolders(home).find("Documents").has_value());
+        CHECK_FALSE(UserFolders(desktop.user.places(), home).find("Documents").has_value());
     }
     desktop.set("XDG_DOCUMENTS_DIR=\"$HOME/Korvane/Wo\"\n");
-    CHECK(UserFolders(home).find("Documents") == desktop.user / "Korvane/Wo");
+    CHECK(UserFolders(desktop.user.places(), home).find("Documents") ==
+          desktop.user / "Korvane/Wo");
 }
 
 TEST_CASE("a folder that is or contains a known instance's home shares nothing") {
@@ -222,19 +228,22 @@ TEST_CASE("XDG_CONFIG_HOME is heeded only without CFFIXED_USER_HOME") {
     const ScopedVariable config("XDG_CONFIG_HOME", tmp / "config");
     {
         const ScopedVariable without("CFFIXED_USER_HOME", std::nullopt);
-        CHECK(UserFolders(tmp / "instance").find("Documents") == "/srv/from the variable");
+        CHECK(UserFolders(UserPlaces::ofThisProcess(), tmp / "instance").find("Documents") ==
+              "/srv/from the variable");
     }
-    const UserHome user(tmp);
-    CHECK(UserFolders(tmp / "instance").find("Documents") == user / "Documents");
+    const OwnUserHome user(tmp);
+    CHECK(UserFolders(UserPlaces::ofThisProcess(), tmp / "instance").find("Documents") ==
+          user / "Documents");
     writeFile(user / ".config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"/srv/below the home\"\n");
-    CHECK(UserFolders(tmp / "instance").find("Documents") == "/srv/below the home");
+    CHECK(UserFolders(UserPlaces::ofThisProcess(), tmp / "instance").find("Documents") ==
+          "/srv/below the home");
 }
 
 TEST_CASE("settings that are there but cannot be read share nothing") {
     const Desktop desktop;
     makeFolder(desktop.user / ".config/user-dirs.dirs");
     CHECK_FALSE(desktop.find("Documents").has_value());
-    CHECK(UserFolders::allSet().empty());
+    CHECK(UserFolders::allSet(desktop.user.places()).empty());
 }
 
 TEST_CASE("the settings of a user whose .config is a file are missing") {

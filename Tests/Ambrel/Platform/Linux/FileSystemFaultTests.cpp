@@ -153,8 +153,8 @@ struct Removal {
             writeFile(user / name + "/sub/file", name);
         }
         const auto home = tmp / "instance";
-        InstanceLauncher::ensureSharedUserFolders(home);
-        InstanceLauncher::ensureKeychainAccess(home);
+        InstanceLauncher::ensureSharedUserFolders(home, user.places());
+        InstanceLauncher::ensureKeychainAccess(home, user.places());
         writeFile(home + "/own/data");
         makeLink(tmp / "home", home);
         auto config = smallestConfig();
@@ -168,7 +168,7 @@ struct Removal {
         auto changed = record;
         changed.config.instanceHome = home;
         try {
-            InstanceRegistry().remove(changed, UserData::remove);
+            InstanceRegistry(user.places()).remove(changed, UserData::remove);
         } catch (const FileError&) {
             // The bundle could not be removed: allowed, and then the data is untouched.
         }
@@ -216,8 +216,8 @@ TEST_CASE("an instance whose home is the user's own is left alone whichever call
     sweep<OwnHome>(
         [](OwnHome& scene) {
             for (const auto& home : {scene.user.path(), scene.tmp / "alias"}) {
-                InstanceLauncher::ensureSharedUserFolders(home);
-                InstanceLauncher::migrateSharedUserFolders(home);
+                InstanceLauncher::ensureSharedUserFolders(home, scene.user.places());
+                InstanceLauncher::migrateSharedUserFolders(home, scene.user.places());
             }
         },
         [](OwnHome& scene, const Failure&) { CHECK(snapshot(scene.user.path()) == scene.before); });

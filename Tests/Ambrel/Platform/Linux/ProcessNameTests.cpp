@@ -2,6 +2,7 @@
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
+#include "Support/Launch.h"
 #include "Support/Report.h"
 
 using namespace ambrel;
@@ -26,7 +27,7 @@ struct Stage {
 
     /// The name that a program started with `config` sees.
     std::string nameSeen(const InstanceConfig& config) const {
-        return seen(InstanceLauncher::launch(config, tools));
+        return seen(start(config, user.places(), tools));
     }
     std::string nameSeenWith(const std::string& name) const {
         auto named = config();
@@ -77,11 +78,14 @@ TEST_CASE("the operations called directly give the process name that they are to
     REQUIRE(app.has_value());
 
     CHECK(stage.seen(InstanceLauncher::launch(*app, home, Strategy::homeOverride, arguments, {},
+                                              stage.user.places(), processEnvironment(),
                                               "direct")) == "direct");
-    CHECK(stage.seen(InstanceLauncher::launch(stage.tmp / "App.app", home, Strategy::homeOverride,
-                                              arguments, {}, stage.tools, "by/path")) == "by/path");
-    CHECK(stage.seen(InstanceLauncher::launch(stage.tmp / "App.app", home, Strategy::homeOverride,
-                                              arguments, {}, stage.tools)) == stage.executable);
+    CHECK(stage.seen(InstanceLauncher::launch(
+              stage.tmp / "App.app", home, Strategy::homeOverride, arguments, {},
+              stage.user.places(), processEnvironment(), stage.tools, "by/path")) == "by/path");
+    CHECK(stage.seen(InstanceLauncher::launch(
+              stage.tmp / "App.app", home, Strategy::homeOverride, arguments, {},
+              stage.user.places(), processEnvironment(), stage.tools)) == stage.executable);
 }
 
 TEST_CASE("a command and a document take no process name from the configuration") {
@@ -95,7 +99,7 @@ TEST_CASE("a command and a document take no process name from the configuration"
     file.kind = ShortcutKind::file;
     file.openPath = stage.tmp / "x";
     file.infoPlistOverrides[processNameKey] = "named";
-    auto opened = InstanceLauncher::launch(file, {.open = "/bin/true"});
+    auto opened = start(file, stage.user.places(), {.open = "/bin/true"});
     opened.waitUntilExit();
     CHECK_FALSE(opened.setup().processName.has_value());
 }
