@@ -21,7 +21,7 @@ target_sources(Ambrel PRIVATE
     Platform/Linux/PropertyListScreen.cpp
     Platform/Linux/Rasterizer.cpp
     Platform/Linux/SessionLinks.cpp
-    Platform/Linux/SignalRelay.cpp
+    Platform/Linux/SignalWait.cpp
     Platform/Linux/Spawn.cpp
     Platform/Linux/Text.cpp
     Platform/Linux/TiffDecoder.cpp

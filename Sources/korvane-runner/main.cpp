@@ -1,8 +1,8 @@
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Launch/SignalRelay.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/MainBundle.h"
-#include "Ambrel/Platform/SignalRelay.h"
 
 #include <cstdio>
 
@@ -20,18 +20,18 @@ int fail(const std::string& message) {
 }
 
 /// Starts what `config` stands for and stays as long as that runs.
-int launchAndWait(const InstanceConfig& config, const SignalRelay& signals) {
+int launchAndWait(const InstanceConfig& config, const SignalHold& signals) {
     try {
         const auto user = UserPlaces::ofThisProcess();
         const auto instance = ResolvedInstance::of(config, user);
         auto process = InstanceLauncher::launch(instance, user, processEnvironment());
-        return signals.waitUntilExit(process);
+        return SignalRelay(process).waitUntilExit(signals);
     } catch (const std::exception& error) {
         return fail(std::string("failed to launch instance — ") + error.what());
     }
 }
 
-int run(const SignalRelay& signals) {
+int run(const SignalHold& signals) {
     const auto executable = MainBundle::current().executableURL;
     if (!executable) return fail("no executable URL");
     InstanceConfig config;
@@ -47,6 +47,6 @@ int run(const SignalRelay& signals) {
 } // namespace
 
 int main() {
-    const SignalRelay signals; // first: a signal that comes early is passed on, not lost
+    const SignalHold signals; // first: a signal that comes early is passed on, not lost
     return run(signals);
 }

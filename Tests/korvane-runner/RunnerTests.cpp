@@ -285,15 +285,35 @@ TEST_CASE("a program that ignores the request to end keeps the runner waiting fo
 
 namespace {
 
+enum class Typed { nothing, beforeStart };
+
+/// Returns once an interrupt has been typed at this process's terminal and waits for it.
+void awaitInterruptUntaken() {
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    sigprocmask(SIG_BLOCK, &interrupt, nullptr);
+    char byte = '!';
+    if (::write(STDOUT_FILENO, &byte, 1) != 1) ::_exit(126);
+    // The line that is typed behind the interrupt.
+    if (::read(STDIN_FILENO, &byte, 1) != 1) ::_exit(126);
+}
+
 /// Starts the program as the leader of a session on a terminal of its own, whose other side is
 /// `terminal` then.
-pid_t startOnTerminal(const Path& program, int& terminal) {
+pid_t startOnTerminal(const Path& program, int& terminal, Typed typed = Typed::nothing) {
     const pid_t process = ::forkpty(&terminal, nullptr, nullptr, nullptr);
     if (process == 0) {
+        if (typed == Typed::beforeStart) awaitInterruptUntaken();
         ::execl(program.c_str(), program.c_str(), nullptr);
         ::_exit(127);
     }
     REQUIRE(process > 0);
+    if (typed == Typed::beforeStart) {
+        char byte = 0;
+        REQUIRE(::read(terminal, &byte, 1) == 1);
+        REQUIRE(::write(terminal, "\x03\n", 2) == 2);
+    }
     return process;
 }
 
@@ -318,6 +338,21 @@ TEST_CASE("an interrupt typed at the terminal reaches the program once") {
     ::close(terminal);
     CHECK(WIFEXITED(status));
     CHECK(WEXITSTATUS(status) == 40);
+}
+
+TEST_CASE("an interrupt typed before the program is there is passed on to it") {
+    const Wrapper wrapper;
+    const Fifo withoutWriter(wrapper.tmp / "fifo");
+    wrapper.configure(shell(wrapper.tmp / "h", "read x < " + quoted(withoutWriter.path())));
+    int terminal = -1;
+    const pid_t runner = startOnTerminal(wrapper.runner, terminal, Typed::beforeStart);
+
+    int status = 0;
+    REQUIRE(::waitpid(runner, &status, 0) == runner);
+
+    ::close(terminal);
+    CHECK(WIFEXITED(status));
+    CHECK(WEXITSTATUS(status) == SIGINT);
 }
 
 TEST_CASE("a terminal that goes away is told to the program of a runner that leads its session") {

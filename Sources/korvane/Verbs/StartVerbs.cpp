@@ -4,9 +4,9 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Launch/SignalRelay.h"
 #include "Ambrel/Platform/DetachedProcess.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/SignalRelay.h"
 #include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Rules/InstanceHome.h"
@@ -89,13 +89,13 @@ int open(const std::string& name, const Surroundings& surroundings) {
 }
 
 int run(const std::string& name, const Surroundings& surroundings) {
-    // Before anything that may start a thread, as the relay asks.
-    const ambrel::SignalRelay relay;
+    // Before anything that may start a thread, as the hold asks.
+    const ambrel::SignalHold signals;
     const auto record = requireInstance(name, surroundings.user);
     ChildProcess runner({.executable = requireRunner(record), .arguments = {}});
     ensureHome(record.config, surroundings.user);
     runner.launch();
-    return relay.waitUntilExit(runner);
+    return ambrel::SignalRelay(runner).waitUntilExit(signals);
 }
 
 Verb startVerb(std::string name, std::string summary, std::vector<std::string> examples,

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+
+namespace ambrel {
+
+/// A signal that asks this process to end, as it arrived.
+struct ArrivedSignal {
+    enum class Sender { process, kernel };
+
+    int number = 0;
+    /// `kernel` for what a terminal causes: a typed interrupt, a line that hung up.
+    Sender sender = Sender::process;
+    bool leadsSession = false; ///< whether this process is the leader of its session
+};
+
+/// Keeps SIGTERM, SIGINT and SIGHUP waiting from construction on, so that one that comes early is
+/// neither lost nor ends this process alone. A SIGHUP that was ignored stays ignored; SIGINT is
+/// held even where it was ignored, as a shell starts what it runs in the background.
+///
+/// For programs only, before any other thread starts, and for as long as the process lives: it also
+/// holds SIGCHLD and gives it its default disposition, takes the effect from SIGPIPE, and opens
+/// missing standard streams on /dev/null, so that no file takes their place.
+class SignalHold {
+public:
+    SignalHold();
+    SignalHold(const SignalHold&) = delete;
+    SignalHold& operator=(const SignalHold&) = delete;
+
+    /// Blocks until a held signal arrives, and takes it. Absent when a child may have ended, which
+    /// the caller then looks at; also now and then for no reason. An end that came since
+    /// construction or since the last call is not missed.
+    std::optional<ArrivedSignal> wait() const;
+
+    bool hangUpIsIgnored() const noexcept { return hangUpIsIgnored_; }
+
+private:
+    bool hangUpIsIgnored_;
+};
+
+} // namespace ambrel
