@@ -1,14 +1,16 @@
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
-#include "Ambrel/Launch/SignalRelay.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/MainBundle.h"
+#include "korvane-runner/Hosts.h"
+#include "korvane-runner/WaitingHost.h"
 
 #include <cstdio>
 
 namespace {
 
 using namespace ambrel;
+using namespace korvane::runner;
 
 constexpr int failureStatus = 1;
 
@@ -19,16 +21,18 @@ int fail(const std::string& message) {
     return failureStatus;
 }
 
-/// Starts what `config` stands for and stays as long as that runs.
-int launchAndWait(const InstanceConfig& config, const SignalHold& signals) {
-    try {
-        const auto user = UserPlaces::ofThisProcess();
-        const auto instance = ResolvedInstance::of(config, user);
-        auto process = InstanceLauncher::launch(instance, user, processEnvironment());
-        return SignalRelay(process).waitUntilExit(signals);
-    } catch (const std::exception& error) {
-        return fail(std::string("failed to launch instance — ") + error.what());
+/// Runs the instance to its end and returns its status.
+int host(const InstanceConfig& config, const SignalHold& signals) {
+    switch (hostFor(config)) {
+    case Host::web:     // nothing shows a web site yet; the launcher refuses it in its own words
+    case Host::menuBar: // there is no status item yet; the program runs without
+    case Host::waiting:
+        break;
     }
+    const auto user = UserPlaces::ofThisProcess();
+    const auto instance = ResolvedInstance::of(config, user);
+    auto program = InstanceLauncher::launch(instance, user, processEnvironment());
+    return WaitingHost::run(program, signals);
 }
 
 int run(const SignalHold& signals) {
@@ -41,7 +45,11 @@ int run(const SignalHold& signals) {
     } catch (const std::exception& error) {
         return fail(std::string("unreadable instance.json — ") + error.what());
     }
-    return launchAndWait(config, signals);
+    try {
+        return host(config, signals);
+    } catch (const std::exception& error) {
+        return fail(std::string("failed to launch instance — ") + error.what());
+    }
 }
 
 } // namespace
