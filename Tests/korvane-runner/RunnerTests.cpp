@@ -3,15 +3,11 @@
 #include "Support/Expect.h"
 #include "Support/Programs.h"
 #include "Support/Report.h"
+#include "korvane-runner/Signals.h"
 
-#include <array>
-#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
-#include <poll.h>
-#include <pty.h>
 #include <set>
-#include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -49,36 +45,6 @@ void checkFailure(const ProgramResult& result, const std::string& text) {
 InstanceConfig shell(const Path& home, const std::string& script) {
     return commandConfig(home, "/bin/sh", {"-c", script});
 }
-
-/// The reading end of a pipe with a name. Lines arrive within a minute or the test fails.
-class Fifo {
-public:
-    explicit Fifo(Path path) : path_(std::move(path)) {
-        if (::mkfifo(path_.c_str(), 0600) != 0) throw std::runtime_error("Cannot make a pipe");
-        fd_ = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    }
-    Fifo(const Fifo&) = delete;
-    Fifo& operator=(const Fifo&) = delete;
-    ~Fifo() { ::close(fd_); }
-
-    const Path& path() const { return path_; }
-
-    std::string line() {
-        std::string text;
-        for (char byte = 0; byte != '\n';) {
-            pollfd waiting{fd_, POLLIN, 0};
-            if (::poll(&waiting, 1, 60000) <= 0) throw std::runtime_error("No line came: " + text);
-            const auto count = ::read(fd_, &byte, 1);
-            if (count == 0) return text + "(end)";
-            if (count == 1 && byte != '\n') text += byte;
-        }
-        return text;
-    }
-
-private:
-    Path path_;
-    int fd_ = -1;
-};
 
 InstanceConfig signalReporter(const Wrapper& wrapper, const Fifo& fifo, int last) {
     return commandConfig(wrapper.tmp / "h", probe, {"signals", fifo.path(), std::to_string(last)});
@@ -283,93 +249,46 @@ TEST_CASE("a program that ignores the request to end keeps the runner waiting fo
     CHECK(running.wait().status == 40);
 }
 
-namespace {
-
-enum class Typed { nothing, beforeStart };
-
-/// Returns once an interrupt has been typed at this process's terminal and waits for it.
-void awaitInterruptUntaken() {
-    sigset_t interrupt;
-    sigemptyset(&interrupt);
-    sigaddset(&interrupt, SIGINT);
-    sigprocmask(SIG_BLOCK, &interrupt, nullptr);
-    char byte = '!';
-    if (::write(STDOUT_FILENO, &byte, 1) != 1) ::_exit(126);
-    // The line that is typed behind the interrupt.
-    if (::read(STDIN_FILENO, &byte, 1) != 1) ::_exit(126);
-}
-
-/// Starts the program as the leader of a session on a terminal of its own, whose other side is
-/// `terminal` then.
-pid_t startOnTerminal(const Path& program, int& terminal, Typed typed = Typed::nothing) {
-    const pid_t process = ::forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (process == 0) {
-        if (typed == Typed::beforeStart) awaitInterruptUntaken();
-        ::execl(program.c_str(), program.c_str(), nullptr);
-        ::_exit(127);
-    }
-    REQUIRE(process > 0);
-    if (typed == Typed::beforeStart) {
-        char byte = 0;
-        REQUIRE(::read(terminal, &byte, 1) == 1);
-        REQUIRE(::write(terminal, "\x03\n", 2) == 2);
-    }
-    return process;
-}
-
-} // namespace
-
 TEST_CASE("an interrupt typed at the terminal reaches the program once") {
     const Wrapper wrapper;
     Fifo fifo(wrapper.tmp / "fifo");
     wrapper.configure(signalReporter(wrapper, fifo, SIGTERM));
-    int terminal = -1;
-    const pid_t runner = startOnTerminal(wrapper.runner, terminal);
+    ProgramOnTerminal runner({wrapper.runner});
     REQUIRE(fifo.line() == "ready");
 
-    REQUIRE(::write(terminal, "\x03", 1) == 1);
+    // Stopped, so that an interrupt that is passed on finds the typed one taken and is seen.
+    runner.stop();
+    runner.type("\x03");
     CHECK(fifo.line() == "2 kernel");
     // Both wait at the runner in this order, so a passed-on interrupt would come first.
-    REQUIRE(::kill(runner, SIGTERM) == 0);
+    runner.send(SIGTERM);
+    runner.send(SIGCONT);
 
     CHECK(fifo.line() == "15 user");
-    int status = 0;
-    REQUIRE(::waitpid(runner, &status, 0) == runner);
-    ::close(terminal);
-    CHECK(WIFEXITED(status));
-    CHECK(WEXITSTATUS(status) == 40);
+    CHECK(runner.wait() == 40);
 }
 
 TEST_CASE("an interrupt typed before the program is there is passed on to it") {
     const Wrapper wrapper;
     const Fifo withoutWriter(wrapper.tmp / "fifo");
     wrapper.configure(shell(wrapper.tmp / "h", "read x < " + quoted(withoutWriter.path())));
-    int terminal = -1;
-    const pid_t runner = startOnTerminal(wrapper.runner, terminal, Typed::beforeStart);
 
-    int status = 0;
-    REQUIRE(::waitpid(runner, &status, 0) == runner);
+    ProgramOnTerminal runner({wrapper.runner}, ProgramOnTerminal::Start::interruptTypedBefore);
 
-    ::close(terminal);
-    CHECK(WIFEXITED(status));
-    CHECK(WEXITSTATUS(status) == SIGINT);
+    CHECK(runner.wait() == SIGINT);
 }
 
 TEST_CASE("a terminal that goes away is told to the program of a runner that leads its session") {
     const Wrapper wrapper;
     Fifo fifo(wrapper.tmp / "fifo");
     wrapper.configure(signalReporter(wrapper, fifo, SIGHUP));
-    int terminal = -1;
-    const pid_t runner = startOnTerminal(wrapper.runner, terminal);
+    ProgramOnTerminal runner({wrapper.runner});
     REQUIRE(fifo.line() == "ready");
 
-    ::close(terminal);
+    runner.closeTerminal();
 
     CHECK(fifo.line() == "1 user");
-    int status = 0;
-    REQUIRE(::waitpid(runner, &status, 0) == runner);
-    CHECK(WIFEXITED(status));
-    CHECK(WEXITSTATUS(status) == 40);
+    CHECK(runner.wait() == 40);
 }
 
 TEST_CASE("a runner whose standard error has no reader still ends with its own status") {

@@ -16,7 +16,8 @@ struct ArrivedSignal {
 
 /// Keeps SIGTERM, SIGINT and SIGHUP waiting from construction on, so that one that comes early is
 /// neither lost nor ends this process alone. A SIGHUP that was ignored stays ignored; SIGINT is
-/// held even where it was ignored, as a shell starts what it runs in the background.
+/// held even where it was ignored, as a shell starts what it runs in the background. The signals
+/// are then taken in one of two ways: by wait(), or in an event loop through a SignalSource.
 ///
 /// For programs only, before any other thread starts, and for as long as the process lives: it also
 /// holds SIGCHLD and gives it its default disposition, takes the effect from SIGPIPE, and opens

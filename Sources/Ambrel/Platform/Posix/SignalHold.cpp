@@ -23,6 +23,8 @@ void openMissingStandardStreams() {
     }
 }
 
+void doNothing(int) {}
+
 } // namespace
 
 sigset_t requestsToEnd(const SignalHold& hold) {
@@ -42,8 +44,9 @@ SignalHold::SignalHold() : hangUpIsIgnored_(isIgnored(SIGHUP)) {
     openMissingStandardStreams();
     // An inherited "ignore" would have the kernel throw the child's status away.
     std::signal(SIGCHLD, SIG_DFL);
-    // A reader of standard error that has gone is no reason to end without a status.
-    std::signal(SIGPIPE, SIG_IGN);
+    // A reader of standard error that has gone is no reason to end without a status. Caught and not
+    // ignored: what a library starts would have it ignored as well.
+    std::signal(SIGPIPE, doNothing);
     auto signals = requestsToEnd(*this);
     sigaddset(&signals, SIGCHLD);
     sigprocmask(SIG_BLOCK, &signals, nullptr);

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Ambrel/Platform/ChildProcess.h"
+#include "Ambrel/Platform/OwnedFd.h"
+
+namespace ambrel {
+
+/// The end of a child for an event loop: a descriptor that can be read, or has come to its end,
+/// from the moment on when the child has ended, also when that was before. Reaps nothing but the
+/// child, and asks for no signal.
+class ChildEnd {
+public:
+    /// `child` was launched. Throws FileError when its end cannot be watched; it runs on then.
+    explicit ChildEnd(const ChildProcess& child);
+
+    /// For waiting only; what became of the child is asked of the child.
+    int descriptor() const noexcept { return fd_.get(); }
+
+private:
+    OwnedFd fd_;
+};
+
+} // namespace ambrel
