@@ -15,6 +15,7 @@ target_sources(AmbrelTests PRIVATE
     Ambrel/Platform/Linux/LazyAnswers/First.cpp
     Ambrel/Platform/Linux/LazyAnswers/Second.cpp
     Ambrel/Platform/Linux/LazyLibraryTests.cpp
+    Ambrel/Platform/Linux/MainBundleTests.cpp
     Ambrel/Platform/Linux/ProcessNameTests.cpp
     Ambrel/Platform/Linux/TextTests.cpp
 )

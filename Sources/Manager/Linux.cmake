@@ -20,10 +20,10 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(elf REQUIRED IMPORTED_TARGET libelf)
 target_link_libraries(KorvaneManager PRIVATE PkgConfig::elf)
 
-# The profiles of programs lie where the installed manager looks for them: beside the runner.
-file(GLOB profiles CONFIGURE_DEPENDS Programs/Linux/Profiles/*.json)
-foreach(profile IN LISTS profiles)
-    get_filename_component(name "${profile}" NAME)
-    configure_file("${profile}" "${PROJECT_BINARY_DIR}/lib/korvane/profiles/${name}" COPYONLY)
-endforeach()
-install(FILES ${profiles} DESTINATION lib/korvane/profiles)
+# The profiles of programs are data. The manager of the build tree reads the ones here, so that one
+# that is added or mended counts at once.
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/share/korvane")
+file(CREATE_LINK "${CMAKE_CURRENT_SOURCE_DIR}/Programs/Linux/Profiles"
+    "${PROJECT_BINARY_DIR}/share/korvane/profiles" SYMBOLIC)
+install(DIRECTORY Programs/Linux/Profiles/ DESTINATION "${CMAKE_INSTALL_DATADIR}/korvane/profiles"
+    FILES_MATCHING PATTERN "*.json")

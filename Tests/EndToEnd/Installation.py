@@ -106,6 +106,21 @@ class Installation(unittest.TestCase):
         installed = self.prefix / "lib" / "korvane" / "korvane-runner"
         self.assertEqual(runner.read_bytes(), installed.read_bytes())
 
+    def test_the_installed_manager_finds_the_installed_profiles(self):
+        profiles = self.prefix / "share" / "korvane" / "profiles"
+        names = {file.name for file in profiles.iterdir()}
+        sources = source / "Sources" / "Manager" / "Programs" / "Linux" / "Profiles"
+        self.assertEqual(names, {file.name for file in sources.iterdir()})
+
+        entries = self.user.home / ".local" / "share" / "applications"
+        entries.mkdir(parents=True, exist_ok=True)
+        (entries / "xterm.desktop").write_text(
+            "[Desktop Entry]\nType=Application\nName=XTerm\nExec=/bin/true\n")
+        manager = self.prefix / "bin" / "korvane"
+        self.user.run(manager, "adopt", "xterm")
+        said = self.user.run(manager, "inspect", "XTerm")
+        self.assertIn(str(profiles / "xterm.json"), said)
+
 
 if __name__ == "__main__":
     unittest.main()

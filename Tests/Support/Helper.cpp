@@ -29,7 +29,8 @@ int main(int argc, char** argv) {
     } else if (verb == "bundle") {
         const auto bundle = MainBundle::current();
         std::cout << bundle.executableURL.value_or("absent") << "\n"
-                  << bundle.resourceURL.value_or("absent") << "\n";
+                  << bundle.resourceURL.value_or("absent") << "\n"
+                  << bundle.dataURL.value_or("absent") << "\n";
     } else {
         return 2;
     }

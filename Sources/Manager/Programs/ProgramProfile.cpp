@@ -33,8 +33,8 @@ std::vector<Path> profileFolders(const ambrel::UserPlaces& user) {
     std::vector<Path> folders;
     const auto& own = user.config;
     if (!own.empty()) folders.push_back(paths::join(own, "korvane/profiles"));
-    const auto resources = ambrel::MainBundle::current().resourceURL;
-    if (resources) folders.push_back(paths::join(*resources, "profiles"));
+    const auto data = ambrel::MainBundle::current().dataURL;
+    if (data) folders.push_back(paths::join(*data, "profiles"));
     return folders;
 }
 

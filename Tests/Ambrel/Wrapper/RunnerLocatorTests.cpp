@@ -2,7 +2,6 @@
 
 #include "Support/Environment.h"
 #include "Support/Expect.h"
-#include "Support/Programs.h"
 
 #include <set>
 
@@ -80,26 +79,4 @@ TEST_CASE("the candidates stand in order and are not checked") {
     CHECK(RunnerLocator::candidates({}, files) == Strings{debugBuild, releaseBuild});
     CHECK(files.asked.empty());
     CHECK(RunnerLocator::runnerName == "korvane-runner");
-}
-
-TEST_CASE("a program inside a bundle has its resources in the bundle") {
-    const TempDir tmp;
-    copyProgram(KORVANE_TEST_HELPER, tmp / "A.app/Contents/MacOS/helper");
-    makeFolder(tmp / "A.app/Contents/Resources");
-    makeLink(tmp / "link", tmp / "A.app/Contents/MacOS/helper");
-
-    const auto said = run({tmp / "link", "bundle"});
-
-    CHECK(said.output ==
-          (tmp / "A.app/Contents/MacOS/helper") + "\n" + (tmp / "A.app/Contents/Resources") + "\n");
-}
-
-TEST_CASE("a program in a bin folder has its resources in lib korvane beside it") {
-    const TempDir tmp;
-    copyProgram(KORVANE_TEST_HELPER, tmp / "prefix/bin/helper");
-    makeFolder(tmp / "prefix/lib/korvane");
-
-    const auto said = run({tmp / "prefix/bin/helper", "bundle"});
-
-    CHECK(said.output == (tmp / "prefix/bin/helper") + "\n" + (tmp / "prefix/lib/korvane") + "\n");
 }

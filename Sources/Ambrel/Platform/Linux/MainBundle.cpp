@@ -22,13 +22,9 @@ std::optional<Path> ownExecutable() {
     return std::nullopt;
 }
 
-std::optional<Path> resourcesFor(const Path& executable) {
-    const auto folder = paths::deletingLastComponent(executable);
-    const auto parent = paths::deletingLastComponent(folder);
-    const bool inBundle =
-        paths::lastComponent(folder) == "MacOS" && paths::lastComponent(parent) == "Contents";
-    const auto resources = paths::join(parent, inBundle ? "Resources" : "lib/korvane");
-    return fileSystem::isFolder(resources) ? std::optional(resources) : std::nullopt;
+std::optional<Path> folderIn(std::string_view parent, std::string_view name) {
+    const auto folder = paths::join(parent, name);
+    return fileSystem::isFolder(folder) ? std::optional(folder) : std::nullopt;
 }
 
 } // namespace
@@ -36,7 +32,13 @@ std::optional<Path> resourcesFor(const Path& executable) {
 MainBundle MainBundle::current() {
     const auto executable = ownExecutable();
     if (!executable) return {};
-    return {executable, resourcesFor(*executable)};
+    const auto folder = paths::deletingLastComponent(*executable);
+    const auto parent = paths::deletingLastComponent(folder);
+    if (paths::lastComponent(folder) == "MacOS" && paths::lastComponent(parent) == "Contents") {
+        const auto resources = folderIn(parent, "Resources");
+        return {executable, resources, resources};
+    }
+    return {executable, folderIn(parent, "lib/korvane"), folderIn(parent, "share/korvane")};
 }
 
 } // namespace ambrel
