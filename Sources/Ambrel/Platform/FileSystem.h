@@ -49,8 +49,9 @@ std::string read(const Path& file);
 /// Writes over the file in place, making it when absent; after a failure it may be half written.
 void write(const Path& file, std::string_view bytes);
 /// Makes `file` hold `bytes`, replacing what is there (a link itself, not what it leads to) in one
-/// step; after a failure everything is as it was.
-void replace(const Path& file, std::string_view bytes);
+/// step, with exactly the permission bits `mode` when that is given; after a failure everything is
+/// as it was.
+void replace(const Path& file, std::string_view bytes, std::optional<unsigned> mode = {});
 /// Copies the bytes of `source` (a link is followed) to the new file `destination`; fails if
 /// something is there, and leaves nothing there when the copy fails.
 void copyFile(const Path& source, const Path& destination);

@@ -52,7 +52,6 @@ private:
 
     GuardedFolder step(const std::string& name) const;
     GuardedFolder stepMaking(const std::string& name, unsigned mode) const;
-    OwnedFd newFile(const std::string& name, const Path& path) const;
 
     OwnedFd fd_;
     Path path_;

@@ -1,8 +1,8 @@
 #include "Manager/Files/StagingFolder.h"
 
+#include "Ambrel/Base/RandomName.h"
 #include "Ambrel/Platform/FileSystem.h"
 
-#include <random>
 #include <utility>
 
 namespace korvane {
@@ -10,21 +10,9 @@ namespace korvane {
 using ambrel::Path;
 namespace fileSystem = ambrel::fileSystem;
 
-namespace {
-
-Path randomName() {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::random_device source;
-    Path name = ".korvane-";
-    for (int i = 0; i < 16; ++i) name += digits[source() % digits.size()];
-    return name;
-}
-
-} // namespace
-
 StagingFolder::StagingFolder(const Path& parent) {
     above_.make(parent);
-    path_ = ambrel::paths::join(parent, randomName());
+    path_ = ambrel::paths::join(parent, ambrel::randomName());
     constexpr unsigned ownerOnly = 0700;
     fileSystem::createFolder(path_, ownerOnly);
 }

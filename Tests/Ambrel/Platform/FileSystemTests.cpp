@@ -247,6 +247,35 @@ TEST_CASE("writing goes over the file in place and cuts off what was longer") {
     CHECK(namesIn(tmp.path()) == Strings{"file", "new"});
 }
 
+TEST_CASE("replacing a file leaves what a link leads to alone and gives the mode asked for") {
+    const TempDir tmp;
+    makeLink(tmp / "link", writeFile(tmp / "target", "old"));
+    const auto mask = ::umask(077);
+    fileSystem::replace(tmp / "link", "new", 0755);
+    fileSystem::replace(tmp / "fresh", "text");
+    ::umask(mask);
+
+    CHECK(fileSystem::kindOf(tmp / "link") == ItemKind::file);
+    CHECK(readFile(tmp / "link") == "new");
+    CHECK(modeOf(tmp / "link") == 0755);
+    CHECK(readFile(tmp / "target") == "old");
+    CHECK(readFile(tmp / "fresh") == "text");
+    CHECK(modeOf(tmp / "fresh") == 0600);
+    CHECK(namesIn(tmp.path()) == Strings{"fresh", "link", "target"});
+}
+
+TEST_CASE("what cannot be replaced stays, is named in the error and has nothing beside it") {
+    const TempDir tmp;
+    makeFolder(tmp / "folder");
+
+    const auto error =
+        expectThrow<FileError>([&] { fileSystem::replace(tmp / "folder", "text", 0600); });
+
+    CHECK(error.path == tmp / "folder");
+    CHECK(fileSystem::isFolder(tmp / "folder"));
+    CHECK(namesIn(tmp.path()) == Strings{"folder"});
+}
+
 TEST_CASE("copying a file follows a link, never replaces and leaves nothing after a failure") {
     const TempDir tmp;
     const std::string bytes(200000, 'b');

@@ -62,4 +62,13 @@ void copyBytes(int from, const Path& source, int to, const Path& destination) {
     }
 }
 
+void ensureMode(int fd, unsigned mode, const Path& path) {
+    constexpr mode_t permissionBits = 07777;
+    const std::string action = "set the permissions of";
+    struct stat status {};
+    if (::fstat(fd, &status) != 0) throwFileError(action, path);
+    if ((status.st_mode & permissionBits) == mode) return;
+    if (::fchmod(fd, mode) != 0) throwFileError(action, path);
+}
+
 } // namespace ambrel

@@ -18,4 +18,8 @@ void writeAll(int fd, std::string_view bytes, const std::string& action, const P
 /// failed.
 void copyBytes(int from, const Path& source, int to, const Path& destination);
 
+/// Gives the new file or folder `fd` exactly `mode`, where the mask took something from it. Throws
+/// FileError.
+void ensureMode(int fd, unsigned mode, const Path& path);
+
 } // namespace ambrel

@@ -5,7 +5,9 @@
 #include "Ambrel/Platform/Posix/Folder.h"
 #include "Ambrel/Platform/Posix/PathBytes.h"
 #include "Ambrel/Platform/Posix/Retry.h"
+#include "Ambrel/Platform/Posix/WholeFile.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
@@ -116,6 +118,13 @@ std::string read(const Path& file) {
 void write(const Path& file, std::string_view bytes) {
     const auto fd = OwnedFd::open("write", file, O_WRONLY | O_CREAT | O_TRUNC);
     writeAll(fd.get(), bytes, "write", file);
+}
+
+void replace(const Path& file, std::string_view bytes, std::optional<unsigned> mode) {
+    const char* place = pathBytes("write", file);
+    putWholeFile({AT_FDCWD, file, file}, bytes, mode, [place](const char* temporary) {
+        return ::rename(temporary, place) == 0 ? 0 : errno;
+    });
 }
 
 void copyFile(const Path& source, const Path& destination) {

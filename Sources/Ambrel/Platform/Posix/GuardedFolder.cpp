@@ -5,9 +5,9 @@
 #include "Ambrel/Platform/Posix/Folder.h"
 #include "Ambrel/Platform/Posix/PathBytes.h"
 #include "Ambrel/Platform/Posix/Retry.h"
+#include "Ambrel/Platform/Posix/WholeFile.h"
 
 #include <fcntl.h>
-#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,7 +18,6 @@ using fileSystem::ItemKind;
 namespace {
 
 constexpr const char* openAction = "open the folder";
-constexpr mode_t permissionBits = 07777;
 
 /// Whether `name` is one entry of a folder, and not a way out of it.
 bool isEntryName(const std::string& name) {
@@ -44,21 +43,6 @@ OwnedFd openFolder(int parent, const char* name, const Path& path) {
     OwnedFd fd(retryInterrupted([&] { return ::openat(parent, name, flags); }));
     if (!fd) throwFileError(openAction, path);
     return fd;
-}
-
-/// Sets the mode of a new item where the mask took something from it.
-void ensureMode(int fd, unsigned mode, const Path& path) {
-    const std::string action = "set the permissions of";
-    struct stat status {};
-    if (::fstat(fd, &status) != 0) throwFileError(action, path);
-    if ((status.st_mode & permissionBits) == mode) return;
-    if (::fchmod(fd, mode) != 0) throwFileError(action, path);
-}
-
-std::string temporaryName() {
-    std::random_device random;
-    const auto number = (static_cast<std::uint64_t>(random()) << 32) | random();
-    return std::string(".korvane-new-").append(std::to_string(number));
 }
 
 } // namespace
@@ -137,28 +121,16 @@ void GuardedFolder::createSymbolicLink(const Path& target, const std::string& na
     }
 }
 
-OwnedFd GuardedFolder::newFile(const std::string& name, const Path& path) const {
-    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    // Until it is complete nobody else reads it, whatever its mode will be.
-    OwnedFd fd(retryInterrupted([&] { return ::openat(fd_.get(), name.c_str(), flags, 0600); }));
-    if (!fd) throwFileError("write", path);
-    return fd;
-}
-
 bool GuardedFolder::putFile(const std::string& name, std::string_view bytes, unsigned mode) const {
     const auto path = paths::join(path_, name);
     const char* place = entryName("write", name, path);
     if (kindOf(name)) return false;
-    const auto temporary = temporaryName();
-    const auto fd = newFile(temporary, path);
     try {
-        writeAll(fd.get(), bytes, "write", path);
-        ensureMode(fd.get(), mode, path);
-        const int error = renameExclusivelyIn(fd_.get(), temporary.c_str(), place);
-        if (error != 0) throw FileError("write", path, error);
+        putWholeFile({fd_.get(), name, path}, bytes, mode, [&](const char* temporary) {
+            return renameExclusivelyIn(fd_.get(), temporary, place);
+        });
         return true;
     } catch (const FileError& error) {
-        ::unlinkat(fd_.get(), temporary.c_str(), 0);
         if (error.code != EEXIST) throw;
         return false; // somebody else was faster
     }

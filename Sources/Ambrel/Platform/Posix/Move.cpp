@@ -1,3 +1,4 @@
+#include "Ambrel/Base/RandomName.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/OwnedFd.h"
 #include "Ambrel/Platform/Posix/CopyTree.h"
@@ -9,7 +10,6 @@
 
 #include <cstdio>
 #include <fcntl.h>
-#include <random>
 #include <unistd.h>
 
 namespace ambrel::fileSystem {
@@ -18,10 +18,7 @@ namespace {
 
 /// A name beside `path` that nobody else uses.
 Path temporaryBeside(const Path& path) {
-    std::random_device random;
-    const Path folder(paths::deletingLastComponent(path));
-    const auto number = (static_cast<std::uint64_t>(random()) << 32) | random();
-    return paths::join(folder, std::string(".korvane-move-").append(std::to_string(number)));
+    return paths::join(Path(paths::deletingLastComponent(path)), randomName());
 }
 
 /// After a failure what was made is in the way; that it cannot be removed is no further harm.
@@ -86,19 +83,6 @@ void move(const Path& source, const Path& destination) {
     if (error == EACCES) error = renameUnlocked(from, to);
     if (error == EXDEV) return moveAcrossFileSystems(from, to);
     if (error != 0) throw FileError("move", source, error);
-}
-
-void replace(const Path& file, std::string_view bytes) {
-    const auto temporary = temporaryBeside(file);
-    const auto fd = OwnedFd::open("write", temporary, O_WRONLY | O_CREAT | O_EXCL);
-    try {
-        writeAll(fd.get(), bytes, "write", file);
-        const int result = ::rename(temporary.c_str(), pathBytes("write", file));
-        if (result != 0) throwFileError("write", file);
-    } catch (const FileError&) {
-        removeRemains(temporary);
-        throw;
-    }
 }
 
 void exchange(const Path& left, const Path& right) {

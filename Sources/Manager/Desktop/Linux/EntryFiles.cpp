@@ -2,7 +2,6 @@
 
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Manager/Files/StagingFolder.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -41,15 +40,9 @@ bool writeFile(const Path& file, const std::string& bytes) {
 /// In place it is complete and can be run at once.
 void writeScript(const Path& file, const std::string& text) {
     if (holds(file, text) && fileSystem::isExecutableFile(file)) return;
-    StagingFolder staging(Path(paths::deletingLastComponent(file)));
-    const auto built = paths::join(staging.path(), paths::lastComponent(file));
-    fileSystem::write(built, text);
-    fileSystem::setPermissions(built, 0755);
-    if (fileSystem::kindOf(file)) {
-        staging.exchange(built, file);
-    } else {
-        staging.putInPlace(built, file);
-    }
+    constexpr unsigned executable = 0755;
+    fileSystem::createFolders(Path(paths::deletingLastComponent(file)));
+    fileSystem::replace(file, text, executable);
 }
 
 /// Docks and panels look into a theme again when its own folder has changed. One that cannot be
