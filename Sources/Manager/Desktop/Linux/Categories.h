@@ -5,9 +5,9 @@
 
 namespace korvane::registration {
 
-/// Those of `list`, separated by ";", that an entry may carry by the Desktop Menu Specification,
-/// each once, each with ";" behind it. Empty when no main category is among them: a menu would not
-/// know where to show the entry.
-std::string usableCategories(std::string_view list);
+/// The main categories of the Desktop Menu Specification in `list`, separated by ";": each once,
+/// each with ";" behind it. They alone say in which menus an entry stands; what else a program
+/// names refines that within a menu, if at all. Empty when there is none.
+std::string mainCategoriesIn(std::string_view list);
 
 } // namespace korvane::registration

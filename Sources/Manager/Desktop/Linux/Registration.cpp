@@ -105,7 +105,7 @@ std::string categoriesOfTarget(const Path& target) {
         if (!info) return {};
         const auto found = info->find(adoptedCategoriesKey);
         const auto* text = found == info->end() ? nullptr : found->second.string();
-        return text == nullptr ? std::string() : usableCategories(*text);
+        return text == nullptr ? std::string() : mainCategoriesIn(*text);
     } catch (const ambrel::LibraryError&) {
         return {}; // a menu has a place for the others too
     }
