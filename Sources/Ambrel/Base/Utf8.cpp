@@ -33,9 +33,7 @@ bool isBidirectionalFormat(char32_t c) {
            (c >= 0x2066 && c <= 0x2069);
 }
 
-bool isControlOrLineBreak(char32_t c) {
-    return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029;
-}
+bool isControlOrLineBreak(char32_t c) { return isControl(c) || c == 0x2028 || c == 0x2029; }
 
 std::string escaped(char32_t c) {
     if (c == '\n') return "\\n";

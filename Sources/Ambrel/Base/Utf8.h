@@ -18,6 +18,11 @@ void append(std::string& text, char32_t character);
 /// byte taken off, where the text is ill-formed.
 std::optional<char32_t> takeFirst(std::string_view& text);
 
+/// Whether `character` is a control character: of ASCII, DEL, or one of the 32 from U+0080 on.
+constexpr bool isControl(char32_t character) {
+    return character < 0x20 || (character >= 0x7F && character < 0xA0);
+}
+
 /// `text` for a message of one line: ill-formed sequences replaced, control and line-breaking
 /// characters escaped as \n, \t or \u{HEX}, and bidirectional formatting characters too, so that a
 /// name cannot fake a line.

@@ -109,10 +109,6 @@ std::optional<std::string> configuredProcessName(const InstanceConfig& config) {
     return isUsable ? std::optional(entry->second) : std::nullopt;
 }
 
-bool isControl(char32_t character) {
-    return character < 0x20 || (character >= 0x7F && character < 0xA0);
-}
-
 ChildProcess launchApp(const ResolvedInstance& instance, const UserPlaces& user,
                        const Environment& inherited, const SystemTools& tools) {
     const auto& config = instance.config;
@@ -166,7 +162,7 @@ bool InstanceLauncher::isUsableProcessName(std::string_view name) noexcept {
     if (name.empty()) return false;
     while (!name.empty()) {
         const auto character = utf8::takeFirst(name);
-        if (!character || *character == '/' || isControl(*character)) return false;
+        if (!character || *character == '/' || utf8::isControl(*character)) return false;
     }
     return true;
 }

@@ -16,14 +16,10 @@ namespace {
 constexpr std::size_t longestFileName = 255;
 constexpr std::string_view bundleExtension = ".app";
 
-bool isControl(char32_t character) {
-    return character < 0x20 || (character >= 0x7F && character < 0xA0);
-}
-
 bool hasControl(std::string_view text) {
     while (!text.empty()) {
         const auto character = ambrel::utf8::takeFirst(text);
-        if (character && isControl(*character)) return true;
+        if (character && ambrel::utf8::isControl(*character)) return true;
     }
     return false;
 }

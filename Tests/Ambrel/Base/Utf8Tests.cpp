@@ -122,3 +122,12 @@ TEST_CASE("a text for one line never holds a character that breaks or reorders l
         }
     }
 }
+
+TEST_CASE("control characters are those of ASCII, DEL and the 32 from U+0080 on") {
+    for (const char32_t control : {0x00, 0x0A, 0x1F, 0x7F, 0x80, 0x85, 0x9F}) {
+        CHECK(utf8::isControl(control));
+    }
+    for (const char32_t other : {0x20, 0x7E, 0xA0, 0x2028, 0x10FFFF}) {
+        CHECK_FALSE(utf8::isControl(other));
+    }
+}

@@ -33,8 +33,8 @@ std::string escaped(std::string_view text) {
 bool hasForbiddenControl(std::string_view text) {
     while (!text.empty()) {
         const auto character = ambrel::utf8::takeFirst(text).value_or(0);
-        const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
-        if (isControl && character != '\n' && character != '\t' && character != '\r') return true;
+        const bool hasEscape = character == '\n' || character == '\t' || character == '\r';
+        if (ambrel::utf8::isControl(character) && !hasEscape) return true;
     }
     return false;
 }
