@@ -41,8 +41,8 @@ std::optional<std::string> readIfPossible(const Path& file) {
 
 /// A label without a font to draw it is left off: the icon is worth having without.
 std::optional<images::BoldSansFont> fontFor(const IconLabel& label) {
-    const auto text = text::uppercased(label.text);
-    return text.empty() ? std::nullopt : images::BoldSansFont::nearest(text);
+    if (!label.isVisible()) return std::nullopt;
+    return images::BoldSansFont::nearest(text::uppercased(label.text));
 }
 
 void addImage(icns::Writer& writer, const Image& image) {
@@ -85,6 +85,7 @@ std::optional<Image> IconComposer::loadLargestImage(const Path& url) {
 
 void IconComposer::drawLabel(const IconLabel& label, const images::BoldSansFont& font,
                              Image& context) {
+    if (!label.isVisible()) return;
     const auto text = text::uppercased(label.text);
     const auto boxAt = [&](double fontSize) {
         return textPath(text, font, fontSize).boundingBox();

@@ -44,6 +44,8 @@ struct IconLabel {
     std::string colorHex; ///< six hexadecimal digits, optionally after "#"
     Position position;
 
+    /// Whether there is anything to draw, which blanks (spaces and tabs) alone are not.
+    bool isVisible() const;
     bool operator==(const IconLabel&) const = default;
 };
 

@@ -5,7 +5,6 @@
 #include "Ambrel/Icon/IconComposer.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/Text.h"
 #include "Ambrel/Wrapper/InfoPlist.h"
 
 namespace ambrel {
@@ -56,10 +55,6 @@ std::optional<Path> iconSource(const WrapperGenerator::Options& options,
     return target ? declaredIcon(target->url) : std::nullopt;
 }
 
-bool hasVisibleLabel(const InstanceConfig& config) {
-    return config.iconLabel && !text::trimmingWhitespace(config.iconLabel->text).empty();
-}
-
 /// Whether the labelled icon was written. A label that cannot be drawn is not worth failing for,
 /// whatever the reason: the wrapper gets the plain icon.
 bool tryCompose(const Path& source, const IconLabel& label, const Path& destination) {
@@ -92,8 +87,8 @@ std::optional<std::string> WrapperGenerator::installIcon(const Options& options,
     const auto source = iconSource(options, target);
     if (!source) return std::nullopt;
     const auto destination = paths::join(resources, BundleLayout::iconFileName);
-    const bool composed = hasVisibleLabel(options.config) &&
-                          tryCompose(*source, *options.config.iconLabel, destination);
+    const auto& label = options.config.iconLabel;
+    const bool composed = label && label->isVisible() && tryCompose(*source, *label, destination);
     if (!composed) fileSystem::copyFile(*source, destination);
     return std::string(BundleLayout::iconName);
 }

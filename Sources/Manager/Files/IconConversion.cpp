@@ -43,10 +43,11 @@ bool tryConvertToIconFile(const Path& picture, const Path& destination) noexcept
 }
 
 std::optional<std::string> obstacleTo(const IconLabel& label) {
-    const auto text = ambrel::text::trimmingWhitespace(label.text);
-    if (text.empty()) return std::nullopt;
+    if (!label.isVisible()) return std::nullopt;
     try {
-        if (ambrel::images::BoldSansFont::nearest(text)) return std::nullopt;
+        if (ambrel::images::BoldSansFont::nearest(ambrel::text::uppercased(label.text))) {
+            return std::nullopt;
+        }
         return "No font with outlines is installed: the icon stays without its label.";
     } catch (const ambrel::LibraryError& error) {
         return error.description() + ". The icon stays without its label.";
