@@ -8,11 +8,14 @@ target_sources(KorvaneManager PRIVATE
     Desktop/Linux/Registration.cpp
     Desktop/Linux/ThemeIcons.cpp
     Programs/Linux/Adoption.cpp
+    Programs/Linux/BrowserIdentifiers.cpp
     Programs/Linux/DesktopEntry.cpp
     Programs/Linux/EngineMarks.cpp
-    Programs/Linux/EntryCatalog.cpp
+    Programs/Linux/EntrySearch.cpp
+    Programs/Linux/IconSearch.cpp
     Programs/Linux/LinkedLibraries.cpp
     Programs/Linux/PackageVersion.cpp
+    Programs/Linux/ProgramFolders.cpp
     Programs/Linux/ProgramTraits.cpp
 )
 

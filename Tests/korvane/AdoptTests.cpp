@@ -3,7 +3,7 @@
 #include "Ambrel/Icon/ImageReader.h"
 #include "Ambrel/Platform/Images.h"
 #include "Ambrel/Platform/PropertyList.h"
-#include "Manager/Programs/Linux/EntryCatalog.h"
+#include "Manager/Programs/Linux/BrowserIdentifiers.h"
 #include "Support/Pictures.h"
 
 namespace korvane::test {

@@ -11,7 +11,7 @@
 #include "Manager/Desktop/Linux/Categories.h"
 #include "Manager/Desktop/Linux/EntryFiles.h"
 #include "Manager/Desktop/Linux/EntryText.h"
-#include "Manager/Programs/Linux/EntryCatalog.h"
+#include "Manager/Programs/Linux/EntrySearch.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 
 namespace korvane::registration {
