@@ -1,5 +1,7 @@
 #include "Manager.h"
 
+#include "Ambrel/Instance/ConfigFields.h"
+
 #include <algorithm>
 
 namespace korvane::test {
@@ -154,6 +156,21 @@ TEST_CASE("what is no key or no value of it is wrong usage, and nothing is writt
                "Did you mean \"iconLabel\"?"));
     CHECK(says(fixture.manager.refusal({"edit", "Work", "--set", "url=\xff"}), "is not UTF-8"));
     CHECK(readFile(fixture.file()) == before);
+}
+
+TEST_CASE("every field of the table is one that an edit knows") {
+    const Fixture fixture;
+    ambrel::forEachField([&](const auto& field) {
+        CAPTURE(field.key);
+        const auto done = fixture.manager.run({"edit", "Work", "--set", field.key});
+        CHECK(done.status == 2);
+        const auto error =
+            fixture.manager.run({"edit", "Work", "--set", std::string(field.key) + "=\x01"}).error;
+        CHECK_FALSE(contains(error, "is no key of an instance"));
+        const bool again = field.edit.form == ambrel::FieldEdit::Form::byCreatingAgain;
+        CHECK(contains(error, "Create the instance again") == again);
+        CHECK(contains(error, field.edit.instead));
+    });
 }
 
 TEST_CASE("an edit of the process name that could not be written leaves Info.plist as it was") {

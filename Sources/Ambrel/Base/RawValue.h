@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -24,6 +25,15 @@ template <class Enum> constexpr std::optional<Enum> fromRawValue(std::string_vie
         if (text == raw) return candidate;
     }
     return std::nullopt;
+}
+
+/// All raw values in declaration order, separated by commas, as messages tell them.
+template <class Enum> std::string rawValueList() {
+    std::string list;
+    for (const auto& [ignored, raw] : RawValues<Enum>::table) {
+        list.append(list.empty() ? "" : ", ").append(raw);
+    }
+    return list;
 }
 
 } // namespace ambrel

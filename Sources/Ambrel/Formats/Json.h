@@ -73,11 +73,7 @@ template <> std::map<std::string, std::string> decode(const Value& value, const 
 template <class Enum> Enum decode(const Value& value, const std::string& path) {
     const auto text = decode<std::string>(value, path);
     if (const auto found = fromRawValue<Enum>(text)) return *found;
-    std::string allowed;
-    for (const auto& entry : RawValues<Enum>::table) {
-        allowed.append(allowed.empty() ? "" : ", ").append(entry.second);
-    }
-    throw DecodingError::unknownRawValue(path, text, allowed);
+    throw DecodingError::unknownRawValue(path, text, rawValueList<Enum>());
 }
 
 } // namespace ambrel::json

@@ -1,6 +1,7 @@
 #include "Ambrel/Instance/InstanceConfig.h"
 
 #include "Ambrel/Formats/Json.h"
+#include "Ambrel/Instance/ConfigFields.h"
 
 namespace ambrel {
 
@@ -25,79 +26,68 @@ std::vector<std::string> replacingPlaceholders(const std::vector<std::string>& t
     return result;
 }
 
-std::optional<IconLabel> decodeLabel(const json::KeyedContainer& keys) {
-    const auto* value = keys.find("iconLabel");
-    if (value == nullptr) return std::nullopt;
-    const json::KeyedContainer label(*value, keys.pathOf("iconLabel"));
-    return IconLabel{.text = label.required<std::string>("text"),
-                     .colorHex = label.required<std::string>("colorHex"),
-                     .position = label.required<IconLabel::Position>("position")};
+template <class T> constexpr bool isOptional = false;
+template <class T> constexpr bool isOptional<std::optional<T>> = true;
+
+template <class T> json::Value encoded(const T& value) {
+    if constexpr (std::is_enum_v<T>) {
+        return rawValue(value);
+    } else {
+        return value;
+    }
 }
 
-json::Value encodeLabel(const IconLabel& label) {
+json::Value encoded(const IconLabel& label) {
     return {
-        {"text", label.text}, {"colorHex", label.colorHex}, {"position", rawValue(label.position)}};
+        {"text", label.text}, {"colorHex", label.colorHex}, {"position", encoded(label.position)}};
 }
 
+} // namespace
+
+template <> IconLabel json::decode(const Value& value, const std::string& path) {
+    const KeyedContainer keys(value, path);
+    return {.text = keys.required<std::string>("text"),
+            .colorHex = keys.required<std::string>("colorHex"),
+            .position = keys.required<IconLabel::Position>("position")};
+}
+
+namespace {
+
+/// An absent value leaves the default, which the record was made with.
 template <class T>
-void writeIfPresent(json::Value& object, const char* key, const std::optional<T>& value) {
-    if (value) object[key] = *value;
+void decodeInto(T& value, const json::KeyedContainer& keys, const char* key, Presence presence) {
+    if constexpr (isOptional<T>) {
+        value = keys.optional<typename T::value_type>(key);
+    } else if (presence == Presence::required) {
+        value = keys.required<T>(key);
+    } else if (auto found = keys.optional<T>(key)) {
+        value = std::move(*found);
+    }
+}
+
+template <class T> void encodeInto(json::Value& object, const char* key, const T& value) {
+    if constexpr (isOptional<T>) {
+        if (value) object[key] = encoded(*value);
+    } else {
+        object[key] = encoded(value);
+    }
 }
 
 } // namespace
 
 InstanceConfig InstanceConfig::decode(std::string_view text) {
-    using Strings = std::vector<std::string>;
     const auto root = json::parse(text);
     const json::KeyedContainer keys(root, "");
-    InstanceConfig c;
-    c.displayName = keys.required<std::string>("displayName");
-    c.bundleId = keys.required<std::string>("bundleId");
-    c.kind = keys.optional<ShortcutKind>("kind").value_or(ShortcutKind::app);
-    c.targetAppPath = keys.optional<Path>("targetAppPath").value_or(Path());
-    c.instanceHome = keys.required<Path>("instanceHome");
-    c.strategy = keys.optional<Strategy>("strategy").value_or(Strategy::homeOverride);
-    c.extraArgs = keys.optional<Strings>("extraArgs").value_or(Strings());
-    c.environment = keys.optional<StringMap>("environment").value_or(StringMap());
-    c.infoPlistOverrides = keys.optional<StringMap>("infoPlistOverrides").value_or(StringMap());
-    c.registerAsBrowser = keys.optional<bool>("registerAsBrowser").value_or(false);
-    c.openWithPassthrough = keys.optional<bool>("openWithPassthrough").value_or(false);
-    c.iconLabel = decodeLabel(keys);
-    c.menuBarIcon = keys.optional<bool>("menuBarIcon").value_or(false);
-    c.menuBarIconTemplate = keys.optional<bool>("menuBarIconTemplate").value_or(false);
-    // True, unlike the others: files written before the key existed share the folders.
-    c.shareUserFolders = keys.optional<bool>("shareUserFolders").value_or(true);
-    c.url = keys.optional<std::string>("url");
-    c.openPath = keys.optional<Path>("openPath");
-    c.commandPath = keys.optional<Path>("commandPath");
-    c.commandArgs = keys.optional<Strings>("commandArgs").value_or(Strings());
-    c.workingDirectory = keys.optional<Path>("workingDirectory");
-    return c;
+    InstanceConfig config;
+    forEachField([&](const auto& field) {
+        decodeInto(config.*field.member, keys, field.key, field.presence);
+    });
+    return config;
 }
 
 std::string InstanceConfig::encode() const {
-    json::Value object{
-        {"displayName", displayName},
-        {"bundleId", bundleId},
-        {"kind", rawValue(kind)},
-        {"targetAppPath", targetAppPath},
-        {"instanceHome", instanceHome},
-        {"strategy", rawValue(strategy)},
-        {"extraArgs", extraArgs},
-        {"environment", environment},
-        {"infoPlistOverrides", infoPlistOverrides},
-        {"registerAsBrowser", registerAsBrowser},
-        {"openWithPassthrough", openWithPassthrough},
-        {"menuBarIcon", menuBarIcon},
-        {"menuBarIconTemplate", menuBarIconTemplate},
-        {"shareUserFolders", shareUserFolders},
-        {"commandArgs", commandArgs},
-    };
-    if (iconLabel) object["iconLabel"] = encodeLabel(*iconLabel);
-    writeIfPresent(object, "url", url);
-    writeIfPresent(object, "openPath", openPath);
-    writeIfPresent(object, "commandPath", commandPath);
-    writeIfPresent(object, "workingDirectory", workingDirectory);
+    auto object = json::Value::object();
+    forEachField([&](const auto& field) { encodeInto(object, field.key, this->*field.member); });
     return json::write(object);
 }
 

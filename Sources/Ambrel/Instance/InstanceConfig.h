@@ -66,7 +66,7 @@ inline constexpr const char* processNameKey = "KorvaneProcessName";
 
 /// The configuration of one instance, stored in its wrapper as Contents/Resources/instance.json.
 /// The record never validates its contents: what cannot be run is refused when it is launched.
-/// The fields stand in the order in which they are decoded.
+/// The fields stand in the order in which they are decoded; ConfigFields.h tells of each.
 struct InstanceConfig {
     std::string displayName;              ///< the instance's visible name; required in JSON
     std::string bundleId;                 ///< the wrapper's bundle identifier; required in JSON

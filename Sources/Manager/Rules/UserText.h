@@ -31,11 +31,8 @@ std::string checkedColor(const std::string& text);
 /// The value that `text` names. Throws UsageError, with the known ones, for another text.
 template <class Enum> Enum enumFrom(const std::string& text, const std::string& option) {
     if (const auto value = ambrel::fromRawValue<Enum>(text)) return *value;
-    std::string known;
-    for (const auto& [ignored, raw] : ambrel::RawValues<Enum>::table) {
-        known += (known.empty() ? "" : ", ") + std::string(raw);
-    }
-    throw UsageError(option + " is one of " + known + ", not " + inQuotes(text) + ".");
+    throw UsageError(option + " is one of " + ambrel::rawValueList<Enum>() + ", not " +
+                     inQuotes(text) + ".");
 }
 
 } // namespace korvane

@@ -1,5 +1,6 @@
 #include "korvane/Verbs/ConfigEdit.h"
 
+#include "Ambrel/Instance/ConfigFields.h"
 #include "Manager/Base/ManagerError.h"
 #include "Manager/Base/NearestWord.h"
 #include "Manager/Base/Quoting.h"
@@ -7,109 +8,73 @@
 #include "Manager/Rules/UserText.h"
 
 #include <algorithm>
-#include <functional>
 #include <nlohmann/json.hpp>
-#include <variant>
 #include <vector>
 
 namespace korvane::edit {
 
 using ambrel::InstanceConfig;
-using ambrel::ShortcutKind;
-using ambrel::Strategy;
 using ambrel::StringMap;
 using nlohmann::json;
 
 namespace {
 
 using List = std::vector<std::string>;
-using OptionalText = std::optional<std::string>;
-using OptionalLabel = std::optional<ambrel::IconLabel>;
+using Form = ambrel::FieldEdit::Form;
 
-/// How a text becomes a stored one.
-enum class TextForm { plain, path, expandedPath };
-
-struct TextField {
-    std::string InstanceConfig::*member;
-    TextForm form;
+/// What is no field of the configuration but can be asked for all the same, and what to give to
+/// "create" instead.
+constexpr std::pair<const char*, const char*> bundleKeys[] = {
+    {"customIcon", "with --replace --icon FILE"},
+    {"hideWrapperIcon", "with --replace --hide-icon, or without"},
+    {"outputDir", "with --output DIR, after deleting this one"},
 };
-struct OptionalField {
-    OptionalText InstanceConfig::*member;
-    TextForm form;
-};
-
-using Field = std::variant<TextField, OptionalField, bool InstanceConfig::*, List InstanceConfig::*,
-                           StringMap InstanceConfig::*, ShortcutKind InstanceConfig::*,
-                           Strategy InstanceConfig::*, OptionalLabel InstanceConfig::*>;
-
-const std::vector<std::pair<std::string, Field>>& fields() {
-    using C = InstanceConfig;
-    static const std::vector<std::pair<std::string, Field>> table{
-        {"kind", &C::kind},
-        // The launcher takes this path as it stands, without a tilde's meaning.
-        {"targetAppPath", TextField{&C::targetAppPath, TextForm::expandedPath}},
-        {"instanceHome", TextField{&C::instanceHome, TextForm::path}},
-        {"strategy", &C::strategy},
-        {"extraArgs", &C::extraArgs},
-        {"environment", &C::environment},
-        {"iconLabel", &C::iconLabel},
-        {"menuBarIcon", &C::menuBarIcon},
-        {"menuBarIconTemplate", &C::menuBarIconTemplate},
-        {"shareUserFolders", &C::shareUserFolders},
-        {"url", OptionalField{&C::url, TextForm::plain}},
-        {"openPath", OptionalField{&C::openPath, TextForm::path}},
-        {"commandPath", OptionalField{&C::commandPath, TextForm::path}},
-        {"commandArgs", &C::commandArgs},
-        {"workingDirectory", OptionalField{&C::workingDirectory, TextForm::path}},
-    };
-    return table;
-}
-
-/// Fields that take effect only through the bundle's Info.plist, icon or folder name, which an
-/// edit leaves alone, and what to give to "create" instead.
-const std::vector<std::pair<std::string, std::string>>& bundleKeys() {
-    static const std::vector<std::pair<std::string, std::string>> table{
-        {"displayName", "under the new name, with --home to go on with its data, after deleting "
-                        "this one"},
-        {"bundleId", "with --replace --bundle-id ID"},
-        {"infoPlistOverrides", "with --replace --plist K=V"},
-        {"registerAsBrowser", "with --replace --browser, or without"},
-        {"openWithPassthrough", "with --replace --open-with, or without"},
-        {"customIcon", "with --replace --icon FILE"},
-        {"hideWrapperIcon", "with --replace --hide-icon, or without"},
-        {"outputDir", "with --output DIR, after deleting this one"},
-    };
-    return table;
-}
 
 constexpr std::string_view environmentPrefix = "environment.";
 /// The one override that the launch heeds, and so the one that an edit takes.
 const std::string processNameField = std::string("infoPlistOverrides.") + ambrel::processNameKey;
 
-void refuseBundleKey(const std::string& key) {
-    for (const auto& [name, instead] : bundleKeys()) {
-        if (key != name && !key.starts_with(name + ".")) continue;
-        throw Refusal("The bundle carries " + name +
-                      " outside its configuration (Info.plist, icon "
-                      "or folder name), and an edit would not change it. Create the instance again "
-                      "instead, " +
-                      instead + ".");
-    }
+/// Refuses `key` where `name` is it, or its beginning up to a dot.
+void refuseIfSame(const std::string& key, const std::string& name, const std::string& instead) {
+    if (key != name && !key.starts_with(name + ".")) return;
+    throw Refusal("The bundle carries " + name +
+                  " outside its configuration (Info.plist, icon "
+                  "or folder name), and an edit would not change it. Create the instance again "
+                  "instead, " +
+                  instead + ".");
 }
 
-const Field& requireField(const std::string& key) {
-    refuseBundleKey(key);
-    std::vector<std::string> names;
-    for (const auto& [name, field] : fields()) {
-        if (name == key) return field;
-        names.push_back(name);
-    }
-    for (const auto& [name, instead] : bundleKeys()) names.push_back(name);
-    names.push_back(processNameField);
+/// Refuses what takes effect only through the bundle's Info.plist, icon or folder name.
+void refuseBundleKey(const std::string& key) {
+    ambrel::forEachField([&](const auto& field) {
+        if (field.edit.form == Form::byCreatingAgain)
+            refuseIfSame(key, field.key, field.edit.instead);
+    });
+    for (const auto& [name, instead] : bundleKeys) refuseIfSame(key, name, instead);
+}
+
+[[noreturn]] void refuseUnknownKey(const std::string& key) {
+    auto names = keys();
+    ambrel::forEachField([&](const auto& field) {
+        if (field.edit.form == Form::byCreatingAgain) names.emplace_back(field.key);
+    });
+    for (const auto& [name, instead] : bundleKeys) names.emplace_back(name);
     const auto meant = nearest(key, names);
     throw UsageError(inQuotes(key) + " is no key of an instance." +
                      (meant.empty() ? "" : " Did you mean " + inQuotes(meant) + "?") +
                      " See: korvane show NAME --json");
+}
+
+/// Calls `act` with the field that `key` names. Throws as set() does for a key that has none.
+template <class Act> void withField(const std::string& key, Act act) {
+    refuseBundleKey(key);
+    bool found = false;
+    ambrel::forEachField([&](const auto& field) {
+        if (found || key != field.key) return;
+        found = true;
+        act(field);
+    });
+    if (!found) refuseUnknownKey(key);
 }
 
 [[noreturn]] void refuseValue(const std::string& key, const std::string& value,
@@ -131,32 +96,42 @@ bool isVariableName(const std::string& name) {
            name.find('\0') == std::string::npos;
 }
 
-bool booleanFrom(const std::string& key, const std::string& value) {
-    const auto found = parsed(value);
-    if (!found.is_boolean()) refuseValue(key, value, "true or false");
-    return found.get<bool>();
+/// What was typed for a field.
+struct Given {
+    const std::string& key;
+    const std::string& value;
+    Form form;
+    const ambrel::UserPlaces& user;
+
+    [[noreturn]] void refuse(const std::string& wanted) const { refuseValue(key, value, wanted); }
+};
+
+void read(const Given& given, bool& target) {
+    const auto found = parsed(given.value);
+    if (!found.is_boolean()) given.refuse("true or false");
+    target = found.get<bool>();
 }
 
-List listFrom(const std::string& key, const std::string& value) {
-    const auto found = parsed(value);
+void read(const Given& given, List& target) {
+    const auto found = parsed(given.value);
     const bool fits = found.is_array() && std::all_of(found.begin(), found.end(), isUsableText);
-    if (!fits) refuseValue(key, value, R"(a JSON list of texts, as in ["-x", "y"])");
-    return found.get<List>();
+    if (!fits) given.refuse(R"(a JSON list of texts, as in ["-x", "y"])");
+    target = found.get<List>();
 }
 
-StringMap mapFrom(const std::string& key, const std::string& value) {
-    const auto found = parsed(value);
+void read(const Given& given, StringMap& target) {
+    const auto found = parsed(given.value);
     const bool fits = found.is_object() && std::all_of(found.begin(), found.end(), isUsableText);
-    if (!fits) refuseValue(key, value, R"(a JSON object of texts, as in {"LANG": "C"})");
+    if (!fits) given.refuse(R"(a JSON object of texts, as in {"LANG": "C"})");
     auto map = found.get<StringMap>();
     for (const auto& [name, ignored] : map) {
-        if (!isVariableName(name)) refuseValue(key, value, "names of variables");
+        if (!isVariableName(name)) given.refuse("names of variables");
     }
-    return map;
+    target = std::move(map);
 }
 
-ambrel::IconLabel labelFrom(const std::string& key, const std::string& value) {
-    const auto found = parsed(value);
+void read(const Given& given, ambrel::IconLabel& target) {
+    const auto found = parsed(given.value);
     const auto text = [&](const char* name) {
         const bool fits = found.is_object() && found.contains(name) && isUsableText(found[name]);
         return fits ? found[name].get<std::string>() : std::string();
@@ -165,56 +140,33 @@ ambrel::IconLabel labelFrom(const std::string& key, const std::string& value) {
     const bool fits = position && text("colorHex").size() >= 6 && found.contains("text") &&
                       isUsableText(found["text"]);
     if (!fits) {
-        refuseValue(
-            key, value,
+        given.refuse(
             R"(a JSON label, as in {"text": "A", "colorHex": "FFFFFF", "position": "top"})");
     }
-    return {text("text"), checkedColor(text("colorHex")), *position};
+    target = {text("text"), checkedColor(text("colorHex")), *position};
 }
 
-template <class Enum> Enum enumFrom(const std::string& key, const std::string& value) {
-    if (const auto found = ambrel::fromRawValue<Enum>(value)) return *found;
-    std::string known;
-    for (const auto& [ignored, raw] : ambrel::RawValues<Enum>::table) {
-        known += (known.empty() ? "one of " : ", ") + std::string(raw);
+void read(const Given& given, std::string& target) {
+    if (given.value.empty() || given.form == Form::value) {
+        target = given.value;
+    } else {
+        target = given.form == Form::path ? storedPath(given.value) : usablePath(given.value, given.user);
     }
-    refuseValue(key, value, known);
 }
 
-std::string textFrom(const std::string& value, TextForm form, const ambrel::UserPlaces& user) {
-    if (value.empty() || form == TextForm::plain) return value;
-    return form == TextForm::path ? storedPath(value) : usablePath(value, user);
+template <class Enum>
+requires std::is_enum_v<Enum>
+void read(const Given& given, Enum& target) {
+    const auto found = ambrel::fromRawValue<Enum>(given.value);
+    if (!found) given.refuse("one of " + ambrel::rawValueList<Enum>());
+    target = *found;
 }
 
-struct Setter {
-    InstanceConfig& config;
-    const std::string& key;
-    const std::string& value;
-    const ambrel::UserPlaces& user;
-
-    void operator()(const TextField& field) const {
-        config.*field.member = textFrom(value, field.form, user);
-    }
-    void operator()(const OptionalField& field) const {
-        config.*field.member = textFrom(value, field.form, user);
-    }
-    void operator()(bool InstanceConfig::*member) const {
-        config.*member = booleanFrom(key, value);
-    }
-    void operator()(List InstanceConfig::*member) const { config.*member = listFrom(key, value); }
-    void operator()(StringMap InstanceConfig::*member) const {
-        config.*member = mapFrom(key, value);
-    }
-    void operator()(OptionalLabel InstanceConfig::*member) const {
-        config.*member = labelFrom(key, value);
-    }
-    void operator()(ShortcutKind InstanceConfig::*member) const {
-        config.*member = enumFrom<ShortcutKind>(key, value);
-    }
-    void operator()(Strategy InstanceConfig::*member) const {
-        config.*member = enumFrom<Strategy>(key, value);
-    }
-};
+template <class T> void read(const Given& given, std::optional<T>& target) {
+    T value{};
+    read(given, value);
+    target = std::move(value);
+}
 
 /// The key of one variable: "K" for "environment.K"; absent for other keys.
 std::optional<std::string> variableOf(const std::string& key) {
@@ -225,6 +177,15 @@ std::optional<std::string> variableOf(const std::string& key) {
 }
 
 } // namespace
+
+std::vector<std::string> keys() {
+    std::vector<std::string> keys;
+    ambrel::forEachField([&](const auto& field) {
+        if (field.edit.form != Form::byCreatingAgain) keys.emplace_back(field.key);
+    });
+    keys.push_back(processNameField);
+    return keys;
+}
 
 std::string keyOf(const std::string& assignment) {
     return assignment.substr(0, assignment.find('='));
@@ -245,7 +206,9 @@ void set(InstanceConfig& config, const std::string& assignment, const ambrel::Us
     if (const auto variable = variableOf(key)) {
         config.environment[*variable] = value;
     } else {
-        std::visit(Setter{config, key, value, user}, requireField(key));
+        withField(key, [&](const auto& field) {
+            read(Given{key, value, field.edit.form, user}, config.*field.member);
+        });
     }
     if (key == "instanceHome" && value.empty()) refuseValue(key, value, "a folder");
 }
@@ -262,22 +225,14 @@ void unset(InstanceConfig& config, const std::string& key) {
         if (config.environment.erase(*variable) > 0) return;
         throw Refusal("The environment has no entry " + inQuotes(*variable) + ".");
     }
-    if (key == "instanceHome" || key == "displayName" || key == "bundleId") {
-        throw Refusal(key + " has to be there and cannot be unset.");
-    }
+    ambrel::forEachField([&](const auto& field) {
+        if (key == field.key && field.presence == ambrel::Presence::required) {
+            throw Refusal(key + " has to be there and cannot be unset.");
+        }
+    });
     // A configuration made here has the defaults that an absent key has in the file.
     static const InstanceConfig defaults;
-    const auto& field = requireField(key);
-    std::visit(
-        [&](const auto& entry) {
-            using Entry = std::decay_t<decltype(entry)>;
-            if constexpr (std::is_member_object_pointer_v<Entry>) {
-                config.*entry = defaults.*entry;
-            } else {
-                config.*entry.member = defaults.*entry.member;
-            }
-        },
-        field);
+    withField(key, [&](const auto& field) { config.*field.member = defaults.*field.member; });
 }
 
 } // namespace korvane::edit

@@ -3,6 +3,7 @@
 #include "Ambrel/Instance/InstanceConfig.h"
 
 #include <string>
+#include <vector>
 
 namespace korvane::edit {
 
@@ -15,6 +16,9 @@ void set(ambrel::InstanceConfig& config, const std::string& assignment,
 /// Gives the field `key` the default of the file, or takes one entry out of the environment. Throws
 /// as set() does, and Refusal for a field that has to be there.
 void unset(ambrel::InstanceConfig& config, const std::string& key);
+
+/// The keys that set() takes, without those of single variables.
+std::vector<std::string> keys();
 
 /// The key that "key=value" names.
 std::string keyOf(const std::string& assignment);
