@@ -81,6 +81,51 @@ TEST_CASE("show tells one instance by name and by path") {
     CHECK(contains(manager.result({"show", "Work"}), "/bin/true"));
 }
 
+TEST_CASE("show tells the fields part by part, and none that is absent") {
+    const Manager manager;
+    const auto bundle =
+        manager.create({"command", "Work", aProgram, "--env", "B=2", "--env", "A=1", "--label", "w",
+                        "--working-directory", "/tmp", "--strategy", "unsupported", "--menu-bar",
+                        "--no-share-folders", "--", "-x", "y z"});
+
+    CHECK(manager.result({"show", "Work"}) ==
+          "displayName          Work\n"
+          "bundle               " +
+              bundle +
+              "\n"
+              "bundleId             app.korvane.instance.work\n"
+              "kind                 command\n"
+              "opens                /bin/true\n"
+              "commandArgs          -x\n"
+              "commandArgs          y z\n"
+              "workingDirectory     /tmp\n"
+              "instanceHome         ~/KorvaneInstances/Work\n"
+              "environment          A=1\n"
+              "environment          B=2\n"
+              "shareUserFolders     false\n"
+              "registerAsBrowser    false\n"
+              "openWithPassthrough  false\n"
+              "menuBarIcon          true\n"
+              "menuBarIconTemplate  false\n"
+              "iconLabel            w (FFFFFF, bottom)\n"
+              "desktopId            app.korvane.instance.work\n"
+              "desktopEntry         " +
+              (manager.home / ".local/share/applications/app.korvane.instance.work.desktop") + "\n");
+}
+
+TEST_CASE("show tells what an instance of each kind opens") {
+    const Manager manager;
+    const auto app = manager.installApp("Mail", "org.example.mail");
+    manager.create({"app", "A", "Mail"});
+    manager.create({"web", "W", "https://example.org/"});
+    manager.create({"file", "F", "/tmp"});
+
+    CHECK(contains(manager.result({"show", "A"}), "\nopens                " + app + "\n"));
+    CHECK(contains(manager.result({"show", "A"}), "\nstrategy             home-override\n"));
+    CHECK(contains(manager.result({"show", "W"}), "\nopens                https://example.org/\n"));
+    CHECK(contains(manager.result({"show", "F"}), "\nopens                /tmp\n"));
+}
+
 TEST_CASE("a name is exact") {
     const Manager manager;
     manager.create({"command", "Work", aProgram});

@@ -51,10 +51,9 @@ std::vector<std::string> optionNames(const CLI::App& app) {
 
 int parseAndRun(const Verb& verb, const std::vector<std::string>& words,
                 const Surroundings& surroundings) {
-    CLI::App app(verb.summary, "korvane " + verb.name);
+    Parser app(verb.summary, "korvane " + verb.name);
     app.formatter(
         std::make_shared<HelpFormatter>(verb.examples, verb.rules.trailingAfter.has_value()));
-    app.set_help_flag("-h,--help", "Show this help");
     const auto action = verb.declare(app, surroundings);
     auto [parsed, trailing] = options::arrange(app, words, verb.rules);
     std::reverse(parsed.begin(), parsed.end());

@@ -55,6 +55,29 @@ CLI::Option* flag(CLI::App& app, const std::string& name, bool& value,
     return app.add_flag(name, value, description);
 }
 
+CLI::Option* taking(CLI::App& app, CLI::Option* option, Values values) {
+    if (auto* parser = dynamic_cast<Parser*>(&app)) parser->declare(option, std::move(values));
+    return option;
+}
+
+std::string spokenList(const std::vector<std::string>& words) {
+    std::string list;
+    for (const auto& word : words) {
+        if (!list.empty()) list += &word == &words.back() ? " or " : ", ";
+        list += word;
+    }
+    return list;
+}
+
+CLI::Option* instanceName(CLI::App& app, std::string& value) {
+    auto* option = text(app, "NAME", value, "The instance's name, or its bundle's path");
+    return taking(app, option->required(), {Takes::instance});
+}
+
+CLI::Option* asJson(CLI::App& app, bool& value, const std::string& description) {
+    return flag(app, "--json", value, description);
+}
+
 Arguments arrange(const CLI::App& app, const std::vector<std::string>& words, const Rules& rules) {
     Arguments result;
     std::size_t positionals = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "Ambrel/Base/RawValue.h"
+#include "korvane/CommandLine/Parser.h"
 
 #include <optional>
 #include <string>
@@ -19,6 +20,30 @@ CLI::Option* texts(CLI::App& app, const std::string& name, std::vector<std::stri
                    const std::string& description);
 CLI::Option* flag(CLI::App& app, const std::string& name, bool& value,
                   const std::string& description);
+
+/// Says what the values of `option` stand for, where its name for them does not tell. A parser that
+/// keeps no such thing is left as it is.
+CLI::Option* taking(CLI::App& app, CLI::Option* option, Values values);
+
+/// "bottom, center or top".
+std::string spokenList(const std::vector<std::string>& words);
+
+/// An option for one of the raw values of `Enum`, which its help lists; `more` follows them. The
+/// value is not checked.
+template <class Enum>
+CLI::Option* choice(CLI::App& app, const std::string& name, std::optional<std::string>& value,
+                    const std::string& more = "") {
+    std::vector<std::string> words;
+    for (const auto& [ignored, raw] : ambrel::RawValues<Enum>::table) words.emplace_back(raw);
+    return taking(app, text(app, name, value, spokenList(words) + more), {Takes::choice, words});
+}
+
+// What several verbs have.
+
+/// The word NAME that says which instance is meant.
+CLI::Option* instanceName(CLI::App& app, std::string& value);
+/// "--json".
+CLI::Option* asJson(CLI::App& app, bool& value, const std::string& description = "Write JSON");
 
 /// The command line as the parser is to see it, and what stands after "--" for the verb's own use.
 struct Arguments {

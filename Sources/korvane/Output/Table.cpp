@@ -18,6 +18,8 @@ std::size_t width(const std::string& text) {
 
 } // namespace
 
+std::string yesOrNo(bool value) { return value ? "yes" : "no"; }
+
 void Table::add(std::vector<std::string> cells) {
     for (auto& cell : cells) cell = ambrel::utf8::oneLine(cell);
     rows_.push_back(std::move(cells));

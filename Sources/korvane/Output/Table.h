@@ -17,4 +17,7 @@ private:
     std::vector<std::vector<std::string>> rows_;
 };
 
+/// How a cell tells whether something is so.
+std::string yesOrNo(bool value);
+
 } // namespace korvane

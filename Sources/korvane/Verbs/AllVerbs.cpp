@@ -5,12 +5,14 @@
 #include "korvane/Verbs/CreateVerbs.h"
 #include "korvane/Verbs/DeleteVerb.h"
 #include "korvane/Verbs/EditVerb.h"
-#include "korvane/Verbs/IconVerbs.h"
-#include "korvane/Verbs/ListVerbs.h"
+#include "korvane/Verbs/IconLintVerb.h"
+#include "korvane/Verbs/IconVerb.h"
+#include "korvane/Verbs/ListVerb.h"
 #include "korvane/Verbs/LogsVerb.h"
 #include "korvane/Verbs/MigrateVerb.h"
 #include "korvane/Verbs/ProfileVerb.h"
 #include "korvane/Verbs/RegisterVerbs.h"
+#include "korvane/Verbs/ShowVerb.h"
 #include "korvane/Verbs/StartVerbs.h"
 
 namespace korvane {

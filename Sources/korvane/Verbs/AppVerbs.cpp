@@ -9,7 +9,7 @@
 #include "korvane/Output/Messages.h"
 #include "korvane/Output/Table.h"
 #include "korvane/Verbs/ApplicationLookup.h"
-#include "korvane/Verbs/ListVerbs.h"
+#include "korvane/Verbs/SearchFolders.h"
 
 #include <ostream>
 

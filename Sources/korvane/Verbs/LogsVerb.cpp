@@ -83,8 +83,7 @@ Verb logsVerb() {
                     bool following = false;
                 };
                 const auto given = std::make_shared<Given>();
-                options::text(app, "NAME", given->name, "The instance's name, or its bundle's path")
-                    ->required();
+                options::instanceName(app, given->name);
                 options::flag(app, "-f,--follow", given->following, "Go on as more is written");
                 return [given, &surroundings](const auto&) {
                     return logs(given->name, given->following, surroundings);

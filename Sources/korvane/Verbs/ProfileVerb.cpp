@@ -27,7 +27,6 @@ AppProfile readProfile(const ambrel::Path& file) {
 }
 
 void writeTable(const AppProfile& profile, const Surroundings& surroundings) {
-    const auto yesOrNo = [](bool value) { return value ? "yes" : "no"; };
     Table table;
     table.add({"name", profile.displayName});
     table.add({"identifier", profile.bundleId});
@@ -79,7 +78,7 @@ Verb profileCheckVerb() {
                 options::text(app, "FILE", given->file, "The profile, as JSON")->required();
                 options::text(app, "--signature", given->signature,
                               "The environment that the profile should have been verified on");
-                options::flag(app, "--json", given->asJson, "Write JSON");
+                options::asJson(app, given->asJson);
                 return [given, &surroundings](const auto&) { return check(*given, surroundings); };
             }};
 }

@@ -5,6 +5,5 @@
 namespace korvane {
 
 Verb iconVerb();
-Verb iconLintVerb();
 
 } // namespace korvane

@@ -1,0 +1,102 @@
+#include "korvane/Verbs/IconLintVerb.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Formats/IcnsLint.h"
+#include "Ambrel/Icon/ImageReader.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Base/ManagerError.h"
+#include "Manager/Rules/UserText.h"
+#include "korvane/CommandLine/Options.h"
+#include "korvane/Output/JsonOutput.h"
+#include "korvane/Output/Messages.h"
+#include "korvane/Output/Table.h"
+
+#include <ostream>
+
+namespace korvane {
+
+namespace icns = ambrel::icns;
+
+namespace {
+
+std::string sizeText(const icns::LintEntry& entry) {
+    if (entry.width == 0) return "-";
+    return std::to_string(entry.width) + " x " + std::to_string(entry.height);
+}
+
+std::string_view showingText(icns::Showing showing) {
+    switch (showing) {
+    case icns::Showing::shows:
+        return "shows";
+    case icns::Showing::doesNotShow:
+        return "does not show";
+    case icns::Showing::noPicture:
+        break;
+    }
+    return "no picture";
+}
+
+void writeTable(const icns::LintReport& report, const Surroundings& surroundings) {
+    Table table;
+    table.add({"TYPE", "PIXELS", "DATA", "BYTES", "IN A BUNDLE", "REMARK"});
+    for (const auto& entry : report.entries) {
+        table.add({entry.type.name(), sizeText(entry), std::string(nameOf(entry.payload)),
+                   std::to_string(entry.bytes), std::string(showingText(entry.showing)),
+                   entry.remark});
+    }
+    table.write(surroundings.results);
+}
+
+void writeJson(const icns::LintReport& report, const Surroundings& surroundings) {
+    auto elements = nlohmann::json::array();
+    for (const auto& entry : report.entries) {
+        elements.push_back({{"type", entry.type.name()},
+                            {"width", entry.width},
+                            {"height", entry.height},
+                            {"data", nameOf(entry.payload)},
+                            {"bytes", entry.bytes},
+                            {"inBundle", showingText(entry.showing)},
+                            {"remark", entry.remark}});
+    }
+    json::write({{"elements", elements}, {"defect", report.defect}, {"clean", report.isClean()}},
+                surroundings.results);
+}
+
+struct LintOptions {
+    std::string file;
+    bool asJson = false;
+};
+
+int lint(const LintOptions& options, const Surroundings& surroundings) {
+    const auto file = usablePath(options.file, surroundings.user);
+    const auto bytes = ambrel::fileSystem::read(file);
+    if (!bytes.starts_with("icns")) {
+        throw Refusal(ambrel::utf8::oneLine(file) + " is no Apple icon file.");
+    }
+    const auto report = icns::lint(bytes, ambrel::decodePayload);
+    if (options.asJson) {
+        writeJson(report, surroundings);
+    } else {
+        writeTable(report, surroundings);
+    }
+    if (!report.defect.empty()) warn(surroundings, "The file is not whole: " + report.defect + ".");
+    say(surroundings, report.isClean() ? "Everything in it shows in a bundle."
+                                       : "Not everything in it shows in a bundle.");
+    return report.isClean() ? 0 : 1;
+}
+
+} // namespace
+
+Verb iconLintVerb() {
+    return {"icon lint",
+            "Tell what in an icon file will not show in a bundle, and why.",
+            {"korvane icon lint App.icns"},
+            [](CLI::App& app, const Surroundings& surroundings) -> Action {
+                const auto given = std::make_shared<LintOptions>();
+                options::text(app, "FILE", given->file, "The icon file")->required();
+                options::asJson(app, given->asJson);
+                return [given, &surroundings](const auto&) { return lint(*given, surroundings); };
+            }};
+}
+
+} // namespace korvane

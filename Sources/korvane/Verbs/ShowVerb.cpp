@@ -1,0 +1,69 @@
+#include "korvane/Verbs/ShowVerb.h"
+
+#include "Ambrel/Instance/DesktopId.h"
+#include "Ambrel/Instance/InstanceRegistry.h"
+#include "Manager/Desktop/Registration.h"
+#include "Manager/Rules/InstanceLookup.h"
+#include "korvane/CommandLine/Options.h"
+#include "korvane/Output/ConfigText.h"
+#include "korvane/Output/JsonOutput.h"
+#include "korvane/Output/Table.h"
+
+#include <ostream>
+
+namespace korvane {
+
+using ambrel::ConfigPart;
+using ambrel::InstanceRecord;
+
+namespace {
+
+void addPart(Table& table, const InstanceRecord& record, ConfigPart part) {
+    for (const auto& [key, text] : configText::rows(record.config, part)) table.add({key, text});
+}
+
+void writeDetails(const InstanceRecord& record, const Surroundings& surroundings) {
+    Table table;
+    addPart(table, record, ConfigPart::name);
+    table.add({"bundle", record.bundleURL});
+    addPart(table, record, ConfigPart::identity);
+    table.add({"opens", configText::subject(record.config)});
+    for (const auto part : {ConfigPart::command, ConfigPart::start, ConfigPart::sharing,
+                            ConfigPart::desktop, ConfigPart::look}) {
+        addPart(table, record, part);
+    }
+    if (const auto icon = record.iconURL()) table.add({"icon", *icon});
+    table.add({"desktopId", ambrel::desktopId(record.config.bundleId)});
+    if (const auto entry = registration::findEntry(record, surroundings.user)) {
+        table.add({"desktopEntry", entry->file});
+    }
+    table.write(surroundings.results);
+}
+
+} // namespace
+
+Verb showVerb() {
+    return {"show",
+            "Show one instance.",
+            {"korvane show Work", "korvane show ~/Applications/Work.app --json"},
+            [](CLI::App& app, const Surroundings& surroundings) -> Action {
+                struct Given {
+                    std::string name;
+                    bool asJson = false;
+                };
+                const auto given = std::make_shared<Given>();
+                options::instanceName(app, given->name);
+                options::asJson(app, given->asJson);
+                return [given, &surroundings](const auto&) {
+                    const auto record = requireInstance(given->name, surroundings.user);
+                    if (given->asJson) {
+                        json::write(json::instance(record, surroundings.user), surroundings.results);
+                    } else {
+                        writeDetails(record, surroundings);
+                    }
+                    return 0;
+                };
+            }};
+}
+
+} // namespace korvane
