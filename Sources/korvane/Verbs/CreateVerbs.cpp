@@ -24,8 +24,7 @@ void declarePlaces(CLI::App& app, CreateOptions& given) {
 void declareStart(CLI::App& app, CreateOptions& given) {
     using options::text;
     using options::texts;
-    text(app, "--strategy", given.strategy,
-         "home-override, container-redirect, wrapper-identity or unsupported");
+    options::choice<ambrel::Strategy>(app, "--strategy", given.strategy);
     texts(app, "--arg", given.args,
           "Give the application this argument, in place of those worked out for it");
     texts(app, "--add-arg", given.addArgs, "Give it this argument too");
@@ -49,7 +48,8 @@ void declareLook(CLI::App& app, CreateOptions& given) {
     text(app, "--label", given.label, "A text on the icon");
     text(app, "--label-color", given.labelColor, "Its color (default: FFFFFF)")
         ->type_name("RRGGBB");
-    text(app, "--label-position", given.labelPosition, "bottom, center or top (default: bottom)");
+    options::choice<ambrel::IconLabel::Position>(app, "--label-position", given.labelPosition,
+                                                 " (default: bottom)");
     options::texts(app, "--plist", given.plist, "Set an entry of the bundle's Info.plist")
         ->type_name("K=V");
     flag(app, "--browser", given.browser, "Offer the instance as a web browser");

@@ -117,8 +117,7 @@ Verb deleteVerb() {
         {"korvane delete Work", "korvane delete Work --data", "korvane delete Work --data --yes"},
         [](CLI::App& app, const Surroundings& surroundings) -> Action {
             const auto given = std::make_shared<DeleteOptions>();
-            options::text(app, "NAME", given->name, "The instance's name, or its bundle's path")
-                ->required();
+            options::instanceName(app, given->name);
             options::flag(app, "--data", given->data, "Delete its home with all data too");
             options::flag(app, "-y,--yes", given->yes, "Do not ask");
             options::flag(app, "--no-input", given->noInput, "Refuse instead of asking");

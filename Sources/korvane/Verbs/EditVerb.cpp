@@ -182,8 +182,7 @@ Verb editVerb() {
              "korvane edit Work --set shareUserFolders=false"},
             [](CLI::App& app, const Surroundings& surroundings) -> Action {
                 const auto given = std::make_shared<EditOptions>();
-                options::text(app, "NAME", given->name, "The instance's name, or its bundle's path")
-                    ->required();
+                options::instanceName(app, given->name);
                 options::texts(app, "--set", given->set,
                                "Set a field: JSON for Booleans, lists and maps, else plain text")
                     ->type_name("KEY=VALUE");

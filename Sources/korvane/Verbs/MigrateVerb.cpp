@@ -81,8 +81,7 @@ Verb migrateVerb() {
                     bool asJson = false;
                 };
                 const auto given = std::make_shared<Given>();
-                options::text(app, "NAME", given->name, "The instance's name, or its bundle's path")
-                    ->required();
+                options::instanceName(app, given->name);
                 options::flag(app, "--json", given->asJson, "Write the number of moved items");
                 return [given, &surroundings](const auto&) {
                     return migrate(given->name, given->asJson, surroundings);

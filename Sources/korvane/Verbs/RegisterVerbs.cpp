@@ -46,8 +46,7 @@ Verb verbFor(std::string name, std::string summary, std::string example,
             {std::move(example)},
             [action](CLI::App& app, const Surroundings& surroundings) -> Action {
                 const auto instance = std::make_shared<std::string>();
-                options::text(app, "NAME", *instance, "The instance's name, or its bundle's path")
-                    ->required();
+                options::instanceName(app, *instance);
                 return [=, &surroundings](const auto&) { return action(*instance, surroundings); };
             }};
 }

@@ -103,8 +103,7 @@ Verb startVerb(std::string name, std::string summary, std::vector<std::string> e
     return {std::move(name), std::move(summary), std::move(examples),
             [start](CLI::App& app, const Surroundings& surroundings) -> Action {
                 const auto instance = std::make_shared<std::string>();
-                options::text(app, "NAME", *instance, "The instance's name, or its bundle's path")
-                    ->required();
+                options::instanceName(app, *instance);
                 return [=, &surroundings](const auto&) { return start(*instance, surroundings); };
             }};
 }
