@@ -97,6 +97,15 @@ class Installation(unittest.TestCase):
             if file.suffix in (".cmake", ".pc", ".h"):
                 self.assertNotIn(str(source), file.read_text(), f"in {file}")
 
+    def test_the_manual_and_the_completions_are_written_and_installed(self):
+        share = self.prefix / "share"
+        for name in ("bash-completion/completions/korvane", "zsh/site-functions/_korvane",
+                     "fish/vendor_completions.d/korvane.fish", "man/man1/korvane.1"):
+            text = (share / name).read_text()
+            self.assertIn("unregister", text, f"in {name}")
+            self.assertIn("shareUserFolders", text, f"in {name}")
+        self.assertEqual(re.findall("@.*@", (share / "man/man1/korvane.1").read_text()), [])
+
     def test_the_installed_manager_finds_the_installed_runner(self):
         bundle = self.user.run(self.prefix / "bin" / "korvane", "create", "command", "Hello",
                                "/bin/echo", "--", "hello").rstrip("\n")

@@ -1,14 +1,20 @@
 #include "Manager.h"
 
+#include "korvane/Documents/Completions.h"
+#include "korvane/Verbs/AllVerbs.h"
+#include "korvane/Verbs/ConfigEdit.h"
+
 #include <regex>
+#include <sstream>
 
 namespace korvane::test {
 
 namespace {
 
-std::string source(const std::string& name) {
-    return readFile(std::string(KORVANE_TEST_SOURCES) + "/" + name);
-}
+const std::string share = KORVANE_TEST_SHARE;
+const std::string bashFile = share + "/bash-completion/completions/korvane";
+const std::string zshFile = share + "/zsh/site-functions/_korvane";
+const std::string fishFile = share + "/fish/vendor_completions.d/korvane.fish";
 
 /// The long options that the help of a verb lists.
 std::set<std::string> optionsIn(const std::string& help) {
@@ -21,36 +27,124 @@ std::set<std::string> optionsIn(const std::string& help) {
     return options;
 }
 
-const std::vector<Strings> verbs{{"create", "app"},
-                                 {"create", "web"},
-                                 {"create", "file"},
-                                 {"create", "command"},
-                                 {"adopt"},
-                                 {"list"},
-                                 {"show"},
-                                 {"open"},
-                                 {"run"},
-                                 {"logs"},
-                                 {"edit"},
-                                 {"migrate"},
-                                 {"register"},
-                                 {"unregister"},
-                                 {"delete"},
-                                 {"apps"},
-                                 {"inspect"},
-                                 {"profile", "check"},
-                                 {"icon"},
-                                 {"icon", "lint"}};
+Strings wordsOf(const std::string& text) {
+    std::istringstream stream(text);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
+Strings linesOf(const std::string& text) {
+    Strings lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+bool holds(const Strings& list, const std::string& text) {
+    return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+/// Says so, and returns true, where this machine has no such shell.
+bool lacks(const std::string& shell) {
+    if (run(ProgramSetup{.command = {"sh", "-c", "command -v " + shell}}).status == 0) return false;
+    MESSAGE("skipped: " << shell << " is not installed here");
+    return true;
+}
+
+/// A manager with instances and an application, in whose home a shell can complete command lines.
+struct Shell {
+    Manager manager;
+    Path folder = manager.tmp / "work";
+    Path bin = manager.tmp / "bin";
+
+    Shell() {
+        manager.create({"command", "Two words", aProgram});
+        manager.create({"command", "Other", aProgram});
+        manager.installApp("Mail", "org.example.mail");
+        writeFile(folder + "/afile.txt", "");
+        writeFile(folder + "/afolder/inside", "");
+        writeFile(bin + "/korvane",
+                  "#!/bin/sh\nexec " + test::quoted(KORVANE_TEST_MANAGER) + " \"$@\"\n");
+        setMode(bin + "/korvane", 0755);
+    }
+
+    /// What `script`, with the words in "$@", writes line by line.
+    Strings complete(const Strings& shell, const std::string& script, const Strings& words) const {
+        auto command = shell;
+        command.push_back("cd " + test::quoted(folder) + " || exit 1; PATH=" + test::quoted(bin) +
+                          ":$PATH HOME=$PWD; export PATH HOME; " + script);
+        command.insert(command.end(), words.begin(), words.end());
+        const auto done = korvane::test::run(ProgramSetup{.command = command});
+        CHECK(done.error == "");
+        return linesOf(done.output);
+    }
+
+    /// `words` are those of the command line, the last one being completed.
+    Strings bash(const Strings& words) const {
+        auto all = words;
+        all.insert(all.begin(), "bash"); // the name that messages of the script would begin with
+        return complete({"bash", "-c"},
+                        ". " + test::quoted(bashFile) +
+                            "; COMP_WORDS=(korvane \"$@\"); COMP_CWORD=$#; _korvane; "
+                            "((${#COMPREPLY[@]})) && printf '%s\\n' \"${COMPREPLY[@]}\"; :",
+                        all);
+    }
+
+    /// Without the descriptions that stand behind a tabulator. In fish no words follow a script.
+    Strings fish(const std::string& line) const {
+        auto lines = complete({"sh", "-c"},
+                              "exec fish --no-config -c " +
+                                  test::quoted("source " + fishFile + "; complete --do-complete " +
+                                               test::quoted(line)),
+                              {});
+        for (auto& found : lines) found = found.substr(0, found.find('\t'));
+        return lines;
+    }
+
+    /// A shell on a terminal of its own, in which the completion is asked for by a key.
+    Strings zsh(const std::string& line) const;
+};
+
+/// Prints, between two marks, what completion would offer for the line in $1; $2 is the folder of
+/// the function.
+constexpr const char* zshDriver = R"sh(
+zmodload zsh/zpty
+zpty shell zsh -f -i
+{
+    zpty -w shell "PS1=; fpath=(${(q)2} \$fpath); autoload -Uz compinit; compinit -u -D"
+    zpty -w shell "zstyle ':completion:*' insert-tab false; setopt no_list_beep; bindkey '^I' complete-word"
+    zpty -w shell 'compadd() {
+        if [[ ${@[1,(i)(-|--)]} == *-(O|A|D)\ * ]]; then builtin compadd "$@"; return; fi
+        local -a hits; local hit
+        builtin compadd -A hits "$@"
+        for hit in $hits; do print -r -- HI""T":$hit:TIH"; done
+    }'
+    zpty -w shell 'finish() { print END""MARK; exit }; compprefuncs=(); comppostfuncs=(finish)'
+    zpty -w -n shell "$1"$'\t'
+    local output=""
+    while zpty -r shell output; do
+        [[ $output == *HIT:*:TIH* ]] && print -r -- ${${output#*HIT:}%%:TIH*}
+        [[ $output == *ENDMARK* ]] && break
+    done
+} always {
+    zpty -d shell
+}
+)sh";
+
+Strings Shell::zsh(const std::string& line) const {
+    return complete({"sh", "-c"},
+                    "exec zsh -f -c " + test::quoted(zshDriver) + " zsh " + test::quoted(line) +
+                        " " + test::quoted(share + "/zsh/site-functions"),
+                    {});
+}
 
 } // namespace
 
 TEST_CASE("the manual and the completions know every verb and option") {
     const Manager manager;
-    const auto manual = source("Documentation/korvane.1");
-    const Strings completions{source("Sources/korvane/completions/korvane.bash"),
-                              source("Sources/korvane/completions/_korvane"),
-                              source("Sources/korvane/completions/korvane.fish")};
-    for (auto words : verbs) {
+    const auto manual = readFile(share + "/man/man1/korvane.1");
+    const Strings completions{readFile(bashFile), readFile(zshFile), readFile(fishFile)};
+    for (const auto& declared : allVerbs()) {
+        auto words = wordsOf(declared.name);
         const auto verb = words.back();
         words.emplace_back("--help");
         for (const auto& option : optionsIn(manager.result(words))) {
@@ -61,30 +155,84 @@ TEST_CASE("the manual and the completions know every verb and option") {
             CHECK(contains(manual, "\\-\\-" + inRoff));
             for (const auto& completion : completions) CHECK(contains(completion, option));
         }
-        CHECK(contains(manual, verb));
+        CHECK(contains(manual, declared.name));
         for (const auto& completion : completions) CHECK(contains(completion, verb));
     }
 }
 
-TEST_CASE("bash completes verbs, options and the names of instances") {
-    const Manager manager;
-    manager.create({"command", "Two words", aProgram});
-    const auto complete = [&](const std::string& words, int current) {
-        const auto done = run(ProgramSetup{
-            .command = {"bash", "-c",
-                        "korvane() { " + test::quoted(KORVANE_TEST_MANAGER) + " \"$@\"; }; . " +
-                            test::quoted(std::string(KORVANE_TEST_SOURCES) +
-                                         "/Sources/korvane/completions/korvane.bash") +
-                            "; COMP_WORDS=(" + words + "); COMP_CWORD=" + std::to_string(current) +
-                            "; _korvane; printf '%s\\n' \"${COMPREPLY[@]}\""}});
-        CHECK(done.error.empty());
-        return done.output;
+TEST_CASE("bash completes what a command takes at each place") {
+    const Shell shell;
+    struct Row {
+        Strings words, offered;
     };
+    const std::vector<Row> table{
+        {{"mi"}, {"migrate"}},
+        {{"create", "co"}, {"command"}},
+        {{"profile", ""}, {"check", "--help"}},
+        {{"icon", "l"}, {"lint"}},
+        {{"icon", "lint", "--j"}, {"--json"}},
+        {{"icon", "--j"}, {}},
+        {{"delete", "--da"}, {"--data"}},
+        {{"delete", "--data", "Oth"}, {"Other"}},
+        {{"show", "Tw"}, {"Two words"}},
+        {{"show", "afi"}, {"afile.txt"}},
+        {{"show", "Other", "O"}, {}},
+        {{"create", "app", "New", "Ma"}, {"Mail"}},
+        {{"create", "app", "--home", "x", "New", "Ma"}, {"Mail"}},
+        {{"create", "app", "--home", "a"}, {"afolder"}},
+        {{"create", "app", "--home", "=", "a"}, {"afolder"}},
+        {{"create", "app", "--icon", "afi"}, {"afile.txt"}},
+        {{"create", "web", "--strategy", "w"}, {"wrapper-identity"}},
+        {{"create", "web", "--label-position", ""}, {"bottom", "center", "top"}},
+        {{"create", "web", "--label", ""}, {}},
+        {{"create", "command", "New", "bash", "--", "afi"}, {"afile.txt"}},
+        {{"icon", "x", "--output", "afi"}, {"afile.txt"}},
+        {{"icon", "x", "-o", "afi"}, {"afile.txt"}},
+        {{"icon", "x", "--position", "t"}, {"top"}},
+        {{"edit", "Other", "--set", "share"}, {"shareUserFolders"}},
+        {{"edit", "Other", "--unset", "url", "share"}, {"shareUserFolders"}},
+        {{"list", "--in", "a"}, {"afolder"}},
+    };
+    for (const auto& row : table) {
+        CAPTURE(row.words);
+        CHECK(shell.bash(row.words) == row.offered);
+    }
+    CHECK(holds(shell.bash({"adopt", "bas"}), "bash"));
+    CHECK(shell.bash({"edit", "Other", "--set", ""}) == edit::keys());
+}
 
-    CHECK(complete("korvane mi", 1) == "migrate\n");
-    CHECK(complete("korvane create co", 2) == "command\n");
-    CHECK(complete("korvane delete --da", 2) == "--data\n");
-    CHECK(complete("korvane show Tw", 2) == "Two words\n");
+TEST_CASE("fish completes what a command takes at each place") {
+    if (lacks("fish")) return;
+    const Shell shell;
+    CHECK(shell.fish("korvane mi") == Strings{"migrate"});
+    CHECK(shell.fish("korvane create co") == Strings{"command"});
+    CHECK(shell.fish("korvane icon --j") == Strings{});
+    CHECK(shell.fish("korvane icon lint --j") == Strings{"--json"});
+    CHECK(shell.fish("korvane delete --data Oth") == Strings{"Other"});
+    CHECK(holds(shell.fish("korvane show Tw"), "Two words"));
+    CHECK(shell.fish("korvane show Other O") == Strings{});
+    CHECK(holds(shell.fish("korvane create app --home x New Ma"), "Mail"));
+    CHECK(holds(shell.fish("korvane create app --icon afi"), "afile.txt"));
+    CHECK(holds(shell.fish("korvane create web --home a"), "afolder/"));
+    CHECK(shell.fish("korvane create web --strategy wr") == Strings{"wrapper-identity"});
+    CHECK(shell.fish("korvane icon x --position t") == Strings{"top"});
+    CHECK(shell.fish("korvane edit Other --set share") == Strings{"shareUserFolders"});
+}
+
+TEST_CASE("zsh completes what a command takes at each place") {
+    if (lacks("zsh")) return;
+    const Shell shell;
+    CHECK(shell.zsh("korvane mi") == Strings{"migrate"});
+    CHECK(shell.zsh("korvane create co") == Strings{"command"});
+    CHECK(shell.zsh("korvane icon lint --j") == Strings{"--json"});
+    CHECK(shell.zsh("korvane delete --data Oth") == Strings{"Other"});
+    CHECK(shell.zsh("korvane show Tw") == Strings{"Two\\ words"});
+    CHECK(holds(shell.zsh("korvane create app --home x New Ma"), "Mail"));
+    CHECK(holds(shell.zsh("korvane create app --icon afi"), "afile.txt"));
+    CHECK(holds(shell.zsh("korvane create web --home a"), "afolder"));
+    CHECK(shell.zsh("korvane create web --strategy wr") == Strings{"wrapper-identity"});
+    CHECK(shell.zsh("korvane icon x --position t") == Strings{"top"});
+    CHECK(shell.zsh("korvane edit Other --set share") == Strings{"shareUserFolders"});
 }
 
 } // namespace korvane::test

@@ -110,7 +110,8 @@ TEST_CASE("show tells the fields part by part, and none that is absent") {
               "iconLabel            w (FFFFFF, bottom)\n"
               "desktopId            app.korvane.instance.work\n"
               "desktopEntry         " +
-              (manager.home / ".local/share/applications/app.korvane.instance.work.desktop") + "\n");
+              (manager.home / ".local/share/applications/app.korvane.instance.work.desktop") +
+              "\n");
 }
 
 TEST_CASE("show tells what an instance of each kind opens") {

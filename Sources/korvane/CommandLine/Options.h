@@ -28,13 +28,19 @@ CLI::Option* taking(CLI::App& app, CLI::Option* option, Values values);
 /// "bottom, center or top".
 std::string spokenList(const std::vector<std::string>& words);
 
+/// The raw values of `Enum`.
+template <class Enum> std::vector<std::string> wordsOf() {
+    std::vector<std::string> words;
+    for (const auto& [ignored, raw] : ambrel::RawValues<Enum>::table) words.emplace_back(raw);
+    return words;
+}
+
 /// An option for one of the raw values of `Enum`, which its help lists; `more` follows them. The
 /// value is not checked.
 template <class Enum>
 CLI::Option* choice(CLI::App& app, const std::string& name, std::optional<std::string>& value,
                     const std::string& more = "") {
-    std::vector<std::string> words;
-    for (const auto& [ignored, raw] : ambrel::RawValues<Enum>::table) words.emplace_back(raw);
+    const auto words = wordsOf<Enum>();
     return taking(app, text(app, name, value, spokenList(words) + more), {Takes::choice, words});
 }
 

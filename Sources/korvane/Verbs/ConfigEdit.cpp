@@ -150,7 +150,8 @@ void read(const Given& given, std::string& target) {
     if (given.value.empty() || given.form == Form::value) {
         target = given.value;
     } else {
-        target = given.form == Form::path ? storedPath(given.value) : usablePath(given.value, given.user);
+        target = given.form == Form::path ? storedPath(given.value)
+                                          : usablePath(given.value, given.user);
     }
 }
 

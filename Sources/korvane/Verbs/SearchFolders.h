@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/Base/Path.h"
+#include "Ambrel/Platform/UserPlaces.h"
 
 #include <optional>
 #include <string>
@@ -9,6 +9,7 @@
 namespace korvane {
 
 /// The folders that --in names, for use now; absent where the option was not given.
-std::optional<std::vector<ambrel::Path>> searchFolders(const std::vector<std::string>& given, const ambrel::UserPlaces& user);
+std::optional<std::vector<ambrel::Path>> searchFolders(const std::vector<std::string>& given,
+                                                       const ambrel::UserPlaces& user);
 
 } // namespace korvane

@@ -57,7 +57,8 @@ Verb showVerb() {
                 return [given, &surroundings](const auto&) {
                     const auto record = requireInstance(given->name, surroundings.user);
                     if (given->asJson) {
-                        json::write(json::instance(record, surroundings.user), surroundings.results);
+                        json::write(json::instance(record, surroundings.user),
+                                    surroundings.results);
                     } else {
                         writeDetails(record, surroundings);
                     }

@@ -1,0 +1,169 @@
+#include "korvane/Documents/Completions.h"
+
+#include <set>
+
+namespace korvane::documents {
+
+namespace {
+
+constexpr const char* head =
+    R"sh(# Completion of korvane for fish. Made from the commands of korvane when it was built.
+
+# What "korvane COMMAND --json" has for a key; what has escapes is left to be typed.
+function __korvane_texts
+    korvane $argv[1] --json 2>/dev/null |
+        string replace --filter --regex '^ *"'$argv[2]'": "([^"\\\\]*)",?$' '$1'
+end
+
+function __korvane_is
+    # Whether the words so far begin with these.
+    set -l words (commandline -opc)
+    test (count $words) -gt (count $argv); or return 1
+    for i in (seq (count $argv))
+        test "$words[$(math $i + 1)]" = "$argv[$i]"; or return 1
+    end
+end
+
+function __korvane_word
+    # Whether word $argv[1] of the command that the others name is what comes next.
+    __korvane_is $argv[2..]; or return 1
+    set -l words (commandline -opc)
+    set -l seen 0
+    set -l value no
+    for word in $words[(math (count $argv) + 1)..]
+        if test $value = yes
+            set value no
+        else if contains -- $word $__korvane_valued
+            set value yes
+        else if not string match -q -- '-*' $word
+            set seen (math $seen + 1)
+        end
+    end
+    test $value = no; and test (math $seen + 1) -eq $argv[1]
+end
+
+function __korvane_needs_verb
+    test (count (commandline -opc)) -eq 1
+end
+
+function __korvane_needs_second
+    set -l words (commandline -opc)
+    test (count $words) -eq 2; and test "$words[2]" = $argv[1]
+end
+
+complete -c korvane -f
+complete -c korvane -n __korvane_needs_verb -l version -d 'Show the version'
+)sh";
+
+std::string fishWord(const std::string& text) {
+    std::string result = "'";
+    for (const char c : text) {
+        if (c == '\'' || c == '\\') result += '\\';
+        result += c;
+    }
+    return result + "'";
+}
+
+/// The flags of "complete" for what stands for a value.
+std::string offer(const Values& values, const std::vector<std::string>& keys) {
+    switch (values.takes) {
+    case Takes::text:
+        return {};
+    case Takes::instance:
+        return " -a '(__korvane_texts list displayName)'";
+    case Takes::application:
+        return " -F -a '(__korvane_texts apps name)'";
+    case Takes::program:
+        return " -F -a '(__fish_complete_command)'";
+    case Takes::file:
+    case Takes::folder:
+    case Takes::address: // of a page on this machine, as far as the shell can know
+        return " -F";
+    case Takes::key:
+        return " -a " + fishWord(joined(keys));
+    case Takes::choice:
+        return " -a " + fishWord(joined(values.choices));
+    }
+    return {};
+}
+
+/// True while this verb is typed, and none whose name only begins with it.
+std::string conditionFor(const VerbDescription& verb, const std::vector<VerbDescription>& verbs,
+                         const std::string& question) {
+    auto text = question + " " + verb.name;
+    if (!verb.secondWord().empty()) return fishWord(text);
+    for (const auto* longer : verbsBelow(verbs, verb.name)) {
+        text += "; and not __korvane_is " + longer->name;
+    }
+    return fishWord(text);
+}
+
+std::string optionLine(const std::string& condition, const OptionDescription& option,
+                       const std::vector<std::string>& keys) {
+    std::string text = "complete -c korvane -n " + condition;
+    for (const auto& name : option.names) {
+        text += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
+    }
+    if (!option.value.empty()) {
+        const auto offered = offer(option.values, keys);
+        text += (offered.find("-F") == std::string::npos ? " -x" : " -r") + offered;
+    }
+    return text + " -d " + fishWord(option.description) + "\n";
+}
+
+std::string linesFor(const VerbDescription& verb, const CompletionData& data) {
+    std::string text;
+    int number = 0;
+    for (const auto& word : verb.words) {
+        const auto offered = offer(word.values, data.keys);
+        const auto question = "__korvane_word " + std::to_string(++number);
+        if (offered.empty()) continue;
+        text +=
+            "complete -c korvane -n " + conditionFor(verb, data.verbs, question) + offered + "\n";
+    }
+    if (verb.rules.trailingAfter) {
+        const auto question = "__korvane_word " + std::to_string(number + 1);
+        text += "complete -c korvane -n " + conditionFor(verb, data.verbs, question) + " -F\n";
+    }
+    for (const auto& option : verb.options) {
+        text += optionLine(conditionFor(verb, data.verbs, "__korvane_is"), option, data.keys);
+    }
+    return text;
+}
+
+/// Every option that takes a value, of any verb.
+std::string valued(const std::vector<VerbDescription>& verbs) {
+    std::set<std::string> names;
+    for (const auto& verb : verbs) {
+        for (const auto& option : verb.options) {
+            if (!option.value.empty()) names.insert(option.names.begin(), option.names.end());
+        }
+    }
+    return joined({names.begin(), names.end()});
+}
+
+std::string word(const std::string& condition, const std::string& text,
+                 const std::string& summary) {
+    return "complete -c korvane -n " + condition + " -a " + text + " -d " + fishWord(summary) +
+           "\n";
+}
+
+} // namespace
+
+std::string fishCompletion(const CompletionData& data) {
+    std::string text = head;
+    text += "set -g __korvane_valued " + valued(data.verbs) + "\n\n";
+    for (const auto& first : firstWords(data.verbs)) {
+        text += word("__korvane_needs_verb", first, summaryOf(data.verbs, first));
+    }
+    text += word("__korvane_needs_verb", "help", "Show help");
+    for (const auto& verb : data.verbs) {
+        if (verb.secondWord().empty()) continue;
+        text += word(fishWord("__korvane_needs_second " + verb.firstWord()), verb.secondWord(),
+                     verb.summary);
+    }
+    for (const auto& verb : data.verbs) text += "\n" + linesFor(verb, data);
+    return text;
+}
+
+} // namespace korvane::documents

@@ -1,0 +1,170 @@
+#include "korvane/Documents/Completions.h"
+
+namespace korvane::documents {
+
+namespace {
+
+constexpr const char* head = R"sh(#compdef korvane
+# Completion of korvane for zsh. Made from the commands of korvane when it was built.
+
+# What "korvane COMMAND --json" has for a key; what has escapes is left to be typed.
+_korvane_texts() {
+    local -a texts
+    texts=(${(f)"$(korvane $1 --json 2>/dev/null |
+        sed -n 's/^ *"'$2'": "\([^"\\]*\)",\{0,1\}$/\1/p')"})
+    compadd -a texts
+}
+
+_korvane_instances() {
+    _korvane_texts list displayName
+    _files -g '*.app(-/)'
+}
+
+_korvane_applications() {
+    _korvane_texts apps name
+    _files
+}
+
+_korvane_programs() {
+    _alternative 'commands:command:_command_names -e' 'files:file:_files'
+}
+
+_korvane() {
+)sh";
+
+/// `text` inside of single quotes.
+std::string zshWord(const std::string& text) {
+    std::string result = "'";
+    for (const char c : text) {
+        if (c == '\'') {
+            result += "'\\''";
+        } else {
+            result += c;
+        }
+    }
+    return result + "'";
+}
+
+/// `text` with a backslash in front of each of `characters`, which mean something where it stands.
+std::string escaped(const std::string& text, std::string_view characters) {
+    std::string result;
+    for (const char c : text) {
+        if (c == '\\' || characters.find(c) != std::string_view::npos) result += '\\';
+        result += c;
+    }
+    return result;
+}
+
+std::string actionFor(const Values& values, const std::vector<std::string>& keys) {
+    switch (values.takes) {
+    case Takes::text:
+        return {};
+    case Takes::instance:
+        return "_korvane_instances";
+    case Takes::application:
+        return "_korvane_applications";
+    case Takes::program:
+        return "_korvane_programs";
+    case Takes::file:
+        return "_files";
+    case Takes::folder:
+        return "_files -/";
+    case Takes::address:
+        return "_urls";
+    case Takes::key:
+        return "(" + joined(keys) + ")";
+    case Takes::choice:
+        return "(" + joined(values.choices) + ")";
+    }
+    return {};
+}
+
+/// One option as _arguments wants it: one that may not be repeated shuts out its other name.
+std::string optionArguments(const OptionDescription& option, const std::vector<std::string>& keys) {
+    std::string more = "[" + escaped(option.description, "[]:") + "]";
+    if (!option.value.empty()) {
+        more += ":" + escaped(option.value, ":") + ":" + actionFor(option.values, keys);
+    }
+    std::string text;
+    for (const auto& name : option.names) {
+        std::string before;
+        if (option.repeats) before = "*";
+        if (!option.repeats && option.names.size() > 1) before = "(" + joined(option.names) + ")";
+        const bool isLong = name.starts_with("--");
+        const std::string sign = isLong && !option.value.empty() ? "=" : "";
+        text += " \\\n            " + zshWord(before + name + sign + more);
+    }
+    return text;
+}
+
+std::string arguments(const VerbDescription& verb, const std::vector<std::string>& keys) {
+    std::string text = "    " + zshWord(verb.name) + ")\n        _arguments";
+    for (const auto& option : verb.options) text += optionArguments(option, keys);
+    int number = 0;
+    for (const auto& word : verb.words) {
+        text += " \\\n            " + zshWord(std::to_string(++number) + ":" + word.name + ":" +
+                                              actionFor(word.values, keys));
+    }
+    if (verb.rules.trailingAfter) text += " \\\n            '*:argument:_files'";
+    return text + "\n        ;;\n";
+}
+
+std::string described(const std::string& word, const std::string& summary) {
+    return "            " + zshWord(escaped(word, ":") + ":" + escaped(summary, ":")) + "\n";
+}
+
+/// A list of words for _describe, and the call.
+std::string describing(const std::string& words) {
+    return "        local -a commands\n        commands=(\n" + words +
+           "        )\n        _describe command commands\n";
+}
+
+/// What can follow the first word of a command of two.
+std::string second(const std::vector<VerbDescription>& verbs, const std::string& first) {
+    std::string words;
+    for (const auto* verb : verbsBelow(verbs, first)) {
+        words += described(verb->secondWord(), verb->summary);
+    }
+    if (words.empty()) return {};
+    std::string text = "    " + first + ")\n" + describing(words);
+    if (findVerb(verbs, first) == nullptr) text += "        return\n";
+    return text + "        ;;\n";
+}
+
+} // namespace
+
+std::string zshCompletion(const CompletionData& data) {
+    std::string words;
+    std::string seconds;
+    for (const auto& word : firstWords(data.verbs)) {
+        words += described(word, summaryOf(data.verbs, word));
+        seconds += second(data.verbs, word);
+    }
+    words += described("help", "Show help");
+    std::string pairs;
+    std::string all;
+    for (const auto& verb : data.verbs) {
+        all += arguments(verb, data.keys);
+        if (!verb.secondWord().empty()) pairs += (pairs.empty() ? "" : " | ") + zshWord(verb.name);
+    }
+    return head + ("    if ((CURRENT == 2)); then\n" + describing(words)) +
+           "        return\n    fi\n"
+           "    local verb=$words[2]\n"
+           "    shift words\n"
+           "    ((CURRENT--))\n"
+           "    ((CURRENT == 2)) && case $verb in\n" +
+           seconds +
+           "    esac\n"
+           "    ((CURRENT > 2)) && case \"$verb $words[2]\" in\n    " +
+           pairs +
+           ")\n"
+           "        verb=\"$verb $words[2]\"\n"
+           "        shift words\n"
+           "        ((CURRENT--))\n"
+           "        ;;\n"
+           "    esac\n"
+           "    case $verb in\n" +
+           all + "    esac\n}\n\n_korvane \"$@\"\n";
+}
+
+} // namespace korvane::documents
