@@ -1,7 +1,7 @@
 #include "Ambrel/Home/UserFolders.h"
 
 #include "Ambrel/Home/FolderRelation.h"
-#include "Ambrel/Instance/BundleScan.h"
+#include "Ambrel/Home/HomesElsewhere.h"
 #include "Ambrel/Platform/FileSystem.h"
 
 #include <algorithm>
@@ -14,6 +14,10 @@ bool isOrContains(const Path& place, const Path& home) {
     return folders::isOrLiesIn(home, place) || folders::isOrLiesInByText(home, place);
 }
 
+bool touches(const Path& place, const Path& home) {
+    return folders::isOrLiesInByText(place, home) || folders::isOrLiesInByText(home, place);
+}
+
 } // namespace
 
 UserFolders::UserFolders(UserPlaces user, Path instanceHome)
@@ -23,7 +27,7 @@ UserFolders::UserFolders(UserPlaces user, Path instanceHome)
 std::optional<Path> UserFolders::find(std::string_view name) {
     const auto setting = settings_.find(name);
     if (setting == settings_.end()) return paths::join(user_.home, name);
-    return isShareable(setting->second) ? std::optional(setting->second) : std::nullopt;
+    return isShareable(name, setting->second) ? std::optional(setting->second) : std::nullopt;
 }
 
 std::vector<Path> UserFolders::allSet(const UserPlaces& user) {
@@ -34,35 +38,30 @@ std::vector<Path> UserFolders::allSet(const UserPlaces& user) {
     return places;
 }
 
-bool UserFolders::isShareable(const Path& place) {
-    if (place.empty()) return false;
-    if (isOrContains(place, user_.home) || isOrContains(place, instanceHome_)) return false;
-    const auto& known = otherHomes();
-    const auto real = folders::canonical(place);
-    const auto isHome = [&](const Path& home) {
-        return home == real || home == place || fileSystem::isSameItem(home, place);
-    };
-    const auto contains = [&](const Path& parent) { return isOrContains(place, parent); };
-    return std::ranges::none_of(known.homes, isHome) &&
-           std::ranges::none_of(known.parents, contains);
+bool UserFolders::isUsual(std::string_view name, const Path& place) const {
+    return place == paths::join(user_.home, name) &&
+           fileSystem::kindOf(place) != fileSystem::ItemKind::symbolicLink;
 }
 
-const UserFolders::OtherHomes& UserFolders::otherHomes() {
-    if (otherHomes_) return *otherHomes_;
-    auto& known = otherHomes_.emplace();
-    const auto add = [&](const Path& home) {
-        known.homes.insert(home);
-        known.parents.insert(Path(paths::deletingLastComponent(home)));
-    };
-    // Not from the registry, which sorts by name: the runner starts without the library for that.
-    for (const auto& bundle : bundlesIn(defaultInstanceFolders(user_))) {
-        const auto config = configIn(bundle);
-        const Path home(
-            paths::withoutTrailingSlashes(config ? config->resolvedHome(user_) : Path()));
-        if (!home.starts_with('/')) continue;
-        add(home);
-        add(folders::canonical(home));
-    }
+bool UserFolders::isShareable(std::string_view name, const Path& place) {
+    if (place.empty()) return false;
+    if (isOrContains(place, user_.home) || isOrContains(place, instanceHome_)) return false;
+    if (isUsual(name, place)) return true;
+    const auto real = folders::canonical(place);
+    return std::ranges::none_of(homes(), [&](const Path& home) {
+        // What is gone holds nothing that could be taken for the user's.
+        return (touches(place, home) || touches(real, home)) && !fileSystem::isMissing(home);
+    });
+}
+
+const std::vector<Path>& UserFolders::homes() {
+    if (homes_) return *homes_;
+    auto& known = homes_.emplace(homesElsewhere::all(user_));
+    const auto usual = paths::join(user_.home, homesElsewhere::usualFolder);
+    known.insert(known.end(), {usual, folders::canonical(usual)});
+    // One that is or contains the user's own is kept apart from nothing.
+    if (folders::isOrLiesIn(user_.home, instanceHome_)) return known;
+    known.insert(known.end(), {instanceHome_, folders::canonical(instanceHome_)});
     return known;
 }
 

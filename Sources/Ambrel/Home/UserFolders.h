@@ -4,14 +4,13 @@
 #include "Ambrel/Platform/UserFolderSettings.h"
 
 #include <optional>
-#include <set>
 #include <string_view>
 #include <vector>
 
 namespace ambrel {
 
 /// Where the user's own folders lie that an instance shares. Reads the user's settings once, when
-/// made, and the other instances at most once, when a folder is asked for that is set.
+/// made. How many other instances there are makes no difference (see HomesElsewhere.h).
 class UserFolders {
 public:
     /// For the instance whose home is `instanceHome` (absolute).
@@ -19,8 +18,8 @@ public:
 
     /// The user's folder for the shared name `name`, existing or not: the one that the user has
     /// set, else the one of that name in the user's home. Absent when a setting names no usable
-    /// place, or one that is or contains, by its text or by where its links lead, the user's home
-    /// or the home of an instance: such a folder is not shared.
+    /// place, or one that is or contains, by its text or by where its links lead, the user's home,
+    /// or that is, contains or lies in the home of an instance: such a folder is not shared.
     std::optional<Path> find(std::string_view name);
 
     /// Every place that the user has set for one of these folders, whether it would be shared or
@@ -28,20 +27,17 @@ public:
     static std::vector<Path> allSet(const UserPlaces& user);
 
 private:
-    /// Homes of the known instances, by their paths and by where links lead from there. What
-    /// contains one is or contains a parent, and those are few: most homes lie side by side.
-    struct OtherHomes {
-        std::set<Path> homes;
-        std::set<Path> parents;
-    };
-
-    bool isShareable(const Path& place);
-    const OtherHomes& otherHomes();
+    bool isShareable(std::string_view name, const Path& place);
+    /// Whether the place is the one that it would be without a setting. That needs no look at
+    /// other instances: a home of one is never there but by the user's own choice.
+    bool isUsual(std::string_view name, const Path& place) const;
+    /// Where homes of instances are, by name and by where links lead.
+    const std::vector<Path>& homes();
 
     UserPlaces user_;
     Path instanceHome_;
     UserFolderSettings settings_;
-    std::optional<OtherHomes> otherHomes_;
+    std::optional<std::vector<Path>> homes_;
 };
 
 } // namespace ambrel

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Manager/Files/NewFolders.h"
+#include "Ambrel/Home/NewFolders.h"
 
 namespace korvane {
 
@@ -25,7 +25,7 @@ public:
     void remove();
 
 private:
-    NewFolders above_;
+    ambrel::NewFolders above_;
     ambrel::Path path_;
 };
 

@@ -150,7 +150,7 @@ int editInstance(const EditOptions& options, const Surroundings& surroundings) {
     const auto record = requireInstance(options.name, surroundings.user);
     const auto config = edited(record, options, surroundings.user);
     requireUsableHome(record, config, surroundings.user);
-    NewFolders folders;
+    ambrel::NewFolders folders;
     makeHome(config, surroundings.user, folders);
     writeWithInfoPlist(record, config, surroundings.user);
     folders.keep();

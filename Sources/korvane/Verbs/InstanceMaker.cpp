@@ -210,7 +210,7 @@ Made build(const PreparedRequest& prepared, const Path& place, bool replaces,
     if (!record) throw Refusal("The new instance cannot be read back.");
     const auto home = usableHome(record->config, surroundings.user);
     const bool homeExisted = home && ambrel::fileSystem::exists(*home);
-    NewFolders folders;
+    ambrel::NewFolders folders;
     makeHome(record->config, surroundings.user, folders);
     if (replaces) {
         staging.exchange(built, place);

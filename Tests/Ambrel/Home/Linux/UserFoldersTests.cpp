@@ -210,6 +210,49 @@ TEST_CASE("a folder that is or contains a known instance's home shares nothing")
     CHECK(desktop.documents("\"$HOME/Instances/Another\"") == desktop.user / "Instances/Another");
 }
 
+TEST_CASE("a folder that lies in an instance's home shares nothing") {
+    const Desktop desktop;
+    auto other = smallestConfig();
+    other.instanceHome = makeFolder(desktop.tmp / "far/Other");
+    writeWrapper(desktop.user / "Applications/Other.app", other);
+    makeLink(desktop.user / "Alias", desktop.tmp / "far/Other");
+    makeFolder(desktop.tmp / "far/Other/Documents");
+    makeFolder(desktop.user / "KorvaneInstances/Any");
+    for (const auto& place :
+         {desktop.instance + "/Documents", desktop.tmp / "far/Other/Documents",
+          desktop.user / "Alias/Documents", desktop.user / "KorvaneInstances/Any/Documents",
+          desktop.user / "KorvaneInstances"}) {
+        CAPTURE(place);
+        CHECK_FALSE(desktop.documents("\"" + place + "\"").has_value());
+    }
+    CHECK(desktop.documents("\"" + (desktop.tmp / "far/Otherwise") + "\"") ==
+          desktop.tmp / "far/Otherwise");
+}
+
+TEST_CASE("a home that is gone is no obstacle") {
+    const Desktop desktop;
+    auto other = smallestConfig();
+    other.instanceHome = desktop.tmp / "far/Other";
+    writeWrapper(desktop.user / "Applications/Other.app", other);
+
+    CHECK(desktop.documents("\"" + (desktop.tmp / "far") + "\"") == desktop.tmp / "far");
+    makeFolder(desktop.tmp / "far/Other");
+    CHECK_FALSE(desktop.documents("\"" + (desktop.tmp / "far") + "\"").has_value());
+}
+
+TEST_CASE("a setting that names the usual folder needs no look at other instances") {
+    const Desktop desktop;
+    const auto list = desktop.user / ".local/share/korvane/homes";
+    desktop.set("XDG_DOCUMENTS_DIR=\"$HOME/Documents\"\n");
+    makeFolder(desktop.user / "Documents");
+    CHECK(desktop.find("Documents") == desktop.user / "Documents");
+    CHECK_FALSE(isThere(list));
+
+    desktop.set("XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n");
+    CHECK(desktop.find("Documents") == desktop.user / "Dokumente");
+    CHECK(isThere(list));
+}
+
 TEST_CASE("instances that cannot be read or have no absolute home are no obstacle") {
     const Desktop desktop;
     writeWrapper(desktop.user / "Applications/Broken.app", "{");

@@ -1,11 +1,8 @@
-#include "Manager/Files/NewFolders.h"
+#include "Ambrel/Home/NewFolders.h"
 
 #include "Ambrel/Platform/FileSystem.h"
 
-namespace korvane {
-
-using ambrel::Path;
-namespace fileSystem = ambrel::fileSystem;
+namespace ambrel {
 
 NewFolders::~NewFolders() {
     for (auto folder = made_.rbegin(); folder != made_.rend(); ++folder) {
@@ -20,7 +17,7 @@ NewFolders::~NewFolders() {
 
 void NewFolders::make(const Path& folder) {
     if (fileSystem::isFolder(folder)) return;
-    const Path above{ambrel::paths::deletingLastComponent(folder)};
+    const Path above{paths::deletingLastComponent(folder)};
     if (!above.empty() && above != folder) make(above);
     if (fileSystem::isFolder(folder)) return; // ".." behind a folder that was missing
     fileSystem::createFolders(folder);
@@ -29,11 +26,11 @@ void NewFolders::make(const Path& folder) {
 
 void NewFolders::makePrivate(const Path& folder) {
     if (fileSystem::isFolder(folder)) return;
-    make(Path(ambrel::paths::deletingLastComponent(folder)));
+    make(Path(paths::deletingLastComponent(folder)));
     if (fileSystem::isFolder(folder)) return;
     constexpr unsigned ownerOnly = 0700;
     fileSystem::createFolder(folder, ownerOnly);
     made_.push_back(folder);
 }
 
-} // namespace korvane
+} // namespace ambrel

@@ -1,8 +1,10 @@
-#include "Manager/Files/NewFolders.h"
+#include "Ambrel/Home/NewFolders.h"
 
 #include "Ambrel/Platform/FileSystem.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
+
+using ambrel::NewFolders;
 
 namespace korvane::test {
 

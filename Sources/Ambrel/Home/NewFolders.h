@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace korvane {
+namespace ambrel {
 
 /// Folders made for something that may still fail. Unless keep() is called, those that are empty
 /// at the end are removed again.
@@ -16,14 +16,14 @@ public:
     ~NewFolders();
 
     /// Makes `folder` and the missing ones above it by the usual rights. Throws FileError.
-    void make(const ambrel::Path& folder);
+    void make(const Path& folder);
     /// Makes `folder` for this user alone; the missing ones above it by the usual rights. A folder
     /// that exists keeps its rights.
-    void makePrivate(const ambrel::Path& folder);
+    void makePrivate(const Path& folder);
     void keep() noexcept { made_.clear(); }
 
 private:
-    std::vector<ambrel::Path> made_;
+    std::vector<Path> made_;
 };
 
-} // namespace korvane
+} // namespace ambrel

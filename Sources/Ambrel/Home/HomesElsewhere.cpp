@@ -1,0 +1,109 @@
+#include "Ambrel/Home/HomesElsewhere.h"
+
+#include "Ambrel/Home/FolderRelation.h"
+#include "Ambrel/Home/NewFolders.h"
+#include "Ambrel/Instance/BundleScan.h"
+#include "Ambrel/Platform/FileSystem.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <optional>
+
+namespace ambrel::homesElsewhere {
+
+namespace {
+
+Path folderOf(const UserPlaces& user) { return paths::join(user.data, "korvane"); }
+Path fileOf(const UserPlaces& user) { return paths::join(folderOf(user), "homes"); }
+
+/// The list, absent when there is none. Each entry ends in a NUL byte, which is in no path.
+std::optional<std::string> readList(const UserPlaces& user) {
+    if (user.data.empty()) return std::nullopt;
+    try {
+        return fileSystem::read(fileOf(user));
+    } catch (const FileError&) {
+        return std::nullopt;
+    }
+}
+
+/// Without the list every start looks for itself, which is slower and no less right.
+void tryWriteList(const std::string& list, const UserPlaces& user) noexcept {
+    // An account without a home does not get one from here.
+    if (user.data.empty() || !fileSystem::isFolder(user.home)) return;
+    try {
+        NewFolders folders;
+        folders.makePrivate(folderOf(user));
+        fileSystem::replace(fileOf(user), list);
+        folders.keep();
+    } catch (const std::exception&) {
+    }
+}
+
+bool isListed(const std::string& list, const Path& home) {
+    const auto entry = home + '\0';
+    const auto at = list.find('\0' + entry);
+    return list.starts_with(entry) || at != std::string::npos;
+}
+
+void append(std::string& list, const Path& home) {
+    if (!isListed(list, home)) list += home + '\0';
+}
+
+/// A link in the usual folder leads elsewhere too.
+bool isElsewhere(const Path& home, const UserPlaces& user) {
+    if (!home.starts_with('/')) return false;
+    const auto usual = paths::join(user.home, usualFolder);
+    return paths::deletingLastComponent(home) != usual ||
+           fileSystem::kindOf(home) == fileSystem::ItemKind::symbolicLink;
+}
+
+/// Adds the home by its name and by where that leads. The user's own home is no instance's alone:
+/// everything that is shared lies in it.
+void appendHome(std::string& list, const Path& home, const UserPlaces& user) {
+    if (folders::isOrLiesIn(user.home, home)) return;
+    append(list, home);
+    append(list, folders::canonical(home));
+}
+
+std::string listByLooking(const UserPlaces& user) {
+    std::string list;
+    for (const auto& bundle : bundlesIn(defaultInstanceFolders(user))) {
+        const auto config = configIn(bundle);
+        if (!config) continue;
+        const Path home{paths::withoutTrailingSlashes(config->resolvedHome(user))};
+        if (isElsewhere(home, user)) appendHome(list, home, user);
+    }
+    return list;
+}
+
+} // namespace
+
+void add(const Path& given, const UserPlaces& user) noexcept {
+    try {
+        const Path home{paths::withoutTrailingSlashes(given)};
+        if (!isElsewhere(home, user)) return;
+        auto list = readList(user);
+        if (!list || isListed(*list, home)) return;
+        appendHome(*list, home, user);
+        tryWriteList(*list, user);
+    } catch (const std::exception&) {
+        // What cannot be told now is told at the next start.
+    }
+}
+
+std::vector<Path> all(const UserPlaces& user) {
+    auto list = readList(user);
+    if (!list) {
+        list = listByLooking(user);
+        tryWriteList(*list, user);
+    }
+    std::vector<Path> homes;
+    for (std::string_view rest = *list; !rest.empty();) {
+        const auto home = rest.substr(0, rest.find('\0'));
+        rest.remove_prefix(std::min(home.size() + 1, rest.size()));
+        if (home.starts_with('/')) homes.emplace_back(home);
+    }
+    return homes;
+}
+
+} // namespace ambrel::homesElsewhere
