@@ -1,5 +1,7 @@
+#include "Ambrel/Home/HomePreparation.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Launch/LaunchCheck.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/MainBundle.h"
 #include "korvane-runner/Hosts.h"
@@ -21,6 +23,13 @@ int fail(const std::string& message) {
     return failureStatus;
 }
 
+/// A home that has gone is made again as it was when the instance was made, whoever starts it.
+/// Where the start is going to be refused that is left to the launch, which knows what remains.
+void prepareHome(const ResolvedInstance& instance, const UserPlaces& user) noexcept {
+    const bool isRefused = fileSystem::isMissing(instance.home) && findLaunchObstacle(instance);
+    if (!isRefused) HomePreparation::ensure(instance, user);
+}
+
 /// Runs the instance to its end and returns its status.
 int host(const InstanceConfig& config, const SignalHold& signals) {
     switch (hostFor(config)) {
@@ -31,6 +40,7 @@ int host(const InstanceConfig& config, const SignalHold& signals) {
     }
     const auto user = UserPlaces::ofThisProcess();
     const auto instance = ResolvedInstance::of(config, user);
+    prepareHome(instance, user);
     auto program = InstanceLauncher::launch(instance, user, processEnvironment());
     return WaitingHost::run(program, signals);
 }

@@ -1,12 +1,11 @@
 #include "korvane/Verbs/StartVerbs.h"
 
-#include "Ambrel/Application/AppBundle.h"
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Launch/LaunchCheck.h"
 #include "Ambrel/Launch/SignalRelay.h"
 #include "Ambrel/Platform/DetachedProcess.h"
-#include "Ambrel/Platform/FileSystem.h"
 #include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Rules/InstanceHome.h"
@@ -17,64 +16,59 @@
 namespace korvane {
 
 using ambrel::ChildProcess;
-using ambrel::InstanceConfig;
 using ambrel::InstanceRecord;
+using ambrel::LaunchError;
+using ambrel::LaunchObstacle;
 using ambrel::Path;
 using ambrel::ShortcutKind;
 
 namespace {
 
-ambrel::Path requireRunner(const InstanceRecord& record) {
-    const auto runner = ambrel::BundleLayout{record.bundleURL}.runner();
-    if (ambrel::fileSystem::isExecutableFile(runner)) return runner;
-    throw Refusal("The instance " + inQuotes(record.config.displayName) +
-                  " is damaged: there is no runner at " + ambrel::utf8::oneLine(runner) +
-                  ". Make it anew with: korvane create … --replace");
+std::string sentenceOn(const LaunchObstacle& obstacle, const std::string& name) {
+    using Kind = LaunchObstacle::Kind;
+    const auto place = ambrel::utf8::oneLine(obstacle.subject);
+    switch (obstacle.kind) {
+    case Kind::noRunner:
+        return "The instance " + inQuotes(name) + " is damaged: there is no runner at " + place +
+               ". Make it anew with: korvane create … --replace";
+    case Kind::webSite:
+        return "The runner cannot host web sites yet: this instance cannot be opened.";
+    case Kind::documentMissing:
+        return "The document is not there: " + place;
+    case Kind::commandNotRunnable:
+        return "The command cannot be run: " + place;
+    case Kind::folderMissing:
+        return "The working directory is not there: " + place;
+    case Kind::programNotRunnable:
+        return "The application's program cannot be run: " + place;
+    // The rest in the runner's own words.
+    case Kind::noDocument:
+        return LaunchError::unsupported("file shortcut has no target path").description();
+    case Kind::noCommand:
+        return LaunchError::unsupported("command shortcut has no executable").description();
+    case Kind::badBundle:
+        return LaunchError::badBundle(obstacle.subject).description();
+    case Kind::unsupported:
+        return LaunchError::unsupported(obstacle.subject).description();
+    }
+    return {};
 }
 
-void requireThere(const std::optional<Path>& path, const std::string& what) {
-    const auto place = path.value_or("");
-    const bool isAddress = place.find("://") != Path::npos;
-    if (place.empty() || isAddress || ambrel::fileSystem::exists(place)) return;
-    throw Refusal(what + " is not there: " + ambrel::utf8::oneLine(place));
+void requireNone(const std::optional<LaunchObstacle>& obstacle, const InstanceRecord& record) {
+    if (obstacle) throw Refusal(sentenceOn(*obstacle, record.config.displayName));
 }
 
-void requireRunnable(const Path& program, const std::string& what) {
-    if (ambrel::fileSystem::isExecutableFile(program)) return;
-    throw Refusal(what + " cannot be run: " + ambrel::utf8::oneLine(program));
-}
-
-/// What a detached start would fail at unseen.
-void requireLaunchable(const InstanceConfig& config, const ambrel::UserPlaces& user) {
-    using ambrel::LaunchError;
-    const auto instance = ambrel::ResolvedInstance::of(config, user);
-    if (config.kind == ShortcutKind::web) {
-        throw Refusal("The runner cannot host web sites yet: this instance cannot be opened.");
-    }
-    if (config.kind == ShortcutKind::file && config.openPath.value_or("").empty()) {
-        throw LaunchError::unsupported("file shortcut has no target path");
-    }
-    if (config.kind == ShortcutKind::command && config.commandPath.value_or("").empty()) {
-        throw LaunchError::unsupported("command shortcut has no executable");
-    }
-    if (config.kind == ShortcutKind::file) requireThere(instance.openPath, "The document");
-    if (config.kind == ShortcutKind::command) {
-        requireRunnable(*instance.commandPath, "The command");
-        requireThere(instance.workingDirectory, "The working directory");
-    }
-    if (config.kind != ShortcutKind::app) return;
-    const auto target = ambrel::AppBundle::read(config.targetAppURL());
-    if (!target) throw LaunchError::badBundle(config.targetAppPath);
-    if (config.strategy == ambrel::Strategy::unsupported) {
-        throw LaunchError::unsupported(target->bundleId);
-    }
-    requireRunnable(target->executableURL(), "The application's program");
+Path requireRunner(const InstanceRecord& record) {
+    requireNone(ambrel::findRunnerObstacle(record.bundleURL), record);
+    return ambrel::BundleLayout{record.bundleURL}.runner();
 }
 
 int open(const std::string& name, const Surroundings& surroundings) {
     const auto record = requireInstance(name, surroundings.user);
     const auto runner = requireRunner(record);
-    requireLaunchable(record.config, surroundings.user);
+    // What a detached start would fail at unseen.
+    const auto instance = ambrel::ResolvedInstance::of(record.config, surroundings.user);
+    requireNone(ambrel::findLaunchObstacle(instance), record);
     ensureHome(record.config, surroundings.user);
     // Nobody watches the runner's own messages: they go where the instance's are looked for.
     const auto home = usableHome(record.config, surroundings.user);
