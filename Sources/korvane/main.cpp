@@ -1,6 +1,7 @@
 #include "Ambrel/Base/Utf8.h"
-#include "Manager/Base/ManagerError.h"
 #include "korvane/CommandLine/CommandLine.h"
+#include "korvane/CommandLine/UsageError.h"
+#include "korvane/Output/Remedies.h"
 #include "korvane/Verbs/AllVerbs.h"
 
 #include <iostream>
@@ -37,6 +38,13 @@ int report(const korvane::Surroundings& surroundings, const std::string& text, i
     return status;
 }
 
+/// Paths and colors that are none are words of the command line that are wrong.
+int statusOf(const korvane::Refusal& refusal) {
+    using Kind = korvane::Refusal::Kind;
+    const bool isUsage = refusal.kind == Kind::badPath || refusal.kind == Kind::badColor;
+    return isUsage ? wrongUsage : failed;
+}
+
 int runChecked(const std::vector<std::string>& words, const korvane::Surroundings& surroundings) {
     try {
         const int status = korvane::CommandLine(korvane::allVerbs()).run(words, surroundings);
@@ -45,7 +53,7 @@ int runChecked(const std::vector<std::string>& words, const korvane::Surrounding
     } catch (const korvane::UsageError& error) {
         return report(surroundings, error.what(), wrongUsage);
     } catch (const korvane::Refusal& error) {
-        return report(surroundings, error.what(), failed);
+        return report(surroundings, korvane::wholeText(error), statusOf(error));
     } catch (const std::exception& error) {
         return report(surroundings, ambrel::utf8::oneLine(error.what()), failed);
     }

@@ -26,7 +26,7 @@ std::vector<documents::VerbDescription> described(const std::vector<Verb>& verbs
     std::istringstream input;
     std::ostringstream output;
     const Surroundings surroundings{
-        .input = input, .results = output, .messages = output, .environment = {}};
+        .input = input, .results = output, .messages = output, .environment = {}, .user = {}};
     return documents::describe(verbs, surroundings);
 }
 

@@ -2,6 +2,7 @@
 
 #include "Ambrel/Instance/InstanceRegistry.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
+#include "Manager/Base/Remedy.h"
 
 #include <optional>
 #include <string>
@@ -15,6 +16,11 @@
 /// A bundle's entry says whose it is, and no other is ever changed or removed. An instance that is
 /// named by a link counts as the bundle that the link leads to.
 namespace korvane::registration {
+
+/// Whether this system has entries of its own for instances; not macOS, where the desktop knows
+/// every application by its bundle. Where it has not, instances have no desktop id and no entry,
+/// and requireFree() lets everything pass; nobody calls add().
+bool isOffered() noexcept;
 
 /// An entry that stands for the bundle at `bundle`.
 struct Entry {
@@ -32,16 +38,18 @@ std::optional<Entry> findEntry(const ambrel::InstanceRecord& record,
 std::vector<Entry> findFormer(const ambrel::InstanceRecord& record,
                               const ambrel::UserPlaces& user) noexcept;
 
-/// Throws Refusal, which ends in `wayOut`, where an instance with this identifier at `bundle` could
-/// not be registered or would hide something: an entry of its name that is not its own lies in one
-/// of the folders for entries, or a file lies in the place of its icons or script. Writes nothing.
+/// Throws Refusal entryTaken, with this remedy, where an instance with this identifier at `bundle`
+/// could not be registered or would hide something: an entry of its name that is not its own lies
+/// in one of the folders for entries, or a file lies in the place of its icons or script. Writes
+/// nothing.
 void requireFree(const std::string& bundleId, const ambrel::Path& bundle,
                  const ambrel::UserPlaces& user, const ambrel::Environment& environment,
-                 const std::string& wayOut);
+                 Remedy remedy);
 
 /// Makes the entry with all that belongs to it, or brings it up to date. Each file is written in
 /// one step, and only where it changes. Throws Refusal, with nothing written, where the place is
-/// not free or the instance cannot be described in an entry, and FileError, with a part written
+/// not free (entryTaken), the user has no home (homeIsMissing) or the instance cannot be described
+/// in an entry (notDescribable), and FileError, with a part written
 /// perhaps; done again it continues.
 Entry add(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 

@@ -5,7 +5,7 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/LibraryError.h"
 #include "Ambrel/Platform/Text.h"
-#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/Refusal.h"
 
 #include <array>
 #include <fstream>
@@ -29,7 +29,8 @@ void convertToIconFile(const Path& picture, const Path& destination) {
         const IconLabel none{"", "", IconLabel::Position::bottom};
         IconComposer::compose(picture, none, destination);
     } catch (const IconComposer::ComposeError& error) {
-        throw Refusal(ambrel::utf8::oneLine(error.description()));
+        throw Refusal(Refusal::Kind::unusableIcon, picture,
+                      ambrel::utf8::oneLine(error.description()));
     }
 }
 

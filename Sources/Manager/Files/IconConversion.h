@@ -11,7 +11,7 @@ namespace korvane {
 bool isIconFile(const ambrel::Path& file);
 
 /// Writes an icon file with the image of `picture`, any image file, to `destination`. Throws
-/// Refusal when it is no image that can be read, FileError and LibraryError.
+/// Refusal unusableIcon when it is no image that can be read, FileError and LibraryError.
 void convertToIconFile(const ambrel::Path& picture, const ambrel::Path& destination);
 
 /// The same, saying whether it was done: for a program that is worth having without its icon.

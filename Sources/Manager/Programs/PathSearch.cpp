@@ -1,6 +1,8 @@
 #include "Manager/Programs/PathSearch.h"
 
 #include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
 
 #include <sstream>
 
@@ -22,6 +24,12 @@ std::optional<Path> findProgram(const std::string& program,
         if (ambrel::fileSystem::isExecutableFile(file)) return file;
     }
     return std::nullopt;
+}
+
+Path requireProgram(const std::string& program, const ambrel::Environment& environment) {
+    if (auto found = findProgram(program, environment)) return std::move(*found);
+    throw Refusal(Refusal::Kind::unknownProgram, program,
+                  "No program called " + inQuotes(program) + " is in the folders of PATH.");
 }
 
 } // namespace korvane

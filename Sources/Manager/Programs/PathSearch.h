@@ -12,4 +12,7 @@ namespace korvane {
 std::optional<ambrel::Path> findProgram(const std::string& program,
                                         const ambrel::Environment& environment);
 
+/// The same. Throws Refusal unknownProgram when there is none.
+ambrel::Path requireProgram(const std::string& program, const ambrel::Environment& environment);
+
 } // namespace korvane

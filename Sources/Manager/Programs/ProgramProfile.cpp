@@ -4,8 +4,8 @@
 #include "Ambrel/Formats/Json.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/MainBundle.h"
-#include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
 
 #include <algorithm>
 
@@ -58,8 +58,9 @@ bool isStartable(const ProgramProfile& profile) {
 
 ProgramProfile read(const Path& file, const std::string& bundleId) {
     const auto refused = [&](const std::string& reason) {
-        return Refusal("The profile " + ambrel::utf8::oneLine(file) + " cannot be used. " + reason +
-                       " Mend it, or go without it with --no-profile.");
+        return Refusal(Refusal::Kind::unusableProfile, file,
+                       "The profile " + ambrel::utf8::oneLine(file) + " cannot be used. " + reason,
+                       Remedy::goWithoutProfile);
     };
     try {
         auto profile = ProgramProfile::decode(fileSystem::read(file));

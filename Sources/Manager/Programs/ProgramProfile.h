@@ -40,8 +40,8 @@ struct ProgramProfile {
 
 /// The profile of the application `bundleId`: BUNDLEID.json in the user's own folder
 /// (korvane/profiles in the user's configuration folder), else the one installed with the manager.
-/// Absent when there is none. Throws Refusal for one that cannot be read or describes another
-/// application.
+/// Absent when there is none. Throws Refusal unusableProfile for one that cannot be read or
+/// describes another application.
 std::optional<ProgramProfile> findProfile(const std::string& bundleId,
                                           const ambrel::UserPlaces& user);
 

@@ -5,8 +5,8 @@
 #include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/PropertyList.h"
 #include "Ambrel/Wrapper/WrapperFactory.h"
-#include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
 #include "Manager/Programs/ProgramTraits.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 
@@ -162,10 +162,11 @@ void setProcessName(ambrel::InstanceConfig& config, const std::optional<std::str
     if (isByArgument && name) overrides.emplace(windowClassKey, id);
 }
 
-void requireProcessName(const std::string& name, const std::string& option) {
+void requireProcessName(const std::string& name, const std::string& what) {
     if (ambrel::InstanceLauncher::isUsableProcessName(name)) return;
-    throw Refusal(option + " wants a name without \"/\" and control characters, not " +
-                  inQuotes(name) + ".");
+    throw Refusal(Refusal::Kind::badProcessName, name,
+                  what + " wants a name without \"/\" and control characters, not " +
+                      inQuotes(name) + ".");
 }
 
 } // namespace korvane

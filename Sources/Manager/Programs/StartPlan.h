@@ -25,7 +25,7 @@ struct StartPlan {
 };
 
 /// Looks the profile of `app` up and puts the plan together for an instance that the desktop knows
-/// as `desktopId`. Throws Refusal for a profile that cannot be used.
+/// as `desktopId`. Throws Refusal unusableProfile.
 StartPlan planStart(const ambrel::AppBundle& app, const std::string& desktopId, UseProfile use,
                     const ambrel::UserPlaces& user, const ambrel::Environment& environment);
 
@@ -39,7 +39,8 @@ std::string profileSentence(const StartPlan& plan);
 /// windows by the old one follows; where that is an argument, the windows' name is kept instead.
 void setProcessName(ambrel::InstanceConfig& config, const std::optional<std::string>& name);
 
-/// Throws Refusal for a text that a started program cannot be called, naming `option`.
-void requireProcessName(const std::string& name, const std::string& option);
+/// Throws Refusal badProcessName for a text that a started program cannot be called. `what` is what
+/// a person calls it ("the process name").
+void requireProcessName(const std::string& name, const std::string& what);
 
 } // namespace korvane

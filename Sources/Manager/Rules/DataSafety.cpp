@@ -5,8 +5,8 @@
 #include "Ambrel/Home/UserFolders.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/SessionLinks.h"
-#include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
 #include "Manager/Rules/InstanceLookup.h"
 
 #include <array>
@@ -38,8 +38,9 @@ std::vector<Path> ownPlaces(const ambrel::UserPlaces& user) {
 void requireApartFromUser(const Path& home, const ambrel::UserPlaces& user) {
     for (const auto& place : ownPlaces(user)) {
         if (!folders::isOrLiesIn(place, home)) continue;
-        throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(home) +
-                      " is or contains your own folder " + ambrel::utf8::oneLine(place) + ".");
+        throw Refusal(Refusal::Kind::homeIsUsers, home,
+                      "The data is not deleted: " + ambrel::utf8::oneLine(home) +
+                          " is or contains your own folder " + ambrel::utf8::oneLine(place) + ".");
     }
 }
 
@@ -48,9 +49,11 @@ void requireApartFrom(const InstanceRecord& other, const Path& home,
     const auto theirs = usableHome(other.config, user);
     if (!theirs) return;
     if (!folders::isOrLiesIn(*theirs, home) && !folders::isOrLiesIn(home, *theirs)) return;
-    throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(home) +
-                  " shares files with the home of the instance " +
-                  inQuotes(other.config.displayName) + ", " + ambrel::utf8::oneLine(*theirs) + ".");
+    throw Refusal(Refusal::Kind::homeIsShared, home,
+                  "The data is not deleted: " + ambrel::utf8::oneLine(home) +
+                      " shares files with the home of the instance " +
+                      inQuotes(other.config.displayName) + ", " + ambrel::utf8::oneLine(*theirs) +
+                      ".");
 }
 
 } // namespace
@@ -61,13 +64,15 @@ void requireDeletableData(const InstanceRecord& record,
     if (record.config.instanceHome.empty()) return;
     const auto home = usableHome(record.config, user);
     if (!home) {
-        throw Refusal("The data is not deleted: its home " + inQuotes(record.config.instanceHome) +
-                      " is not an absolute path.");
+        throw Refusal(Refusal::Kind::homeIsMissing, record.config.instanceHome,
+                      "The data is not deleted: its home " + inQuotes(record.config.instanceHome) +
+                          " is not an absolute path.");
     }
     if (ambrel::fileSystem::kindOf(Path(ambrel::paths::withoutTrailingSlashes(record.bundleURL))) ==
         ambrel::fileSystem::ItemKind::symbolicLink) {
-        throw Refusal("The data is not deleted: " + ambrel::utf8::oneLine(record.bundleURL) +
-                      " is only a link to the instance.");
+        throw Refusal(Refusal::Kind::bundleIsLink, record.bundleURL,
+                      "The data is not deleted: " + ambrel::utf8::oneLine(record.bundleURL) +
+                          " is only a link to the instance.");
     }
     requireApartFromUser(*home, user);
     for (const auto& other : instances) {
@@ -77,8 +82,9 @@ void requireDeletableData(const InstanceRecord& record,
     }
     if (ambrel::fileSystem::kindOf(Path(ambrel::paths::withoutTrailingSlashes(*home))) ==
         ambrel::fileSystem::ItemKind::symbolicLink) {
-        throw Refusal("The data is not deleted: its home " + ambrel::utf8::oneLine(*home) +
-                      " is a link to another folder.");
+        throw Refusal(Refusal::Kind::homeIsLink, *home,
+                      "The data is not deleted: its home " + ambrel::utf8::oneLine(*home) +
+                          " is a link to another folder.");
     }
 }
 

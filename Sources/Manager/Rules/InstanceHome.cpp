@@ -23,21 +23,32 @@ void makeHome(const InstanceConfig& config, const UserPlaces& user, ambrel::NewF
     HomePreparation::make(ResolvedInstance::of(config, user), folders);
 }
 
-std::vector<std::string> furnishHome(const InstanceConfig& config, const UserPlaces& user) {
-    return HomePreparation::furnish(ResolvedInstance::of(config, user), user);
+std::vector<Notice> furnishHome(const InstanceConfig& config, const UserPlaces& user) {
+    const auto instance = ResolvedInstance::of(config, user);
+    std::vector<Notice> notices;
+    for (const auto& failure : HomePreparation::furnish(instance, user)) {
+        notices.push_back({.kind = Notice::Kind::homeNotFurnished,
+                           .subject = instance.home,
+                           .sentence = failure + "."});
+    }
+    return notices;
 }
 
 void ensureHome(const InstanceConfig& config, const UserPlaces& user) noexcept {
     HomePreparation::ensure(ResolvedInstance::of(config, user), user);
 }
 
-std::optional<std::string> homeObstacle(const Path& home) {
+std::optional<Notice> homeObstacle(const Path& home) {
     constexpr std::size_t longestBelow = 37; // what programs call the folders and the socket
     const std::size_t longestHome = ambrel::longestSocketPath() - longestBelow;
     if (home.size() <= longestHome) return std::nullopt;
-    return "Its home has " + std::to_string(home.size()) +
-           " bytes in its path: programs that keep sockets in it may fail beyond " +
-           std::to_string(longestHome) + ". Choose a shorter one with --home.";
+    return Notice{.kind = Notice::Kind::homeIsLong,
+                  .subject = home,
+                  .sentence = "Its home has " + std::to_string(home.size()) +
+                              " bytes in its path: programs that keep sockets in it may fail "
+                              "beyond " +
+                              std::to_string(longestHome) + ".",
+                  .remedy = Remedy::chooseHome};
 }
 
 } // namespace korvane

@@ -2,7 +2,9 @@
 
 #include "Ambrel/Home/NewFolders.h"
 #include "Ambrel/Instance/InstanceConfig.h"
+#include "Manager/Base/Notice.h"
 
+#include <optional>
 #include <vector>
 
 namespace korvane {
@@ -11,14 +13,15 @@ namespace korvane {
 bool isPrivateHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user);
 void makeHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user,
               ambrel::NewFolders& folders);
-std::vector<std::string> furnishHome(const ambrel::InstanceConfig& config,
-                                     const ambrel::UserPlaces& user);
+/// Tells what could not be made by a notice homeNotFurnished for each thing.
+std::vector<Notice> furnishHome(const ambrel::InstanceConfig& config,
+                                const ambrel::UserPlaces& user);
 void ensureHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user) noexcept;
 std::vector<ambrel::Path> dataFolders(const ambrel::InstanceConfig& config,
                                       const ambrel::UserPlaces& user);
 
-/// A sentence on what speaks against the home as a place for data: programs keep sockets in it,
+/// What speaks against the home as a place for data (homeIsLong): programs keep sockets in it,
 /// whose paths have to stay short. Absent when nothing does.
-std::optional<std::string> homeObstacle(const ambrel::Path& home);
+std::optional<Notice> homeObstacle(const ambrel::Path& home);
 
 } // namespace korvane

@@ -5,9 +5,9 @@
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
-#include "Manager/Base/ManagerError.h"
 #include "Manager/Base/NearestWord.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
 #include "Manager/Rules/UserText.h"
 
 #include <algorithm>
@@ -35,16 +35,17 @@ std::vector<InstanceRecord> instancesCalled(const std::string& name,
     for (const auto& record : InstanceRegistry(user).list())
         names.push_back(record.config.displayName);
     const auto meant = nearest(name, names);
-    throw Refusal("No instance is called " + inQuotes(name) + "." +
-                  (meant.empty() ? "" : " Did you mean " + inQuotes(meant) + "?") +
-                  " See: korvane list");
+    throw Refusal(Refusal::Kind::unknownInstance, name,
+                  "No instance is called " + inQuotes(name) + ".", Remedy::listInstances,
+                  meant.empty() ? std::vector<std::string>() : std::vector{meant});
 }
 
 [[noreturn]] void refuseSeveral(const std::string& name, const std::vector<InstanceRecord>& found) {
-    std::string text =
-        "Several instances are called " + inQuotes(name) + ". Name one of them by its path:";
-    for (const auto& record : found) text += "\n  " + ambrel::utf8::oneLine(record.bundleURL);
-    throw Refusal(text);
+    std::vector<std::string> places;
+    for (const auto& record : found) places.push_back(record.bundleURL);
+    throw Refusal(Refusal::Kind::severalInstances, name,
+                  "Several instances are called " + inQuotes(name) + ".", Remedy::nameByPath,
+                  std::move(places));
 }
 
 /// Says what is wrong with the configuration at `bundle`, if one is there.
@@ -54,8 +55,9 @@ void refuseUnreadable(const Path& bundle) {
     try {
         InstanceConfig::decode(ambrel::fileSystem::read(file));
     } catch (const ambrel::DecodingError& error) {
-        throw Refusal("The instance at " + ambrel::utf8::oneLine(bundle) +
-                      " is damaged: its configuration cannot be read. " + error.description());
+        throw Refusal(Refusal::Kind::damagedInstance, bundle,
+                      "The instance at " + ambrel::utf8::oneLine(bundle) +
+                          " is damaged: its configuration cannot be read. " + error.description());
     }
 }
 
@@ -78,7 +80,9 @@ InstanceRecord requireInstance(const std::string& name, const ambrel::UserPlaces
     if (auto record = InstanceRegistry(user).recordFor(path)) return *record;
     if (!isPath) refuseUnknown(name, user);
     refuseUnreadable(path);
-    throw Refusal("There is no instance at " + ambrel::utf8::oneLine(path) + ". See: korvane list");
+    throw Refusal(Refusal::Kind::unknownInstance, path,
+                  "There is no instance at " + ambrel::utf8::oneLine(path) + ".",
+                  Remedy::listInstances);
 }
 
 std::vector<InstanceRecord> instancesWith(const Path& folder, const ambrel::UserPlaces& user) {
@@ -104,16 +108,18 @@ std::optional<Path> usableHome(const InstanceConfig& config, const ambrel::UserP
 
 void requireOwnHome(const InstanceConfig& config, const Path& self,
                     const std::vector<InstanceRecord>& instances, const ambrel::UserPlaces& user,
-                    const std::string& wayOut) {
+                    Remedy remedy) {
     const auto home = usableHome(config, user);
     if (!home) return;
     for (const auto& other : instances) {
         const auto theirs = usableHome(other.config, user);
         if (isSameBundle(other.bundleURL, self) || !theirs) continue;
         if (!folders::areSame(*home, *theirs)) continue;
-        throw Refusal("The home " + ambrel::utf8::oneLine(*home) + " belongs to the instance " +
-                      inQuotes(other.config.displayName) + " (" +
-                      ambrel::utf8::oneLine(other.bundleURL) + "). " + wayOut);
+        throw Refusal(Refusal::Kind::homeTaken, *home,
+                      "The home " + ambrel::utf8::oneLine(*home) + " belongs to the instance " +
+                          inQuotes(other.config.displayName) + " (" +
+                          ambrel::utf8::oneLine(other.bundleURL) + ").",
+                      remedy);
     }
 }
 
@@ -123,10 +129,11 @@ void requireOwnBundleId(const InstanceConfig& config, const Path& self,
     for (const auto& other : instances) {
         if (isSameBundle(other.bundleURL, self)) continue;
         if (ambrel::text::lowercased(other.config.bundleId) != own) continue;
-        throw Refusal("The bundle identifier " + inQuotes(config.bundleId) +
-                      " belongs to the instance " + inQuotes(other.config.displayName) + " (" +
-                      ambrel::utf8::oneLine(other.bundleURL) +
-                      "). Choose another one with --bundle-id.");
+        throw Refusal(Refusal::Kind::identifierTaken, config.bundleId,
+                      "The bundle identifier " + inQuotes(config.bundleId) +
+                          " belongs to the instance " + inQuotes(other.config.displayName) + " (" +
+                          ambrel::utf8::oneLine(other.bundleURL) + ").",
+                      Remedy::chooseIdentifier);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/Instance/InstanceRegistry.h"
+#include "Manager/Base/Remedy.h"
 
 #include <optional>
 #include <string>
@@ -9,7 +10,8 @@
 namespace korvane {
 
 /// The instance that `name` means: an exact display name among those in the default folder, or
-/// the path of a bundle anywhere. Throws Refusal when there is none, or several of that name.
+/// the path of a bundle anywhere. Throws Refusal unknownInstance, severalInstances, with their
+/// bundles as alternatives, and damagedInstance.
 ambrel::InstanceRecord requireInstance(const std::string& name, const ambrel::UserPlaces& user);
 
 /// The instances in the default folder and in `folder`, each once.
@@ -25,13 +27,13 @@ std::string nameFor(const ambrel::InstanceRecord& record, const ambrel::UserPlac
 std::optional<ambrel::Path> usableHome(const ambrel::InstanceConfig& config,
                                        const ambrel::UserPlaces& user);
 
-/// Throws Refusal, naming the other and the way out, when another of `instances` than the bundle
-/// at `self` has the home of `config`.
+/// Throws Refusal homeTaken, with this remedy, when another of `instances` than the bundle at
+/// `self` has the home of `config`.
 void requireOwnHome(const ambrel::InstanceConfig& config, const ambrel::Path& self,
                     const std::vector<ambrel::InstanceRecord>& instances,
-                    const ambrel::UserPlaces& user, const std::string& wayOut);
+                    const ambrel::UserPlaces& user, Remedy remedy);
 
-/// The same for the bundle identifier, compared without regard to case.
+/// The same for the bundle identifier, compared without regard to case: identifierTaken.
 void requireOwnBundleId(const ambrel::InstanceConfig& config, const ambrel::Path& self,
                         const std::vector<ambrel::InstanceRecord>& instances);
 

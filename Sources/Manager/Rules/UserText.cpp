@@ -3,13 +3,15 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Text.h"
-#include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
 
 #include <algorithm>
 #include <sstream>
 
 namespace korvane {
+
+using Kind = Refusal::Kind;
 
 namespace {
 
@@ -42,9 +44,11 @@ std::string checkedName(std::string_view text) {
     requireUtf8(text, "the name");
     const auto name = ambrel::text::trimmingWhitespaceAndNewlines(text);
     const auto refuse = [&](const std::string& reason) {
-        throw Refusal("The name " + inQuotes(name) + " cannot be used: " + reason);
+        throw Refusal(Kind::badName, name,
+                      "The name " + inQuotes(name) + " cannot be used: " + reason);
     };
-    if (name.empty()) throw Refusal("The name is empty: an instance needs one.");
+    if (name.empty())
+        throw Refusal(Kind::badName, name, "The name is empty: an instance needs one.");
     if (name.find('/') != std::string::npos) refuse("it holds a \"/\", which separates folders.");
     if (hasControl(name)) refuse("it holds a control character.");
     if (name == "." || name == "..") refuse("it stands for a folder.");
@@ -58,13 +62,15 @@ std::string checkedName(std::string_view text) {
 
 void requireUtf8(std::string_view text, const std::string& what) {
     if (ambrel::utf8::isValid(text)) return;
-    throw Refusal("The text of " + what + " is not UTF-8: " + inQuotes(text));
+    throw Refusal(Kind::badText, std::string(text),
+                  "The text of " + what + " is not UTF-8: " + inQuotes(text));
 }
 
 namespace {
 
 void requirePath(std::string_view text) {
-    if (text.empty()) throw UsageError("A path is missing: the text given for it is empty.");
+    if (!text.empty()) return;
+    throw Refusal(Kind::badPath, "", "A path is missing: the text given for it is empty.");
 }
 
 } // namespace
@@ -87,8 +93,9 @@ std::string checkedColor(const std::string& text) {
                            return std::isxdigit(static_cast<unsigned char>(c)) != 0;
                        });
     if (!valid) {
-        throw UsageError("A color is six hexadecimal digits, as in FF8800, not " + inQuotes(text) +
-                         ".");
+        throw Refusal(Kind::badColor, text,
+                      "A color is six hexadecimal digits, as in FF8800, not " + inQuotes(text) +
+                          ".");
     }
     return text;
 }

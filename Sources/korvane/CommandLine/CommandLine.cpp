@@ -1,11 +1,11 @@
 #include "korvane/CommandLine/CommandLine.h"
 
 #include "Ambrel/Base/Utf8.h"
-#include "Manager/Base/ManagerError.h"
 #include "Manager/Base/NearestWord.h"
 #include "Manager/Base/Quoting.h"
 #include "korvane/CommandLine/HelpFormatter.h"
 #include "korvane/CommandLine/Options.h"
+#include "korvane/CommandLine/UsageError.h"
 #include "korvane/Version.h"
 
 #include <algorithm>

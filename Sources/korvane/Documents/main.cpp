@@ -15,8 +15,11 @@ namespace documents = korvane::documents;
 namespace fileSystem = ambrel::fileSystem;
 
 void writeAll(const std::vector<ambrel::Path>& files) {
-    const korvane::Surroundings surroundings{
-        .input = std::cin, .results = std::cout, .messages = std::cerr, .environment = {}};
+    const korvane::Surroundings surroundings{.input = std::cin,
+                                             .results = std::cout,
+                                             .messages = std::cerr,
+                                             .environment = {},
+                                             .user = {}};
     const documents::CompletionData data{documents::describe(korvane::allVerbs(), surroundings),
                                          korvane::edit::keys()};
     fileSystem::replace(files[1], documents::bashCompletion(data));

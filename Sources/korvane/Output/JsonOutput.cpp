@@ -16,6 +16,7 @@ nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::User
     auto object = bundle(record.bundleURL);
     object["config"] = nlohmann::json::parse(record.config.encode());
     if (const auto icon = record.iconURL()) object["iconURL"] = text(*icon);
+    if (!registration::isOffered()) return object;
     object["desktopId"] = ambrel::desktopId(record.config.bundleId);
     const auto entry = registration::findEntry(record, user);
     object["desktopEntry"] = entry ? nlohmann::json(text(entry->file)) : nlohmann::json();

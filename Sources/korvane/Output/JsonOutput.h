@@ -12,6 +12,7 @@
 namespace korvane::json {
 
 nlohmann::json bundle(const ambrel::Path& bundleURL);
+/// Without "desktopId" and "desktopEntry" on a system whose desktop has no entries of ours.
 nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 nlohmann::json app(const ambrel::AppCatalog::InstalledApp& app);
 

@@ -1,29 +1,50 @@
 #include "korvane/Verbs/AllVerbs.h"
 
+#include "Manager/Desktop/Registration.h"
+#include "Manager/Programs/Adoption.h"
 #include "korvane/Verbs/AdoptVerb.h"
-#include "korvane/Verbs/AppVerbs.h"
-#include "korvane/Verbs/CreateVerbs.h"
+#include "korvane/Verbs/AppsVerb.h"
+#include "korvane/Verbs/CreateAppVerb.h"
+#include "korvane/Verbs/CreateCommandVerb.h"
+#include "korvane/Verbs/CreateFileVerb.h"
+#include "korvane/Verbs/CreateWebVerb.h"
 #include "korvane/Verbs/DeleteVerb.h"
 #include "korvane/Verbs/EditVerb.h"
 #include "korvane/Verbs/IconLintVerb.h"
 #include "korvane/Verbs/IconVerb.h"
+#include "korvane/Verbs/InspectVerb.h"
 #include "korvane/Verbs/ListVerb.h"
 #include "korvane/Verbs/LogsVerb.h"
 #include "korvane/Verbs/MigrateVerb.h"
+#include "korvane/Verbs/OpenVerb.h"
 #include "korvane/Verbs/ProfileVerb.h"
-#include "korvane/Verbs/RegisterVerbs.h"
+#include "korvane/Verbs/RegisterVerb.h"
+#include "korvane/Verbs/RunVerb.h"
 #include "korvane/Verbs/ShowVerb.h"
-#include "korvane/Verbs/StartVerbs.h"
+#include "korvane/Verbs/UnregisterVerb.h"
 
 namespace korvane {
 
+namespace {
+
+/// Whether this system has what the verb is about.
+bool isOffered(const Verb& verb) {
+    if (verb.name == "adopt") return adoptionIsOffered();
+    const bool isOnDesktop = verb.name == "register" || verb.name == "unregister";
+    return !isOnDesktop || registration::isOffered();
+}
+
+} // namespace
+
 std::vector<Verb> allVerbs() {
-    return {
+    std::vector<Verb> verbs{
         createAppVerb(), createWebVerb(), createFileVerb(),   createCommandVerb(), adoptVerb(),
         listVerb(),      showVerb(),      openVerb(),         runVerb(),           logsVerb(),
         editVerb(),      migrateVerb(),   registerVerb(),     unregisterVerb(),    deleteVerb(),
         appsVerb(),      inspectVerb(),   profileCheckVerb(), iconVerb(),          iconLintVerb(),
     };
+    std::erase_if(verbs, [](const Verb& verb) { return !isOffered(verb); });
+    return verbs;
 }
 
 } // namespace korvane

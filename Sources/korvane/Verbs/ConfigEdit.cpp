@@ -1,11 +1,12 @@
 #include "korvane/Verbs/ConfigEdit.h"
 
 #include "Ambrel/Instance/ConfigFields.h"
-#include "Manager/Base/ManagerError.h"
 #include "Manager/Base/NearestWord.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
 #include "Manager/Programs/StartPlan.h"
 #include "Manager/Rules/UserText.h"
+#include "korvane/CommandLine/UsageError.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

@@ -4,7 +4,7 @@
 #include "Ambrel/Formats/IcnsLint.h"
 #include "Ambrel/Icon/ImageReader.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/Refusal.h"
 #include "Manager/Rules/UserText.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/JsonOutput.h"

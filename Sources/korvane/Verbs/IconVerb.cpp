@@ -4,11 +4,12 @@
 #include "Ambrel/Icon/IconComposer.h"
 #include "Ambrel/Icon/ImageReader.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/Refusal.h"
 #include "Manager/Files/ContactSheet.h"
 #include "Manager/Files/IconConversion.h"
 #include "Manager/Files/StagingFolder.h"
 #include "Manager/Rules/UserText.h"
+#include "korvane/CommandLine/EnumText.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/Messages.h"
 

@@ -4,7 +4,7 @@
 #include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/FileWatch.h"
-#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/Refusal.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/Messages.h"

@@ -1,72 +1,43 @@
 #include "korvane/Verbs/MigrateVerb.h"
 
 #include "Ambrel/Base/Utf8.h"
-#include "Ambrel/Home/FolderRelation.h"
-#include "Ambrel/Home/UserFolders.h"
-#include "Ambrel/Launch/InstanceLauncher.h"
-#include "Ambrel/Platform/FileSystem.h"
-#include "Manager/Base/ManagerError.h"
-#include "Manager/Base/Quoting.h"
+#include "Manager/Operations/Migration.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Messages.h"
 
-#include <ostream>
+#include <memory>
 
 namespace korvane {
 
-using ambrel::InstanceLauncher;
-using ambrel::InstanceRecord;
-using ambrel::Path;
-namespace folders = ambrel::folders;
-
 namespace {
 
-Path requireMigratable(const InstanceRecord& record, const Surroundings& surroundings) {
-    const auto name = inQuotes(record.config.displayName);
-    const auto home = usableHome(record.config, surroundings.user);
-    if (!home) throw Refusal("The instance " + name + " has no home folder.");
-    if (folders::areSame(*home, surroundings.user.home)) {
-        throw Refusal("The home of the instance " + name +
-                      " is your own: there is nothing to move.");
-    }
-    if (!record.config.shareUserFolders) {
-        throw Refusal("The instance " + name +
-                      " keeps folders of its own. Let it share yours with: " +
-                      commandLine("edit", {nameFor(record, surroundings.user)}) +
-                      " --set shareUserFolders=true");
-    }
-    return *home;
-}
-
-/// What the user calls a shared folder.
-std::string ownName(const std::optional<Path>& place, const std::string& name) {
-    return place ? ambrel::utf8::oneLine(ambrel::paths::lastComponent(*place)) : name;
-}
-
-void tell(const Path& home, const std::map<std::string, int>& moved,
-          const Surroundings& surroundings) {
-    ambrel::UserFolders user(surroundings.user, home);
+void tell(const Migrated& migrated, const Surroundings& surroundings) {
     std::size_t total = 0;
-    for (const auto& [folder, count] : moved) {
-        if (count == 0) continue;
-        total += static_cast<std::size_t>(count);
-        say(surroundings, "Moved " + counted(static_cast<std::size_t>(count), "item") +
-                              " to your " + ownName(user.find(folder), folder) + ".");
+    for (const auto& folder : migrated.folders) {
+        if (folder.items == 0) continue;
+        total += folder.items;
+        // What the user calls it.
+        const auto own = ambrel::utf8::oneLine(ambrel::paths::lastComponent(folder.destination));
+        say(surroundings, "Moved " + counted(folder.items, "item") + " to your " + own + ".");
     }
     if (total == 0) say(surroundings, "There was nothing to move.");
 }
 
+nlohmann::json countsOf(const Migrated& migrated) {
+    auto counts = nlohmann::json::object();
+    for (const auto& folder : migrated.folders) counts[folder.name] = folder.items;
+    return counts;
+}
+
 int migrate(const std::string& name, bool asJson, const Surroundings& surroundings) {
-    const auto home = requireMigratable(requireInstance(name, surroundings.user), surroundings);
-    // The library passes over what it cannot see; here that is a failure to be told.
-    if (!ambrel::fileSystem::isMissing(home)) ambrel::fileSystem::list(home);
-    const auto moved = InstanceLauncher::migrateSharedUserFolders(home, surroundings.user);
-    if (asJson) json::write(moved, surroundings.results);
-    tell(home, moved, surroundings);
-    if (!InstanceLauncher::needsSharedFolderMigration(home, surroundings.user)) return 0;
-    throw Refusal("Something could not be moved and stays in " + ambrel::utf8::oneLine(home) + ".");
+    const auto& user = surroundings.user;
+    const auto migrated = perform(planMigration(requireInstance(name, user), user), user);
+    if (asJson) json::write(countsOf(migrated), surroundings.results);
+    tell(migrated, surroundings);
+    if (migrated.failure) throw Refusal(*migrated.failure);
+    return 0;
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "Ambrel/Platform/FileSystem.h"
-#include "Manager/Base/ManagerError.h"
+#include "Manager/Base/Refusal.h"
 #include "Manager/Rules/UserText.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
@@ -91,7 +91,7 @@ TEST_CASE("a color is six hexadecimal digits with or without a number sign") {
     CHECK(checkedColor("#FF8800") == "#FF8800");
     for (const std::string text : {"", "#", "fff", "ff88000", "gg8800", "##f8800"}) {
         CAPTURE(text);
-        expectThrow<UsageError>([&] { checkedColor(text); });
+        CHECK(expectThrow<Refusal>([&] { checkedColor(text); }).kind == Refusal::Kind::badColor);
     }
 }
 

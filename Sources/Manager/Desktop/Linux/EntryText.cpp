@@ -2,8 +2,8 @@
 
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/Text.h"
-#include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
 
 #include <algorithm>
 
@@ -41,16 +41,21 @@ bool hasForbiddenControl(std::string_view text) {
 
 void requireUtf8Value(std::string_view text) {
     if (ambrel::utf8::isValid(text)) return;
-    throw Refusal("A desktop entry is UTF-8, and cannot hold " + inQuotes(text) + ".");
+    throw Refusal(Refusal::Kind::notDescribable, std::string(text),
+                  "A desktop entry is UTF-8, and cannot hold " + inQuotes(text) + ".");
 }
 
 /// What people see.
 std::string shown(std::string_view text, const std::string& what) {
     requireUtf8Value(text);
-    if (text.empty()) throw Refusal("A desktop entry wants " + what + ", and there is none.");
+    if (text.empty()) {
+        throw Refusal(Refusal::Kind::notDescribable, "",
+                      "A desktop entry wants " + what + ", and there is none.");
+    }
     if (hasForbiddenControl(text)) {
-        throw Refusal("A desktop entry holds no control characters: " + what + " is " +
-                      inQuotes(text) + ".");
+        throw Refusal(Refusal::Kind::notDescribable, std::string(text),
+                      "A desktop entry holds no control characters: " + what + " is " +
+                          inQuotes(text) + ".");
     }
     return escaped(text);
 }
@@ -72,8 +77,9 @@ std::string execWord(const Path& path) {
     // "=" is against the rules; "%" is not, but GLib looks for the program with the "%%" that the
     // rules want in its name, and takes the entry for one of a program that is not installed.
     if (path.find_first_of("=%") != Path::npos) {
-        throw Refusal("A desktop entry cannot start a program whose path holds \"=\" or \"%\": " +
-                      ambrel::utf8::oneLine(path));
+        throw Refusal(Refusal::Kind::notDescribable, path,
+                      "A desktop entry cannot start a program whose path holds \"=\" or \"%\": " +
+                          ambrel::utf8::oneLine(path));
     }
     if (!wantsQuotes(path)) return path;
     std::string word = "\"";

@@ -6,8 +6,8 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/LibraryError.h"
 #include "Ambrel/Platform/PropertyList.h"
-#include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/Linux/Categories.h"
 #include "Manager/Desktop/Linux/EntryFiles.h"
 #include "Manager/Desktop/Linux/EntryText.h"
@@ -58,32 +58,40 @@ std::string foreignEntry(const Places& places) {
     return "The desktop entry " + file + " belongs to the instance at " + bundle + ".";
 }
 
-void requireOwnPlace(const Places& places, const Path& bundle, const std::string& wayOut) {
+/// Where nothing can be chosen otherwise, it is to be said that nothing was done.
+std::string endOf(Remedy remedy) { return remedy == Remedy::none ? " It stays as it is." : ""; }
+
+void requireOwnPlace(const Places& places, const Path& bundle, Remedy remedy) {
     if (!fileSystem::kindOf(places.entry()) || findOwn(places, bundle)) return;
-    throw Refusal(foreignEntry(places) + wayOut);
+    throw Refusal(Refusal::Kind::entryTaken, places.entry(), foreignEntry(places) + endOf(remedy),
+                  remedy);
 }
 
 void requireNoOther(const Places& places, const ambrel::UserPlaces& user,
-                    const ambrel::Environment& environment, const std::string& wayOut) {
+                    const ambrel::Environment& environment, Remedy remedy) {
     for (const auto& file : findDesktopEntries(places.fileName(), user, environment)) {
         // The user's folder may be among the others too.
         if (fileSystem::isSameItem(file, places.entry())) continue;
-        throw Refusal("A program is called " + inQuotes(places.id) +
-                      " on the desktop already: " + ambrel::utf8::oneLine(file) + "." + wayOut);
+        throw Refusal(Refusal::Kind::entryTaken, file,
+                      "A program is called " + inQuotes(places.id) +
+                          " on the desktop already: " + ambrel::utf8::oneLine(file) + ".",
+                      remedy);
     }
 }
 
-[[noreturn]] void refuseStranger(const Path& file, const std::string& wayOut) {
-    throw Refusal("In the place of a file that belongs to the desktop entry is another one: " +
-                  ambrel::utf8::oneLine(file) + "." + wayOut);
+[[noreturn]] void refuseStranger(const Path& file, Remedy remedy) {
+    throw Refusal(Refusal::Kind::entryTaken, file,
+                  "In the place of a file that belongs to the desktop entry is another one: " +
+                      ambrel::utf8::oneLine(file) + "." + endOf(remedy),
+                  remedy);
 }
 
 /// Without an entry nothing may lie where its script and icons go.
-void requireEmptyPlaces(const Places& places, const std::string& wayOut) {
+void requireEmptyPlaces(const Places& places, Remedy remedy) {
     if (fileSystem::kindOf(places.entry())) return;
-    if (fileSystem::kindOf(places.script())) refuseStranger(places.script(), wayOut);
+    if (fileSystem::kindOf(places.script())) refuseStranger(places.script(), remedy);
     for (const auto side : themeSides) {
-        if (fileSystem::kindOf(places.icon(side))) refuseStranger(places.icon(side), wayOut);
+        if (fileSystem::kindOf(places.icon(side))) refuseStranger(places.icon(side), remedy);
     }
 }
 
@@ -153,6 +161,8 @@ EntryFiles filesFor(const InstanceConfig& config, const Path& bundle, const Plac
 
 } // namespace
 
+bool isOffered() noexcept { return true; }
+
 std::optional<Entry> findEntry(const InstanceRecord& record, const ambrel::UserPlaces& user) {
     const auto places = placesFor(record.config.bundleId, user);
     const auto existing = findOwn(places, record.bundleURL);
@@ -181,26 +191,29 @@ std::vector<Entry> findFormer(const InstanceRecord& record,
 }
 
 void requireFree(const std::string& bundleId, const Path& bundle, const ambrel::UserPlaces& user,
-                 const ambrel::Environment& environment, const std::string& wayOut) {
+                 const ambrel::Environment& environment, Remedy remedy) {
     const auto places = placesFor(bundleId, user);
     // A user without a home can have instances, but no entries.
     if (places.data.empty()) return;
-    requireOwnPlace(places, bundle, " " + wayOut);
-    requireNoOther(places, user, environment, " " + wayOut);
+    requireOwnPlace(places, bundle, remedy);
+    requireNoOther(places, user, environment, remedy);
     // With the bundle there, add() can tell what an earlier try has left.
-    if (fileSystem::isMissing(bundle)) requireEmptyPlaces(places, " " + wayOut);
+    if (fileSystem::isMissing(bundle)) requireEmptyPlaces(places, remedy);
 }
 
 Entry add(const InstanceRecord& record, const ambrel::UserPlaces& user) {
     const auto places = placesFor(record.config.bundleId, user);
-    if (places.data.empty()) throw Refusal("There is no home folder for desktop entries.");
-    requireOwnPlace(places, record.bundleURL, " It stays as it is.");
+    if (places.data.empty()) {
+        throw Refusal(Refusal::Kind::homeIsMissing, "",
+                      "There is no home folder for desktop entries.");
+    }
+    requireOwnPlace(places, record.bundleURL, Remedy::none);
     const auto existing = findOwn(places, record.bundleURL);
     // One bundle can have several paths; the entry keeps its own.
     const auto bundle = existing ? existing->bundle : bundleOf(record.bundleURL);
     const auto files = filesFor(record.config, bundle, places);
     if (const auto file = findStranger(places, files, existing)) {
-        refuseStranger(*file, " It stays as it is.");
+        refuseStranger(*file, Remedy::none);
     }
     writeFiles(places, files, existing);
     return {places.id, places.entry(), bundle};

@@ -5,10 +5,11 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/PropertyList.h"
 #include "Ambrel/Platform/Text.h"
-#include "Manager/Base/ManagerError.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
 #include "Manager/Files/IconConversion.h"
 #include "Manager/Programs/Linux/BrowserIdentifiers.h"
+#include "Manager/Programs/Linux/DesktopEntry.h"
 #include "Manager/Programs/Linux/EngineMarks.h"
 #include "Manager/Programs/Linux/EntrySearch.h"
 #include "Manager/Programs/Linux/IconSearch.h"
@@ -136,12 +137,12 @@ void completeShellCall(ProgramCall& call) {
 Path requireProgram(const std::string& program, const ambrel::UserPlaces& user,
                     const ambrel::Environment& environment) {
     if (program.find('/') == std::string::npos) {
-        if (auto found = findProgram(program, environment)) return *found;
-        throw Refusal("No program called " + inQuotes(program) + " is in the folders of PATH.");
+        return korvane::requireProgram(program, environment);
     }
     const auto path = usablePath(program, user);
     if (fileSystem::isExecutableFile(path)) return path;
-    throw Refusal(ambrel::utf8::oneLine(path) + " is no program that can be run.");
+    throw Refusal(Refusal::Kind::unknownProgram, path,
+                  ambrel::utf8::oneLine(path) + " is no program that can be run.");
 }
 
 /// Whether a profile says by which argument the program does without the bus.
@@ -176,10 +177,12 @@ Adoption fromEntry(const Path& file, const ambrel::UserPlaces& user,
     adoption.categories = entry.string("Categories").value_or("");
     adoption.icon = findIcon(entry.string("Icon").value_or(""), user, environment);
     if (entry.isTrue("DBusActivatable") && !isKeptApart(adoption.identifier, user)) {
-        adoption.warnings.push_back(
-            inQuotes(adoption.name) +
-            " can be activated over the session bus: a second copy may hand "
-            "over to a running one, and will not be kept apart then.");
+        adoption.notices.push_back(
+            {.kind = Notice::Kind::handsOverToRunningCopy,
+             .subject = adoption.name,
+             .sentence = inQuotes(adoption.name) +
+                         " can be activated over the session bus: a second copy may hand "
+                         "over to a running one, and will not be kept apart then."});
     }
     return adoption;
 }
@@ -189,15 +192,17 @@ Adoption fromEntryFile(const Path& file, const ambrel::UserPlaces& user,
     try {
         return fromEntry(file, user, environment);
     } catch (const DesktopEntryError& error) {
-        throw Refusal("The desktop entry " + ambrel::utf8::oneLine(file) +
-                      " cannot be adopted: " + error.what() + ".");
+        throw Refusal(Refusal::Kind::notAdoptable, file,
+                      "The desktop entry " + ambrel::utf8::oneLine(file) +
+                          " cannot be adopted: " + error.what() + ".");
     }
 }
 
 Adoption fromProgram(const Path& program) {
     if (isSandboxLauncher(program)) {
-        throw Refusal(ambrel::utf8::oneLine(program) + " cannot be adopted: " + sandboxReason +
-                      ".");
+        throw Refusal(Refusal::Kind::notAdoptable, program,
+                      ambrel::utf8::oneLine(program) + " cannot be adopted: " + sandboxReason +
+                          ".");
     }
     const std::string name{paths::lastComponent(program)};
     Adoption adoption;
@@ -247,9 +252,12 @@ bool isEntry(const std::string& text) { return paths::extension(text) == entryEx
 
 } // namespace
 
+bool adoptionIsOffered() noexcept { return true; }
+
 Adoption planAdoption(const std::string& text, const ambrel::UserPlaces& user,
                       const ambrel::Environment& environment) {
-    if (text.empty()) throw Refusal("The program's name is empty.");
+    if (text.empty())
+        throw Refusal(Refusal::Kind::unknownProgram, text, "The program's name is empty.");
     requireUtf8(text, "the program");
     if (text.find('/') != std::string::npos || text.starts_with('~')) {
         const auto path = usablePath(text, user);
@@ -266,7 +274,8 @@ Adoption planAdoption(const std::string& text, const ambrel::UserPlaces& user,
     if (const auto program = findProgram(text, environment)) {
         return fromProgramOrEntry(*program, user, environment);
     }
-    throw Refusal("Neither a desktop entry nor a program is called " + inQuotes(text) + ".");
+    throw Refusal(Refusal::Kind::unknownProgram, text,
+                  "Neither a desktop entry nor a program is called " + inQuotes(text) + ".");
 }
 
 std::string launcherScript(const Adoption& adoption) {

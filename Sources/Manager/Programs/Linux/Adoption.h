@@ -1,35 +1,8 @@
 #pragma once
 
-#include "Ambrel/Platform/ProcessEnvironment.h"
-#include "Manager/Programs/Linux/DesktopEntry.h"
-
-#include <optional>
-#include <string>
-#include <vector>
+#include "Manager/Programs/Adoption.h"
 
 namespace korvane {
-
-/// An installed program as the application bundle that it is to become.
-struct Adoption {
-    std::string name;       ///< the bundle's name
-    std::string identifier; ///< CFBundleIdentifier
-    ProgramCall call;       ///< what it starts, the program as an absolute path
-    ambrel::Path program;   ///< the one behind that call, which "env" may start
-    std::optional<ambrel::Path> icon;
-    std::string categories; ///< separated by ";"; empty when the entry names none
-    /// In a terminal: that program and its arguments in front of those of `call`.
-    std::optional<ProgramCall> terminal;
-    std::vector<std::string> warnings; ///< what will not work as the user may expect
-};
-
-/// Finds out what `text` means: the path or id of a desktop entry, or the path or name of a
-/// program. Throws Refusal for what is neither, and for programs that cannot be started this way.
-Adoption planAdoption(const std::string& text, const ambrel::UserPlaces& user,
-                      const ambrel::Environment& environment);
-
-/// Makes the bundle of `adoption` at `bundle`, in a folder that exists. Throws FileError,
-/// EncodingError or LibraryError, with a part of it left there.
-void writeAdoptedBundle(const Adoption& adoption, const ambrel::Path& bundle);
 
 /// The small program that starts `adoption`'s, for /bin/sh.
 std::string launcherScript(const Adoption& adoption);

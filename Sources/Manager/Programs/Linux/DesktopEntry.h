@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/Base/Path.h"
+#include "Manager/Programs/ProgramCall.h"
 
 #include <map>
 #include <optional>
@@ -14,16 +15,6 @@ namespace korvane {
 /// A file by the Desktop Entry Specification that cannot be used, with the reason.
 struct DesktopEntryError : std::runtime_error {
     using std::runtime_error::runtime_error;
-};
-
-/// How a desktop entry starts its program.
-struct ProgramCall {
-    std::string program; ///< a path, or a name to look up in PATH
-    /// The entry's own arguments before and behind the place of files that are to be opened.
-    std::vector<std::string> before;
-    std::vector<std::string> behind;
-
-    bool hasArguments() const { return !before.empty() || !behind.empty(); }
 };
 
 /// The group [Desktop Entry] of an entry. Keys of other groups, and those for a language, are left

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Manager/Base/Remedy.h"
+
+#include <string>
+
+namespace korvane {
+
+/// Something that a person should hear about a thing that was done.
+struct Notice {
+    enum class Severity { information, warning };
+
+    enum class Kind {
+        // What an instance will not do as one may expect.
+        targetIsSandboxed,     ///< subject: the application's name
+        targetRunsOnce,        ///< subject: the application's name
+        fieldIsUnused,         ///< subject: the request's field, with which the sentence begins
+        webIsNotHosted,        ///< opening the instance will fail
+        menuBarIsNotHosted,    ///< the instance runs without its item
+        strategyIsUnsupported, ///< opening the instance will fail
+        nothingAtPath,         ///< subject: a path of the configuration
+        notRunnableAtPath,     ///< subject: a path of the configuration
+        // Its icon.
+        labelWithoutIcon,
+        labelNotDrawn,
+        // Its home.
+        homeIsLong,       ///< subject: the home
+        homeIsNotPrivate, ///< subject: the home
+        homeExisted,      ///< subject: the home, which was not asked for
+        homeNotFurnished, ///< subject: the home, in which something could not be made
+        // What it was made with.
+        profileUsed,            ///< subject: the profile's file
+        profileIsBroken,        ///< subject: the profile's file
+        handsOverToRunningCopy, ///< subject: the adopted program's name
+        // What is left or missing elsewhere.
+        remainsLeft,     ///< subject: the hidden folder in which they lie
+        notRegistered,   ///< subject: how the instance is named
+        entryIsOutdated, ///< subject: how the instance is named
+        entryNotRemoved, ///< subject: the entry's file
+    };
+
+    Kind kind{};
+    Severity severity = Severity::warning;
+    std::string subject;  ///< a path or name, alone and unescaped; empty where there is none
+    std::string sentence; ///< one line in English, without the remedy; names in it are escaped
+    Remedy remedy = Remedy::none;
+
+    bool operator==(const Notice&) const = default;
+};
+
+} // namespace korvane

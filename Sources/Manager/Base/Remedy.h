@@ -1,0 +1,34 @@
+#pragma once
+
+namespace korvane {
+
+/// What a person can do about a notice or a refusal. How it is done, by an option or a button, is
+/// for the front end to say.
+enum class Remedy {
+    none,
+    // Change the request.
+    chooseName,             ///< give the instance another name, or another folder
+    chooseFolder,           ///< take what is there away, or choose another folder
+    chooseHome,             ///< give the request another home
+    chooseIdentifier,       ///< give the request another bundle identifier
+    chooseRunner,           ///< name the runner's file
+    chooseIcon,             ///< give the request an icon
+    replace,                ///< allow the request to replace what is there
+    goWithoutProfile,       ///< mend the profile, or go without it
+    moveToCommandArguments, ///< give them as the command's own arguments
+    // Change something else first.
+    changeHome,                ///< give the wanted configuration another home
+    shareFolders,              ///< let the instance called `subject` share the user's folders
+    adoptFirst,                ///< make an application of the program called `subject`
+    createAgain,               ///< make the instance again, in place of this one
+    createAgainWithIdentifier, ///< the same under another bundle identifier
+    registerAgain,             ///< register the instance called `subject` again
+    lookAgain,                 ///< make the plan again
+    // Name something else.
+    nameByPath,       ///< name one of the `alternatives`, which are paths
+    listInstances,    ///< look at the instances; the name of `alternatives` may be meant
+    listApplications, ///< look at the applications
+    nameSuggested,    ///< the name of `alternatives` is probably meant
+};
+
+} // namespace korvane

@@ -1,0 +1,109 @@
+#include "Manager/Operations/CreateRequest.h"
+
+#include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
+#include "Manager/Rules/UserText.h"
+
+namespace korvane {
+
+using ambrel::Path;
+using ambrel::ShortcutKind;
+using Kind = Refusal::Kind;
+
+namespace {
+
+void requireUtf8Each(const std::vector<std::string>& texts, const std::string& what) {
+    for (const auto& text : texts) requireUtf8(text, what);
+}
+
+void requireUtf8Each(const ambrel::StringMap& map, const std::string& what) {
+    for (const auto& [key, value] : map) {
+        requireUtf8(key, what);
+        requireUtf8(value, what);
+    }
+}
+
+void requireAllUtf8(const CreateRequest& request) {
+    const std::pair<std::string, const char*> single[] = {
+        {request.home.value_or(""), "the home"},
+        {request.outputFolder.value_or(""), "the output folder"},
+        {request.bundleId.value_or(""), "the bundle identifier"},
+        {request.icon.value_or(""), "the icon's path"},
+        {request.workingDirectory.value_or(""), "the working directory"},
+        {request.iconLabel ? request.iconLabel->text : "", "the label"},
+        {request.runner.value_or(""), "the runner's path"},
+        {request.processName.value_or(""), "the process name"},
+        {request.targetApp, "the application's path"},
+        {request.url, "the address"},
+        {request.openPath, "the document's path"},
+        {request.commandPath, "the program's path"},
+    };
+    for (const auto& [text, name] : single) requireUtf8(text, name);
+    requireUtf8Each(request.commandArgs, "an argument");
+    requireUtf8Each(request.args, "an argument");
+    requireUtf8Each(request.addedArgs, "an argument");
+    requireUtf8Each(request.environment, "a variable");
+    requireUtf8Each(request.infoPlistOverrides, "an entry of Info.plist");
+}
+
+enum class Tilde { isKept, isNoStart };
+
+void requireAbsolute(const std::optional<Path>& path, Tilde tilde) {
+    if (!path || path->starts_with('/')) return;
+    if (tilde == Tilde::isKept && path->starts_with('~')) return;
+    throw Refusal(Kind::badPath, *path, "A path is not absolute: " + inQuotes(*path) + ".");
+}
+
+std::string subjectOf(const CreateRequest& request) {
+    switch (request.kind) {
+    case ShortcutKind::app:
+        return request.targetApp;
+    case ShortcutKind::web:
+        return request.url;
+    case ShortcutKind::file:
+        return request.openPath;
+    case ShortcutKind::command:
+        return request.commandPath;
+    }
+    return {};
+}
+
+void requireSubject(const CreateRequest& request) {
+    const auto subject = subjectOf(request);
+    if (subject.empty()) {
+        throw Refusal(Kind::nothingToOpen, "",
+                      "There is nothing to make an instance of: the text is empty.");
+    }
+    if (request.kind == ShortcutKind::app) requireAbsolute(subject, Tilde::isNoStart);
+    const bool isStored =
+        request.kind == ShortcutKind::file || request.kind == ShortcutKind::command;
+    if (isStored) requireAbsolute(subject, Tilde::isKept);
+}
+
+} // namespace
+
+void requireSensible(const CreateRequest& request) {
+    checkedName(request.name);
+    requireAllUtf8(request);
+    if (request.iconLabel) checkedColor(request.iconLabel->colorHex);
+    for (const auto& path : {request.outputFolder, request.icon, request.runner}) {
+        requireAbsolute(path, Tilde::isNoStart);
+    }
+    for (const auto& path : {request.home, request.workingDirectory}) {
+        requireAbsolute(path, Tilde::isKept);
+    }
+    if (request.bundleId && request.bundleId->empty()) {
+        throw Refusal(Kind::badIdentifier, "", "The bundle identifier is empty.");
+    }
+    if (const auto name = processNameOf(request)) requireProcessName(*name, "The process name");
+    requireSubject(request);
+}
+
+std::optional<std::string> processNameOf(const CreateRequest& request) {
+    if (request.processName) return request.processName;
+    const auto found = request.infoPlistOverrides.find(ambrel::processNameKey);
+    if (found == request.infoPlistOverrides.end()) return std::nullopt;
+    return found->second;
+}
+
+} // namespace korvane

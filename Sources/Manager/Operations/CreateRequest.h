@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Ambrel/Instance/InstanceConfig.h"
+#include "Manager/Programs/StartPlan.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvane {
+
+/// What becomes of an instance that stands where the new one is to stand.
+enum class Existing { refuse, replace };
+
+/// What a new instance is to be. Only `name`, `kind` and what the kind opens have to be given; all
+/// else has a default. Paths are absolute; those that are stored may begin with "~" instead.
+struct CreateRequest {
+    std::string name; ///< of the instance and its bundle; blanks around it are taken away
+    ambrel::ShortcutKind kind{};
+    ambrel::Path targetApp;               ///< app kind: the application's bundle
+    std::string url;                      ///< web kind
+    ambrel::Path openPath;                ///< file kind, stored
+    ambrel::Path commandPath;             ///< command kind, stored
+    std::vector<std::string> commandArgs; ///< command kind
+
+    std::optional<ambrel::Path> home;         ///< stored; absent: "~/KorvaneInstances/" + name
+    std::optional<ambrel::Path> outputFolder; ///< absent: "~/Applications"
+    std::optional<std::string> bundleId;      ///< absent: made of the name
+    std::optional<ambrel::Path> runner;       ///< absent: the installed one
+    Existing existing = Existing::refuse;
+
+    std::optional<ambrel::Strategy> strategy; ///< absent: the profile's, else homeOverride
+    std::vector<std::string> args;            ///< in place of those worked out; empty: these
+    std::vector<std::string> addedArgs;       ///< behind those
+    ambrel::StringMap environment;            ///< beside the variables worked out, and before them
+    std::optional<std::string> processName;   ///< before one worked out
+    UseProfile useProfile = UseProfile::yes;
+    std::optional<ambrel::Path> workingDirectory; ///< stored
+    bool shareUserFolders = true;
+
+    std::optional<ambrel::Path> icon; ///< any picture
+    std::optional<ambrel::IconLabel> iconLabel;
+    bool hideIcon = false;
+    ambrel::StringMap infoPlistOverrides;
+    bool registerAsBrowser = false;
+    bool openWithPassthrough = false;
+    bool menuBarIcon = false;
+    bool menuBarIconTemplate = false;
+};
+
+/// Throws Refusal for a request that can become no instance, whatever there is on disk: badName,
+/// badText, badPath, badColor, badIdentifier, badProcessName and nothingToOpen.
+void requireSensible(const CreateRequest& request);
+
+/// The process name that the request asks for, by its field or by its overrides.
+std::optional<std::string> processNameOf(const CreateRequest& request);
+
+} // namespace korvane

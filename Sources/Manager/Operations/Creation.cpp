@@ -1,0 +1,128 @@
+#include "Manager/Operations/Creation.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Base/Refusal.h"
+#include "Manager/Desktop/Presence.h"
+#include "Manager/Files/IconConversion.h"
+#include "Manager/Files/StagingFolder.h"
+#include "Manager/Operations/CreationNotices.h"
+#include "Manager/Operations/Unchanged.h"
+#include "Manager/Rules/InstanceHome.h"
+#include "Manager/Rules/InstanceLookup.h"
+
+namespace korvane {
+
+using ambrel::Environment;
+using ambrel::InstanceRecord;
+using ambrel::Path;
+using ambrel::UserPlaces;
+using ambrel::WrapperFactory;
+using Kind = Refusal::Kind;
+
+namespace {
+
+void append(std::vector<Notice>& notices, std::vector<Notice> more) {
+    for (auto& notice : more) notices.push_back(std::move(notice));
+}
+
+void requireAsPlanned(const CreationPlan& plan, const UserPlaces& user,
+                      const Environment& environment) {
+    const auto found = requirePossible(plan, user, environment);
+    if (!found && !plan.replaced) return;
+    if (found && plan.replaced && isUnchanged(*plan.replaced, *found)) return;
+    throw Refusal(Kind::changedMeanwhile, plan.bundle,
+                  "What stands at " + ambrel::utf8::oneLine(plan.bundle) +
+                      " has changed since it was looked at.",
+                  Remedy::lookAgain);
+}
+
+/// The chosen icon as an icon file, in `folder` where it was none: a bundle shows no other picture.
+std::optional<Path> iconFor(const WrapperFactory::Request& wrapper, const Path& folder) {
+    const auto& chosen = wrapper.customIcon;
+    if (!chosen || isIconFile(*chosen)) return chosen;
+    const auto converted = ambrel::paths::join(folder, "icon.icns");
+    convertToIconFile(*chosen, converted);
+    return converted;
+}
+
+Path createIn(const Path& folder, const CreationPlan& plan, const UserPlaces& user) {
+    auto wrapper = plan.wrapper;
+    wrapper.outputDir = folder;
+    wrapper.customIcon = iconFor(wrapper, folder);
+    try {
+        return WrapperFactory(user, plan.request.runner).create(wrapper);
+    } catch (const WrapperFactory::FactoryError& error) {
+        if (error.kind == WrapperFactory::FactoryError::Kind::badTarget) {
+            throw Refusal(Kind::unreadableApplication, error.subject, error.description());
+        }
+        if (error.kind != WrapperFactory::FactoryError::Kind::runnerNotFound) throw;
+        throw Refusal(Kind::unusableRunner, "", error.description(), Remedy::chooseRunner);
+    } catch (const ambrel::WrapperGenerator::GenError& error) {
+        const bool isRunner = error.kind == ambrel::WrapperGenerator::GenError::Kind::runnerMissing;
+        throw Refusal(isRunner ? Kind::unusableRunner : Kind::unreadableApplication, error.subject,
+                      ambrel::utf8::oneLine(error.description()));
+    }
+}
+
+/// The new instance is in place: what cannot be removed of the old one is no failure any more.
+void removeOld(StagingFolder& staging, std::vector<Notice>& notices) {
+    const auto hidden = staging.path();
+    try {
+        staging.remove();
+    } catch (const ambrel::FileError& error) {
+        notices.push_back({.kind = Notice::Kind::remainsLeft,
+                           .subject = hidden,
+                           .sentence = "Remains of what was replaced lie in " +
+                                       ambrel::utf8::oneLine(hidden) + ". " + error.description()});
+    }
+}
+
+InstanceRecord requireReadable(const Path& built, const Path& place, const UserPlaces& user) {
+    const auto record = ambrel::InstanceRegistry(user).recordFor(built);
+    if (record) return {place, record->config};
+    throw Refusal(Kind::notCreated, place, "The new instance cannot be read back.");
+}
+
+Created build(const CreationPlan& plan, const UserPlaces& user) {
+    StagingFolder staging(*plan.wrapper.outputDir);
+    const auto built = createIn(staging.path(), plan, user);
+    Created created{.record = requireReadable(built, plan.bundle, user),
+                    .replaced = plan.replaced,
+                    .profile = {},
+                    .notices = {}};
+    const auto& config = created.record.config;
+    const auto home = usableHome(config, user);
+    created.homeExisted = home && ambrel::fileSystem::exists(*home);
+    ambrel::NewFolders folders;
+    makeHome(config, user, folders);
+    if (plan.replaced) {
+        staging.exchange(built, plan.bundle);
+    } else {
+        staging.putInPlace(built, plan.bundle);
+    }
+    folders.keep();
+    removeOld(staging, created.notices);
+    // Only now: what lies in a new home would keep it from being removed after a failure.
+    append(created.notices, furnishHome(config, user));
+    return created;
+}
+
+} // namespace
+
+Created perform(const CreationPlan& plan, const UserPlaces& user, const Environment& environment) {
+    requireAsPlanned(plan, user, environment);
+    auto created = build(plan, user);
+    if (plan.start) created.profile = plan.start->profile;
+    append(created.notices, noticesOn(plan, created.record, user));
+    append(created.notices, presence::created(created.record, user));
+    append(created.notices, noticesOnOrigin(plan, created));
+    return created;
+}
+
+Created create(const CreateRequest& request, const UserPlaces& user,
+               const Environment& environment) {
+    return perform(planCreation(request, user, environment), user, environment);
+}
+
+} // namespace korvane

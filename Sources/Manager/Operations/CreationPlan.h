@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Ambrel/Instance/InstanceRegistry.h"
+#include "Ambrel/Platform/ProcessEnvironment.h"
+#include "Ambrel/Platform/UserPlaces.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
+#include "Manager/Files/TreeSize.h"
+#include "Manager/Operations/CreateRequest.h"
+
+#include <optional>
+
+namespace korvane {
+
+/// What would be done for a request.
+struct CreationPlan {
+    CreateRequest request;                   ///< as it was given, with the name trimmed
+    ambrel::WrapperFactory::Request wrapper; ///< with everything worked out
+    std::optional<ambrel::AppBundle> target; ///< app kind
+    std::optional<StartPlan> start;          ///< app kind: how the target is started
+
+    ambrel::Path bundle;                            ///< where the instance will stand
+    std::optional<ambrel::InstanceRecord> replaced; ///< goes; its data stays
+    TreeSize replacedSize;                          ///< of the bundle that goes
+    bool homeExists = false;                        ///< the home is there, with what is in it
+};
+
+/// Looks at everything that a new instance depends on; writes nothing. Throws what
+/// requireSensible() throws, and Refusal unreadableApplication, unusableIcon, unusableProfile, and
+/// what requirePossible() throws; LibraryError where the system lacks what applications are read
+/// with.
+CreationPlan planCreation(const CreateRequest& request, const ambrel::UserPlaces& user,
+                          const ambrel::Environment& environment);
+
+/// Throws Refusal where something is in the way of the plan: notAnInstance or instanceExists for
+/// what stands in its place, unknownUser for the home, identifierTaken, homeTaken and entryTaken.
+/// Returns the instance that would be replaced.
+std::optional<ambrel::InstanceRecord> requirePossible(const CreationPlan& plan,
+                                                      const ambrel::UserPlaces& user,
+                                                      const ambrel::Environment& environment);
+
+} // namespace korvane

@@ -1,0 +1,133 @@
+#include "Manager/Operations/Deletion.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Desktop/Presence.h"
+#include "Manager/Files/StagingFolder.h"
+#include "Manager/Operations/Unchanged.h"
+#include "Manager/Rules/DataSafety.h"
+#include "Manager/Rules/InstanceLookup.h"
+
+#include <memory>
+
+namespace korvane {
+
+using ambrel::InstanceRecord;
+using ambrel::Path;
+using ambrel::UserData;
+using ambrel::UserPlaces;
+using Kind = Refusal::Kind;
+
+namespace {
+
+bool exists(const Path& path) { return ambrel::fileSystem::kindOf(path).has_value(); }
+
+Path bundleOf(const InstanceRecord& record) {
+    return Path(ambrel::paths::withoutTrailingSlashes(record.bundleURL));
+}
+
+bool isLink(const Path& path) {
+    return ambrel::fileSystem::kindOf(path) == ambrel::fileSystem::ItemKind::symbolicLink;
+}
+
+void requireDeletable(const InstanceRecord& record, UserData data, const UserPlaces& user) {
+    if (data == UserData::keep) return;
+    const Path folder{ambrel::paths::deletingLastComponent(record.bundleURL)};
+    requireDeletableData(record, instancesWith(folder, user), user);
+}
+
+void requireAsPlanned(const DeletionPlan& plan, const UserPlaces& user) {
+    requireUnchanged(plan.record, user);
+    if (isLink(bundleOf(plan.record)) != plan.isLink) {
+        throw Refusal(Kind::changedMeanwhile, plan.record.bundleURL,
+                      "What stands at " + ambrel::utf8::oneLine(plan.record.bundleURL) +
+                          " has changed since it was looked at.",
+                      Remedy::lookAgain);
+    }
+    requireDeletable(plan.record, plan.data, user);
+}
+
+std::unique_ptr<StagingFolder> movedAside(const Path& bundle) {
+    try {
+        auto staging =
+            std::make_unique<StagingFolder>(Path(ambrel::paths::deletingLastComponent(bundle)));
+        ambrel::fileSystem::move(
+            bundle, ambrel::paths::join(staging->path(), ambrel::paths::lastComponent(bundle)));
+        return staging;
+    } catch (const ambrel::FileError& error) {
+        throw Refusal(Kind::notRemoved, bundle,
+                      "Cannot delete " + ambrel::utf8::oneLine(bundle) + ". " +
+                          error.description());
+    }
+}
+
+/// Moves the bundle aside in one step before anything in it is removed, so that a failure leaves
+/// it whole.
+std::vector<Notice> removeBundle(const InstanceRecord& record, const UserPlaces& user) {
+    const auto entry = registration::findEntry(record, user);
+    const auto staging = movedAside(bundleOf(record));
+    const auto hidden = staging->path();
+    auto notices = presence::deleted(entry, user);
+    try {
+        staging->remove();
+    } catch (const ambrel::FileError& error) {
+        notices.push_back({.kind = Notice::Kind::remainsLeft,
+                           .subject = hidden,
+                           .sentence = "Its remains could not be removed and lie in " +
+                                       ambrel::utf8::oneLine(hidden) + ". " + error.description()});
+    }
+    return notices;
+}
+
+void removeData(const DeletionPlan& plan, const UserPlaces& user, Deleted& deleted) {
+    const bool hadData = plan.home && exists(*plan.home);
+    // The bundle is gone: the data follows.
+    ambrel::InstanceRegistry(user).remove(plan.record, UserData::remove);
+    if (!hadData) return;
+    if (!exists(*plan.home)) {
+        deleted.removedHome = plan.home;
+        return;
+    }
+    deleted.failure = Refusal(Kind::dataRemains, *plan.home,
+                              "Its data could not be deleted and is still in " +
+                                  ambrel::utf8::oneLine(*plan.home) + ".");
+}
+
+} // namespace
+
+DeletionPlan planDeletion(const InstanceRecord& record, UserData data, const UserPlaces& user) {
+    requireDeletable(record, data, user);
+    DeletionPlan plan{.record = record,
+                      .data = data,
+                      .isLink = isLink(bundleOf(record)),
+                      .bundleSize = sizeOfTree(record.bundleURL),
+                      .home = usableHome(record.config, user),
+                      .dataSize = {}};
+    plan.hasData = plan.home && exists(*plan.home);
+    if (plan.hasData && data == UserData::remove) plan.dataSize = sizeOfTree(*plan.home);
+    return plan;
+}
+
+Deleted perform(const DeletionPlan& plan, const UserPlaces& user) {
+    requireAsPlanned(plan, user);
+    Deleted deleted{.record = plan.record,
+                    .wasLink = plan.isLink,
+                    .keptHome = {},
+                    .removedHome = {},
+                    .notices = {},
+                    .failure = {}};
+    if (plan.isLink) {
+        // A link to a bundle is no bundle: it goes by itself.
+        ambrel::fileSystem::removeItem(bundleOf(plan.record));
+    } else {
+        deleted.notices = removeBundle(plan.record, user);
+    }
+    if (plan.data == UserData::remove) {
+        removeData(plan, user, deleted);
+    } else if (plan.home && exists(*plan.home)) {
+        deleted.keptHome = plan.home;
+    }
+    return deleted;
+}
+
+} // namespace korvane

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Ambrel/Instance/InstanceRegistry.h"
+#include "Ambrel/Platform/UserPlaces.h"
+#include "Manager/Base/Notice.h"
+#include "Manager/Base/Refusal.h"
+#include "Manager/Files/TreeSize.h"
+
+#include <optional>
+#include <vector>
+
+namespace korvane {
+
+/// What deleting an instance would take away. `bundleSize` and `dataSize` go; with UserData::keep,
+/// and where the bundle is only a link to the instance, the data stays.
+struct DeletionPlan {
+    ambrel::InstanceRecord record;
+    ambrel::UserData data{};
+    bool isLink = false;              ///< only the link goes; the instance stays as it is
+    TreeSize bundleSize;              ///< of what stands at the bundle's path
+    std::optional<ambrel::Path> home; ///< where the data lies; absent without an absolute home
+    bool hasData = false;             ///< something stands there
+    TreeSize dataSize;                ///< of the home; nothing where it stays
+};
+
+/// Finds out what would go; changes nothing. With UserData::remove throws Refusal for data that
+/// cannot go alone, as requireDeletableData() does: homeIsMissing, homeIsUsers, homeIsShared,
+/// homeIsLink, bundleIsLink.
+DeletionPlan planDeletion(const ambrel::InstanceRecord& record, ambrel::UserData data,
+                          const ambrel::UserPlaces& user);
+
+/// What is gone, and what is not.
+struct Deleted {
+    ambrel::InstanceRecord record;
+    bool wasLink = false;
+    std::optional<ambrel::Path> keptHome;    ///< the data that stays, where there is any
+    std::optional<ambrel::Path> removedHome; ///< the data that went, where there was any
+    std::vector<Notice> notices;
+    /// dataRemains where the data could not be removed, or not all of it; all else is done.
+    std::optional<Refusal> failure;
+};
+
+/// Deletes the instance: moves its bundle aside in one step, takes it off the desktop, and removes
+/// bundle and data for good. Looks again at what may have changed since the plan was made, and
+/// throws changedMeanwhile, or what planDeletion() throws for it; also notRemoved for the bundle.
+/// After each of these everything is as it was before.
+Deleted perform(const DeletionPlan& plan, const ambrel::UserPlaces& user);
+
+} // namespace korvane

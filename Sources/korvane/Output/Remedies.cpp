@@ -1,0 +1,123 @@
+#include "korvane/Output/Remedies.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Manager/Base/Quoting.h"
+#include "korvane/Output/Messages.h"
+
+#include <algorithm>
+#include <array>
+
+namespace korvane {
+
+namespace {
+
+/// Remedies that are said in the same words whatever they are for. What begins with a colon takes
+/// the place of the sentence's dot.
+constexpr std::array<std::pair<Remedy, const char*>, 14> remedySentences{{
+    {Remedy::chooseName, " Choose another name, or another folder with --output."},
+    {Remedy::chooseFolder, " Remove it first, or choose another folder with --into."},
+    {Remedy::chooseHome, " Choose another one with --home."},
+    {Remedy::chooseIdentifier, " Choose another one with --bundle-id."},
+    {Remedy::chooseRunner, " Name its file with --runner."},
+    {Remedy::chooseIcon, ": give one with --icon."},
+    {Remedy::replace, " Replace it with --replace."},
+    {Remedy::goWithoutProfile, " Mend it, or go without it with --no-profile."},
+    {Remedy::moveToCommandArguments, " A command's arguments stand behind \"--\"."},
+    {Remedy::changeHome, " Choose another one."},
+    {Remedy::createAgain, " Make it anew with: korvane create … --replace"},
+    {Remedy::createAgainWithIdentifier,
+     " An instance gets another identifier with: korvane create … --replace --bundle-id ID"},
+    {Remedy::lookAgain, " Try again."},
+    {Remedy::listApplications, " See: korvane apps"},
+}};
+
+/// The options that fill the fields of a request.
+constexpr std::array<std::pair<std::string_view, const char*>, 8> optionsOfFields{{
+    {"args", "--arg"},
+    {"addedArgs", "--add-arg"},
+    {"strategy", "--strategy"},
+    {"shareUserFolders", "--no-share-folders"},
+    {"environment", "--env"},
+    {"workingDirectory", "--working-directory"},
+    {"processName", "--process-name"},
+    {"useProfile", "--no-profile"},
+}};
+
+std::string suggestion(const std::vector<std::string>& alternatives) {
+    return alternatives.empty() ? "" : " Did you mean " + inQuotes(alternatives.front()) + "?";
+}
+
+std::string remedyText(Remedy remedy, const std::string& subject,
+                       const std::vector<std::string>& alternatives) {
+    std::string list = " Name one of them by its path:";
+    switch (remedy) {
+    case Remedy::shareFolders:
+        return " Let it share yours with: " + commandLine("edit", {subject}) +
+               " --set shareUserFolders=true";
+    case Remedy::adoptFirst:
+        return " An installed program becomes an application with: " +
+               commandLine("adopt", {subject});
+    case Remedy::registerAgain:
+        return " Try again with: " + commandLine("register", {subject});
+    case Remedy::nameByPath:
+        for (const auto& path : alternatives) list += "\n  " + ambrel::utf8::oneLine(path);
+        return list;
+    case Remedy::listInstances:
+        return suggestion(alternatives) + " See: korvane list";
+    case Remedy::nameSuggested:
+        return suggestion(alternatives);
+    default:
+        break;
+    }
+    for (const auto& [known, text] : remedySentences) {
+        if (known == remedy) return text;
+    }
+    return {};
+}
+
+std::string joined(std::string sentence, const std::string& remedy) {
+    if (remedy.starts_with(':') && sentence.ends_with('.')) sentence.pop_back();
+    return sentence + remedy;
+}
+
+/// The sentence of fieldIsUnused with the option in place of the field.
+std::string withOption(const Notice& notice) {
+    for (const auto& [field, option] : optionsOfFields) {
+        if (field == notice.subject) return option + notice.sentence.substr(field.size());
+    }
+    return notice.sentence;
+}
+
+} // namespace
+
+std::string wholeText(const Refusal& refusal) {
+    const bool isOnDesktop =
+        refusal.kind == Refusal::Kind::entryTaken && refusal.remedy == Remedy::chooseIdentifier;
+    if (isOnDesktop) return refusal.sentence() + " Choose another identifier with --bundle-id.";
+    return joined(refusal.sentence(),
+                  remedyText(refusal.remedy, refusal.subject, refusal.alternatives));
+}
+
+std::string wholeText(const Notice& notice) {
+    switch (notice.kind) {
+    case Notice::Kind::homeIsLong:
+        return notice.sentence + " Choose a shorter one with --home.";
+    case Notice::Kind::homeExisted:
+        return notice.sentence + " Choose one of its own with --home.";
+    case Notice::Kind::fieldIsUnused:
+        return joined(withOption(notice), remedyText(notice.remedy, notice.subject, {}));
+    default:
+        return joined(notice.sentence, remedyText(notice.remedy, notice.subject, {}));
+    }
+}
+
+void tell(const Surroundings& surroundings, const Notice& notice) {
+    const bool isWarning = notice.severity == Notice::Severity::warning;
+    (isWarning ? warn : say)(surroundings, wholeText(notice));
+}
+
+void tell(const Surroundings& surroundings, const std::vector<Notice>& notices) {
+    for (const auto& notice : notices) tell(surroundings, notice);
+}
+
+} // namespace korvane

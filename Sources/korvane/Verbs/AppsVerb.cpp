@@ -1,0 +1,74 @@
+#include "korvane/Verbs/AppsVerb.h"
+
+#include "Ambrel/Application/AppCatalog.h"
+#include "korvane/CommandLine/Options.h"
+#include "korvane/Output/JsonOutput.h"
+#include "korvane/Output/Messages.h"
+#include "korvane/Output/Table.h"
+#include "korvane/Verbs/SearchFolders.h"
+
+#include <memory>
+#include <ostream>
+
+namespace korvane {
+
+using ambrel::AppCatalog;
+
+namespace {
+
+std::vector<AppCatalog::InstalledApp> scan(const std::vector<std::string>& folders,
+                                           const Surroundings& surroundings) {
+    const auto places = searchFolders(folders, surroundings.user)
+                            .value_or(AppCatalog::defaultSearchDirs(surroundings.user));
+    if (!surroundings.messagesAreTerminal) return AppCatalog::scan(places);
+    const auto apps = AppCatalog::scan(places, [&](std::size_t found) {
+        surroundings.messages << "\rLooking for applications: " << found << std::flush;
+    });
+    // Back to the start of the line, and clear it.
+    surroundings.messages << "\r\033[K" << std::flush;
+    return apps;
+}
+
+int apps(const std::vector<std::string>& folders, bool asJson, const Surroundings& surroundings) {
+    const auto found = scan(folders, surroundings);
+    if (asJson) {
+        auto array = nlohmann::json::array();
+        for (const auto& app : found) array.push_back(json::app(app));
+        json::write(array, surroundings.results);
+        return 0;
+    }
+    if (found.empty()) {
+        say(surroundings, "No applications found.");
+        say(surroundings, "Make one of an installed program with: korvane adopt PROGRAM");
+        return 0;
+    }
+    Table table;
+    table.add({"NAME", "IDENTIFIER", "BUNDLE"});
+    for (const auto& app : found) table.add({app.name, app.bundleId, app.url});
+    table.write(surroundings.results);
+    return 0;
+}
+
+} // namespace
+
+Verb appsVerb() {
+    return {"apps",
+            "List the applications that instances can be made of.",
+            {"korvane apps", "korvane apps --in ~/Applications --json"},
+            [](CLI::App& app, const Surroundings& surroundings) -> Action {
+                struct Given {
+                    std::vector<std::string> folders;
+                    bool asJson = false;
+                };
+                const auto given = std::make_shared<Given>();
+                options::texts(app, "--in", given->folders,
+                               "Look in this folder instead of the usual ones")
+                    ->type_name("DIR");
+                options::asJson(app, given->asJson);
+                return [given, &surroundings](const auto&) {
+                    return apps(given->folders, given->asJson, surroundings);
+                };
+            }};
+}
+
+} // namespace korvane

@@ -1,0 +1,159 @@
+#include "korvane/Verbs/CreateOptions.h"
+
+#include "Manager/Base/Quoting.h"
+#include "Manager/Programs/ApplicationLookup.h"
+#include "Manager/Programs/PathSearch.h"
+#include "Manager/Rules/UserText.h"
+#include "korvane/CommandLine/EnumText.h"
+
+namespace korvane {
+
+using ambrel::IconLabel;
+using ambrel::Path;
+using ambrel::ShortcutKind;
+using ambrel::StringMap;
+
+namespace {
+
+void requireUtf8Each(const std::vector<std::string>& texts, const std::string& what) {
+    for (const auto& text : texts) requireUtf8(text, what);
+}
+
+/// The operation would refuse these too, but cannot know what an option is called.
+void requireAllUtf8(const CreateOptions& options) {
+    const std::pair<const std::optional<std::string>&, const char*> single[] = {
+        {options.home, "--home"},
+        {options.output, "--output"},
+        {options.bundleId, "--bundle-id"},
+        {options.icon, "--icon"},
+        {options.workingDirectory, "--working-directory"},
+        {options.label, "--label"},
+        {options.runner, "--runner"},
+        {options.processName, "--process-name"},
+    };
+    for (const auto& [text, name] : single) requireUtf8(text.value_or(""), name);
+    requireUtf8(options.subject, "the second word");
+    requireUtf8Each(options.commandArgs, "an argument");
+    requireUtf8Each(options.args, "--arg");
+    requireUtf8Each(options.addArgs, "--add-arg");
+    requireUtf8Each(options.environment, "--env");
+    requireUtf8Each(options.plist, "--plist");
+}
+
+/// "K=V" split at the first "=". Throws UsageError, naming `option`, without a key or "=".
+std::pair<std::string, std::string> keyAndValue(const std::string& text,
+                                                const std::string& option) {
+    const auto equals = text.find('=');
+    if (equals != std::string::npos && equals > 0) {
+        return {text.substr(0, equals), text.substr(equals + 1)};
+    }
+    throw UsageError(option + " wants KEY=VALUE, not " + inQuotes(text) + ".");
+}
+
+StringMap mapFrom(const std::vector<std::string>& texts, const std::string& option) {
+    StringMap map;
+    for (const auto& text : texts) {
+        auto [key, value] = keyAndValue(text, option);
+        map.insert_or_assign(std::move(key), std::move(value));
+    }
+    return map;
+}
+
+std::optional<IconLabel> labelFrom(const CreateOptions& options) {
+    if (!options.label) {
+        if (!options.labelColor && !options.labelPosition) return std::nullopt;
+        throw UsageError("--label-color and --label-position want the text of the --label.");
+    }
+    using Position = IconLabel::Position;
+    return IconLabel{
+        *options.label, checkedColor(options.labelColor.value_or("FFFFFF")),
+        enumFrom<Position>(options.labelPosition.value_or("bottom"), "--label-position")};
+}
+
+Path homeFrom(const std::string& text) {
+    if (text.empty()) throw UsageError("--home wants a folder.");
+    return storedPath(text);
+}
+
+Path programFrom(const std::string& text, const Surroundings& surroundings) {
+    const bool isPath = text.find('/') != std::string::npos || text.starts_with('~');
+    return isPath ? storedPath(text) : requireProgram(text, surroundings.environment);
+}
+
+void setSubject(const CreateOptions& options, const Surroundings& surroundings,
+                CreateRequest& request) {
+    const auto& subject = options.subject;
+    if (subject.empty()) return;
+    switch (options.kind) {
+    case ShortcutKind::app:
+        request.targetApp =
+            requireApplication(subject, surroundings.user, surroundings.environment).url;
+        break;
+    case ShortcutKind::web:
+        request.url = subject;
+        break;
+    case ShortcutKind::file:
+        request.openPath = storedPath(subject);
+        break;
+    case ShortcutKind::command:
+        request.commandPath = programFrom(subject, surroundings);
+        request.commandArgs = options.commandArgs;
+        break;
+    }
+}
+
+void setPlaces(const CreateOptions& options, const Surroundings& surroundings,
+               CreateRequest& request) {
+    if (options.home) request.home = homeFrom(*options.home);
+    if (options.output) request.outputFolder = usablePath(*options.output, surroundings.user);
+    if (options.bundleId && options.bundleId->empty()) {
+        throw UsageError("--bundle-id wants an identifier.");
+    }
+    request.bundleId = options.bundleId;
+    if (options.workingDirectory) request.workingDirectory = storedPath(*options.workingDirectory);
+    if (options.runner) request.runner = usablePath(*options.runner, surroundings.user);
+    request.existing = options.replace ? Existing::replace : Existing::refuse;
+}
+
+void setStart(const CreateOptions& options, CreateRequest& request) {
+    if (options.strategy) {
+        request.strategy = enumFrom<ambrel::Strategy>(*options.strategy, "--strategy");
+    }
+    request.args = options.args;
+    request.addedArgs = options.addArgs;
+    request.environment = mapFrom(options.environment, "--env");
+    request.processName = options.processName;
+    request.useProfile = options.noProfile ? UseProfile::no : UseProfile::yes;
+    request.shareUserFolders = !options.noShareFolders;
+    request.infoPlistOverrides = mapFrom(options.plist, "--plist");
+    if (const auto name = processNameOf(request)) {
+        requireProcessName(*name, options.processName ? "--process-name" : ambrel::processNameKey);
+    }
+}
+
+void setLook(const CreateOptions& options, const Surroundings& surroundings,
+             CreateRequest& request) {
+    if (options.icon) request.icon = usablePath(*options.icon, surroundings.user);
+    request.iconLabel = labelFrom(options);
+    request.hideIcon = options.hideIcon;
+    request.registerAsBrowser = options.browser;
+    request.openWithPassthrough = options.openWith;
+    request.menuBarIcon = options.menuBar;
+    request.menuBarIconTemplate = options.menuBarTemplate;
+}
+
+} // namespace
+
+CreateRequest requestFrom(const CreateOptions& options, const Surroundings& surroundings) {
+    CreateRequest request;
+    request.kind = options.kind;
+    request.name = checkedName(options.name);
+    requireAllUtf8(options);
+    setLook(options, surroundings, request);
+    setPlaces(options, surroundings, request);
+    setStart(options, request);
+    setSubject(options, surroundings, request);
+    return request;
+}
+
+} // namespace korvane

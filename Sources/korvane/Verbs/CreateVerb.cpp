@@ -1,0 +1,138 @@
+#include "korvane/Verbs/CreateVerb.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Operations/Creation.h"
+#include "Manager/Rules/InstanceLookup.h"
+#include "korvane/CommandLine/Options.h"
+#include "korvane/Output/JsonOutput.h"
+#include "korvane/Output/Messages.h"
+#include "korvane/Output/Remedies.h"
+#include "korvane/Verbs/CreateOptions.h"
+
+#include <memory>
+#include <ostream>
+
+namespace korvane {
+
+using ambrel::ShortcutKind;
+
+namespace {
+
+void declarePlaces(CLI::App& app, CreateOptions& given) {
+    using options::text;
+    text(app, "--home", given.home, "The instance's data (default: ~/KorvaneInstances/NAME)")
+        ->type_name("DIR");
+    text(app, "--output", given.output, "Where the bundle goes (default: ~/Applications)")
+        ->type_name("DIR");
+    text(app, "--bundle-id", given.bundleId, "The bundle's identifier (default: from the name)")
+        ->type_name("ID");
+    text(app, "--runner", given.runner, "The runner to put into the bundle")->type_name("FILE");
+    options::flag(app, "--replace", given.replace, "Replace the instance of this name");
+}
+
+void declareStart(CLI::App& app, CreateOptions& given) {
+    using options::text;
+    using options::texts;
+    options::choice<ambrel::Strategy>(app, "--strategy", given.strategy);
+    texts(app, "--arg", given.args,
+          "Give the application this argument, in place of those worked out for it");
+    texts(app, "--add-arg", given.addArgs, "Give it this argument too");
+    texts(app, "--env", given.environment, "Set an environment variable")->type_name("K=V");
+    text(app, "--process-name", given.processName,
+         "Start the program by this name, which its windows get (Linux)")
+        ->type_name("NAME");
+    options::flag(app, "--no-profile", given.noProfile,
+                  "Use neither the application's profile nor a name of their own for its windows");
+    text(app, "--working-directory", given.workingDirectory, "Where a command runs")
+        ->type_name("DIR");
+    options::flag(app, "--no-share-folders", given.noShareFolders,
+                  "Do not link Downloads, Documents and Desktop into the home");
+}
+
+void declareLook(CLI::App& app, CreateOptions& given) {
+    using options::flag;
+    using options::text;
+    text(app, "--icon", given.icon, "An image for the icon")->type_name("FILE");
+    flag(app, "--hide-icon", given.hideIcon, "Show no icon in the Dock");
+    text(app, "--label", given.label, "A text on the icon");
+    text(app, "--label-color", given.labelColor, "Its color (default: FFFFFF)")
+        ->type_name("RRGGBB");
+    options::choice<ambrel::IconLabel::Position>(app, "--label-position", given.labelPosition,
+                                                 " (default: bottom)");
+    options::texts(app, "--plist", given.plist, "Set an entry of the bundle's Info.plist")
+        ->type_name("K=V");
+    flag(app, "--browser", given.browser, "Offer the instance as a web browser");
+    flag(app, "--open-with", given.openWith, "Offer the instance for opening documents");
+    flag(app, "--menu-bar", given.menuBar, "Show an item in the menu bar");
+    flag(app, "--menu-bar-template", given.menuBarTemplate, "Draw that item as a template image");
+    options::asJson(app, given.asJson);
+}
+
+/// What the instance was made with, which is told after that it was made.
+bool isOnOrigin(const Notice& notice) {
+    using Kind = Notice::Kind;
+    return notice.kind == Kind::profileUsed || notice.kind == Kind::profileIsBroken ||
+           notice.kind == Kind::homeExisted;
+}
+
+void tellAboutHome(const Created& created, const Surroundings& surroundings) {
+    const auto& home = created.record.config.instanceHome;
+    say(surroundings, "Its data lives in " + ambrel::utf8::oneLine(home) +
+                          (created.homeExisted ? ", with what was there already." : "."));
+    if (created.replaced && created.replaced->config.instanceHome != home) {
+        say(surroundings, "The replaced instance's data stays in " +
+                              ambrel::utf8::oneLine(created.replaced->config.instanceHome) + ".");
+    }
+}
+
+void tellAbout(const Created& created, const Surroundings& surroundings) {
+    for (const auto& notice : created.notices) {
+        if (!isOnOrigin(notice)) tell(surroundings, notice);
+    }
+    say(surroundings, (created.replaced ? "Replaced " : "Created ") +
+                          inQuotes(created.record.config.displayName) + ".");
+    for (const auto& notice : created.notices) {
+        if (isOnOrigin(notice)) tell(surroundings, notice);
+    }
+    tellAboutHome(created, surroundings);
+    say(surroundings,
+        "Open it with: " + commandLine("open", {nameFor(created.record, surroundings.user)}));
+}
+
+int createInstance(const CreateOptions& options, const Surroundings& surroundings) {
+    const auto created =
+        create(requestFrom(options, surroundings), surroundings.user, surroundings.environment);
+    tellAbout(created, surroundings);
+    if (options.asJson) {
+        auto object = json::bundle(created.record.bundleURL);
+        object["profile"] = json::profile(created.profile);
+        json::write(object, surroundings.results);
+    } else {
+        surroundings.results << created.record.bundleURL << '\n';
+    }
+    return 0;
+}
+
+} // namespace
+
+Verb createVerb(ShortcutKind kind, const std::string& subject, const std::string& subjectHelp) {
+    Verb verb;
+    verb.name = "create " + std::string(rawValue(kind));
+    verb.declare = [=](CLI::App& app, const Surroundings& surroundings) -> Action {
+        const auto given = std::make_shared<CreateOptions>();
+        given->kind = kind;
+        options::text(app, "NAME", given->name, "What the instance is called")->required();
+        options::text(app, subject, given->subject, subjectHelp)->required();
+        declarePlaces(app, *given);
+        declareStart(app, *given);
+        declareLook(app, *given);
+        return [given, &surroundings](const std::vector<std::string>& trailing) {
+            given->commandArgs = trailing;
+            return createInstance(*given, surroundings);
+        };
+    };
+    return verb;
+}
+
+} // namespace korvane

@@ -1,0 +1,287 @@
+#include "Scene.h"
+
+#include "Manager/Desktop/Registration.h"
+
+#include <functional>
+
+namespace korvane::test {
+
+using Kind = Refusal::Kind;
+
+TEST_CASE("a name, a kind and what it opens are enough for an instance") {
+    const Scene scene;
+
+    const auto created = scene.make(scene.request());
+
+    CHECK(created.record.bundleURL == scene.bundle());
+    CHECK(created.record.config.displayName == "Work");
+    CHECK(created.record.config.bundleId == "app.korvane.instance.work");
+    CHECK(created.record.config.instanceHome == "~/KorvaneInstances/Work");
+    CHECK(created.record.config.commandPath == "/bin/sh");
+    CHECK(created.record.config.shareUserFolders);
+    CHECK(scene.configOf(scene.bundle()).encode() == created.record.config.encode());
+    CHECK(modeOf(scene.homeOf()) == 0700);
+    CHECK_FALSE(created.replaced);
+    CHECK_FALSE(created.homeExisted);
+    CHECK_FALSE(created.profile);
+    CHECK(created.notices.empty());
+    CHECK(registration::findEntry(created.record, scene.user));
+    CHECK(namesIn(scene.home / "Applications") == Strings{"Work.app"});
+}
+
+TEST_CASE("a plan alone changes nothing and tells what will be made") {
+    const Scene scene;
+    makeFolder(scene.homeOf());
+    const auto before = scene.everything();
+
+    const auto plan = scene.plan(scene.request(" Work "));
+
+    CHECK(scene.everything() == before);
+    CHECK(plan.request.name == "Work");
+    CHECK(plan.bundle == scene.bundle());
+    CHECK_FALSE(plan.replaced);
+    CHECK(plan.replacedSize == TreeSize{});
+    CHECK(plan.homeExists);
+    CHECK(perform(plan, scene.user, scene.environment).record.bundleURL == plan.bundle);
+}
+
+TEST_CASE("every field of a request reaches the configuration") {
+    const Scene scene;
+    auto request = scene.appRequest();
+    request.home = "~/h";
+    request.outputFolder = scene.tmp / "out";
+    request.bundleId = "org.example.work";
+    request.strategy = ambrel::Strategy::wrapperIdentity;
+    request.args = {"-a"};
+    request.addedArgs = {"-b"};
+    request.environment = {{"A", "1"}};
+    request.processName = "mailer";
+    request.workingDirectory = "~/dir";
+    request.shareUserFolders = false;
+    request.icon = writeFile(scene.tmp / "icon.icns", "icns picture");
+    request.iconLabel = ambrel::IconLabel{"W", "FFFFFF", ambrel::IconLabel::Position::top};
+    request.infoPlistOverrides = {{"Key", "yes"}};
+    request.registerAsBrowser = true;
+    request.openWithPassthrough = true;
+    request.menuBarIcon = true;
+    request.menuBarIconTemplate = true;
+
+    const auto created = scene.make(request);
+
+    CHECK(created.record.bundleURL == scene.tmp / "out/Work.app");
+    const auto& config = created.record.config;
+    CHECK(config.targetAppPath == request.targetApp);
+    CHECK(config.instanceHome == "~/h");
+    CHECK(config.bundleId == "org.example.work");
+    CHECK(config.strategy == ambrel::Strategy::wrapperIdentity);
+    CHECK(config.extraArgs == Strings{"-a", "-b"});
+    CHECK(config.environment.at("A") == "1");
+    CHECK(config.infoPlistOverrides ==
+          ambrel::StringMap{{"Key", "yes"}, {ambrel::processNameKey, "mailer"}});
+    CHECK(config.workingDirectory == "~/dir");
+    CHECK_FALSE(config.shareUserFolders);
+    CHECK(config.iconLabel == request.iconLabel);
+    CHECK(config.registerAsBrowser);
+    CHECK(config.openWithPassthrough);
+    CHECK(config.menuBarIcon);
+    CHECK(config.menuBarIconTemplate);
+    CHECK(readFile(created.record.bundleURL + "/Contents/Resources/AppIcon.icns") ==
+          "icns picture");
+}
+
+TEST_CASE("a request that can become no instance is refused by what is wrong with it") {
+    const Scene scene;
+    struct Row {
+        Kind kind;
+        std::string subject;
+        std::function<void(CreateRequest&)> change;
+    };
+    const std::string bad = "x\xff";
+    const auto label = [](const std::string& color) {
+        return ambrel::IconLabel{"x", color, ambrel::IconLabel::Position::top};
+    };
+    const Row rows[] = {
+        {Kind::badName, "a/b", [](auto& request) { request.name = "a/b"; }},
+        {Kind::badName, "", [](auto& request) { request.name = " "; }},
+        {Kind::badText, bad, [&](auto& request) { request.name = bad; }},
+        {Kind::badText, bad, [&](auto& request) { request.home = bad; }},
+        {Kind::badText, bad, [&](auto& request) { request.commandArgs = {bad}; }},
+        {Kind::badText, bad,
+         [&](auto& request) {
+             request.environment = {{"A", bad}};
+         }},
+        {Kind::badText, bad,
+         [&](auto& request) {
+             request.infoPlistOverrides = {{bad, "1"}};
+         }},
+        {Kind::badPath, "dir", [](auto& request) { request.home = "dir"; }},
+        {Kind::badPath, "", [](auto& request) { request.outputFolder = ""; }},
+        {Kind::badPath, "~/out", [](auto& request) { request.outputFolder = "~/out"; }},
+        {Kind::badPath, "tool", [](auto& request) { request.commandPath = "tool"; }},
+        {Kind::badColor, "red", [&](auto& request) { request.iconLabel = label("red"); }},
+        {Kind::badIdentifier, "", [](auto& request) { request.bundleId = ""; }},
+        {Kind::badProcessName, "a/b", [](auto& request) { request.processName = "a/b"; }},
+        {Kind::nothingToOpen, "", [](auto& request) { request.commandPath = ""; }},
+        {Kind::unusableIcon, "/nope.png", [](auto& request) { request.icon = "/nope.png"; }},
+        {Kind::unknownUser, "~no-such-user-here/x",
+         [](auto& request) { request.home = "~no-such-user-here/x"; }},
+        {Kind::unreadableApplication, "/nope.app",
+         [](auto& request) {
+             request.kind = ambrel::ShortcutKind::app;
+             request.targetApp = "/nope.app";
+         }},
+    };
+    for (const auto& row : rows) {
+        CAPTURE(row.subject);
+        auto request = scene.request();
+        row.change(request);
+        const auto refusal = refusalOf(scene, [&] { scene.plan(request); });
+        CHECK(refusal.kind == row.kind);
+        CHECK(refusal.subject == row.subject);
+    }
+}
+
+TEST_CASE("what stands in the place of the instance is told apart") {
+    const Scene scene;
+    scene.instance("Work");
+    makeFolder(scene.bundle("Folder"));
+
+    const auto exists = refusalOf(scene, [&] { scene.plan(scene.request("Work")); });
+    auto replacing = scene.request("Folder");
+    replacing.existing = Existing::replace;
+    const auto other = refusalOf(scene, [&] { scene.plan(replacing); });
+
+    CHECK(exists.kind == Kind::instanceExists);
+    CHECK(exists.subject == scene.bundle());
+    CHECK(exists.remedy == Remedy::replace);
+    CHECK(other.kind == Kind::notAnInstance);
+    CHECK(other.subject == scene.bundle("Folder"));
+    CHECK(other.remedy == Remedy::chooseName);
+}
+
+TEST_CASE("what belongs to another instance or program is refused with what to choose") {
+    const Scene scene;
+    scene.instance("Work");
+    auto sameIdentifier = scene.request("Other");
+    sameIdentifier.bundleId = "APP.korvane.instance.work";
+    auto sameHome = scene.request("Other");
+    sameHome.home = "~/KorvaneInstances/./Work";
+    auto sameEntry = scene.request("Other");
+    sameEntry.bundleId = "org.example.mail";
+    const auto entry = writeFile(scene.tmp / "share/applications/org.example.mail.desktop",
+                                 "[Desktop Entry]\nType=Application\nName=Mail\nExec=/bin/sh\n");
+
+    const auto identifier = refusalOf(scene, [&] { scene.plan(sameIdentifier); });
+    const auto home = refusalOf(scene, [&] { scene.plan(sameHome); });
+    const auto onDesktop = refusalOf(scene, [&] { scene.plan(sameEntry); });
+
+    CHECK(identifier.kind == Kind::identifierTaken);
+    CHECK(identifier.subject == "APP.korvane.instance.work");
+    CHECK(identifier.remedy == Remedy::chooseIdentifier);
+    CHECK(home.kind == Kind::homeTaken);
+    CHECK(home.remedy == Remedy::chooseHome);
+    CHECK(onDesktop.kind == Kind::entryTaken);
+    CHECK(onDesktop.subject == entry);
+    CHECK(onDesktop.remedy == Remedy::chooseIdentifier);
+}
+
+TEST_CASE("a profile that cannot be used is refused, and can be gone without") {
+    const Scene scene;
+    const auto file =
+        writeFile(scene.home / ".config/korvane/profiles/org.example.mail.json", "no profile");
+    auto request = scene.appRequest();
+
+    const auto refusal = refusalOf(scene, [&] { scene.plan(request); });
+    request.useProfile = UseProfile::no;
+
+    CHECK(refusal.kind == Kind::unusableProfile);
+    CHECK(refusal.subject == file);
+    CHECK(refusal.remedy == Remedy::goWithoutProfile);
+    CHECK_FALSE(scene.make(request).profile);
+}
+
+TEST_CASE("a runner or an icon that cannot be used leaves everything as it was") {
+    const Scene scene;
+    auto noRunner = scene.request();
+    noRunner.runner = scene.tmp / "none";
+    auto noPicture = scene.request();
+    noPicture.icon = writeFile(scene.tmp / "icon.png", "no picture");
+
+    const auto runner = refusalOf(scene, [&] { scene.make(noRunner); });
+    const auto icon = refusalOf(scene, [&] { scene.make(noPicture); });
+
+    CHECK(runner.kind == Kind::unusableRunner);
+    CHECK(runner.subject == scene.tmp / "none");
+    CHECK(icon.kind == Kind::unusableIcon);
+    CHECK(icon.subject == scene.tmp / "icon.png");
+}
+
+TEST_CASE("replacing tells what goes and keeps the data of what was replaced") {
+    const Scene scene;
+    const auto old = scene.instance();
+    const auto data = writeFile(scene.homeOf() + "/data", "kept");
+    auto request = scene.request();
+    request.existing = Existing::replace;
+    request.commandPath = "/bin/false";
+    request.home = "~/other";
+
+    const auto plan = scene.plan(request);
+    REQUIRE(plan.replaced);
+    CHECK(plan.replaced->bundleURL == old.bundleURL);
+    CHECK(plan.replacedSize == sizeOfTree(old.bundleURL));
+    CHECK(plan.replacedSize.items > 5);
+    CHECK(scene.configOf(scene.bundle()).commandPath == "/bin/sh");
+    const auto created = perform(plan, scene.user, scene.environment);
+
+    REQUIRE(created.replaced);
+    CHECK(created.replaced->config.instanceHome == "~/KorvaneInstances/Work");
+    CHECK(scene.configOf(scene.bundle()).commandPath == "/bin/false");
+    CHECK(readFile(data) == "kept");
+    CHECK(namesIn(scene.home / "Applications") == Strings{"Work.app"});
+}
+
+TEST_CASE("what came to stand in the way since the plan was made is refused") {
+    const Scene scene;
+    const auto plan = scene.plan(scene.request());
+    const auto refused = [&] {
+        return refusalOf(scene, [&] { perform(plan, scene.user, scene.environment); });
+    };
+
+    auto otherHome = scene.request("Other");
+    otherHome.home = "~/KorvaneInstances/Work";
+    const auto other = scene.make(otherHome).record;
+    CHECK(refused().kind == Kind::homeTaken);
+    scene.store(other, [&] {
+        auto config = other.config;
+        config.instanceHome = "~/elsewhere";
+        return config;
+    }());
+    makeFolder(scene.bundle());
+    CHECK(refused().kind == Kind::notAnInstance);
+}
+
+TEST_CASE("an instance that changed or went since it was to be replaced is not replaced") {
+    const Scene scene;
+    const auto old = scene.instance();
+    auto request = scene.request();
+    request.existing = Existing::replace;
+    const auto plan = scene.plan(request);
+    const auto refused = [&] {
+        return refusalOf(scene, [&] { perform(plan, scene.user, scene.environment); });
+    };
+
+    auto config = old.config;
+    config.commandArgs = {"new"};
+    scene.store(old, config);
+    const auto changed = refused();
+    ambrel::InstanceRegistry(scene.user).remove(old, ambrel::UserData::keep);
+    const auto gone = refused();
+
+    for (const auto& refusal : {changed, gone}) {
+        CHECK(refusal.kind == Kind::changedMeanwhile);
+        CHECK(refusal.subject == scene.bundle());
+        CHECK(refusal.remedy == Remedy::lookAgain);
+    }
+}
+
+} // namespace korvane::test
