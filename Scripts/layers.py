@@ -32,7 +32,7 @@ BELOW = {
 SYSTEMS = {"Linux", "MacOS"}
 SHARED = {"Posix"}
 
-# What lists all files of a room is included by the floor's main alone.
+# What lists all files of a room is included by a main alone.
 LISTS = {"korvane/Verbs/AllVerbs.h"}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
@@ -69,8 +69,9 @@ def complaint(source, target):
         return f"only files in {'/'.join(sorted(target.systems))} may know of that system"
     if target.folders & SHARED and not source.folders & (SHARED | SYSTEMS):
         return "only backends may include what backends share"
-    if target.path in LISTS and source.room and source.path != target.path[:-1] + "cpp":
-        return "only main includes the list of its room"
+    isMain = source.path.endswith("/main.cpp")
+    if target.path in LISTS and not isMain and source.path != target.path[:-1] + "cpp":
+        return "only a main includes the list of its room"
     return None
 
 

@@ -76,7 +76,7 @@ class Layers(unittest.TestCase):
         self.assertAllowed("Sources/korvane/main.cpp", "korvane/Verbs/AllVerbs.h")
         self.assertAllowed("Sources/korvane/Verbs/AllVerbs.cpp", "korvane/Verbs/AllVerbs.h")
         self.assertRefused("Sources/korvane/Verbs/OpenVerb.cpp", "korvane/Verbs/AllVerbs.h",
-                           "only main includes the list of its room")
+                           "only a main includes the list of its room")
 
     def test_a_file_in_no_room_is_found(self):
         self.write("Sources/Ambrel/Support/Odd.h")

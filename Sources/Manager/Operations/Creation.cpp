@@ -28,7 +28,8 @@ void append(std::vector<Notice>& notices, std::vector<Notice> more) {
 
 void requireAsPlanned(const CreationPlan& plan, const UserPlaces& user,
                       const Environment& environment) {
-    const auto found = requirePossible(plan, user, environment);
+    const auto instances = instancesWith(*plan.wrapper.outputDir, user);
+    const auto found = requirePossible(plan, instances, user, environment);
     if (!found && !plan.replaced) return;
     if (found && plan.replaced && isUnchanged(*plan.replaced, *found)) return;
     throw Refusal(Kind::changedMeanwhile, plan.bundle,
@@ -89,6 +90,7 @@ Created build(const CreationPlan& plan, const UserPlaces& user) {
     const auto built = createIn(staging.path(), plan, user);
     Created created{.record = requireReadable(built, plan.bundle, user),
                     .replaced = plan.replaced,
+                    .reference = plan.reference,
                     .profile = {},
                     .notices = {}};
     const auto& config = created.record.config;
@@ -108,10 +110,7 @@ Created build(const CreationPlan& plan, const UserPlaces& user) {
     return created;
 }
 
-} // namespace
-
-Created perform(const CreationPlan& plan, const UserPlaces& user, const Environment& environment) {
-    requireAsPlanned(plan, user, environment);
+Created make(const CreationPlan& plan, const UserPlaces& user) {
     auto created = build(plan, user);
     if (plan.start) created.profile = plan.start->profile;
     append(created.notices, noticesOn(plan, created.record, user));
@@ -120,9 +119,16 @@ Created perform(const CreationPlan& plan, const UserPlaces& user, const Environm
     return created;
 }
 
+} // namespace
+
+Created perform(const CreationPlan& plan, const UserPlaces& user, const Environment& environment) {
+    requireAsPlanned(plan, user, environment);
+    return make(plan, user);
+}
+
 Created create(const CreateRequest& request, const UserPlaces& user,
                const Environment& environment) {
-    return perform(planCreation(request, user, environment), user, environment);
+    return make(planCreation(request, user, environment), user);
 }
 
 } // namespace korvane

@@ -4,6 +4,7 @@
 #include "Manager/Operations/CreationPlan.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace korvane {
@@ -12,6 +13,7 @@ namespace korvane {
 struct Created {
     ambrel::InstanceRecord record;
     std::optional<ambrel::InstanceRecord> replaced; ///< the instance that stood there before
+    std::string reference; ///< what it is called: its name where that alone finds it, else its path
     bool homeExisted = false;
     std::optional<ProgramProfile> profile; ///< that it was made with; absent without one
     std::vector<Notice> notices;           ///< in the order in which they came up
@@ -25,7 +27,7 @@ struct Created {
 Created perform(const CreationPlan& plan, const ambrel::UserPlaces& user,
                 const ambrel::Environment& environment);
 
-/// Both at once, for when nobody is to be asked in between.
+/// Both at once, for when nobody is to be asked in between: nothing is looked at twice.
 Created create(const CreateRequest& request, const ambrel::UserPlaces& user,
                const ambrel::Environment& environment);
 

@@ -166,9 +166,9 @@ InstanceConfig claimsOf(const WrapperFactory::Request& wrapper) {
     return config;
 }
 
-void requireOwnClaims(const CreationPlan& plan, const UserPlaces& user) {
+void requireOwnClaims(const CreationPlan& plan, const std::vector<InstanceRecord>& instances,
+                      const UserPlaces& user) {
     const auto claims = claimsOf(plan.wrapper);
-    const auto instances = instancesWith(*plan.wrapper.outputDir, user);
     requireOwnBundleId(claims, plan.bundle, instances);
     requireOwnHome(claims, plan.bundle, instances, user, Remedy::chooseHome);
     if (!usableHome(claims, user)) {
@@ -179,10 +179,12 @@ void requireOwnClaims(const CreationPlan& plan, const UserPlaces& user) {
 
 } // namespace
 
-std::optional<InstanceRecord> requirePossible(const CreationPlan& plan, const UserPlaces& user,
+std::optional<InstanceRecord> requirePossible(const CreationPlan& plan,
+                                              const std::vector<InstanceRecord>& instances,
+                                              const UserPlaces& user,
                                               const Environment& environment) {
     auto replaced = requireReplaceable(plan.bundle, plan.request.existing, user);
-    requireOwnClaims(plan, user);
+    requireOwnClaims(plan, instances, user);
     registration::requireFree(*plan.wrapper.bundleId, plan.bundle, user, environment,
                               Remedy::chooseIdentifier);
     return replaced;
@@ -200,7 +202,10 @@ CreationPlan planCreation(const CreateRequest& request, const UserPlaces& user,
     setSubject(plan);
     setStart(plan, user, environment);
     plan.bundle = BundleLayout::wrapper(*plan.wrapper.outputDir, plan.request.name).bundle;
-    plan.replaced = requirePossible(plan, user, environment);
+    // The only look at all of them: an identifier and a home can be those of any.
+    const auto instances = instancesWith(*plan.wrapper.outputDir, user);
+    plan.replaced = requirePossible(plan, instances, user, environment);
+    plan.reference = nameAmong(instances, {plan.bundle, claimsOf(plan.wrapper)}, user);
     if (plan.replaced) plan.replacedSize = sizeOfTree(plan.bundle);
     const auto home = usableHome(claimsOf(plan.wrapper), user);
     plan.homeExists = home && ambrel::fileSystem::exists(*home);

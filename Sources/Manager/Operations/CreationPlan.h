@@ -8,6 +8,8 @@
 #include "Manager/Operations/CreateRequest.h"
 
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace korvane {
 
@@ -22,6 +24,8 @@ struct CreationPlan {
     std::optional<ambrel::InstanceRecord> replaced; ///< goes; its data stays
     TreeSize replacedSize;                          ///< of the bundle that goes
     bool homeExists = false;                        ///< the home is there, with what is in it
+    /// What the instance will be called: its name where that alone finds it, else its path.
+    std::string reference;
 };
 
 /// Looks at everything that a new instance depends on; writes nothing. Throws what
@@ -32,10 +36,10 @@ CreationPlan planCreation(const CreateRequest& request, const ambrel::UserPlaces
                           const ambrel::Environment& environment);
 
 /// Throws Refusal where something is in the way of the plan: notAnInstance or instanceExists for
-/// what stands in its place, unknownUser for the home, identifierTaken, homeTaken and entryTaken.
-/// Returns the instance that would be replaced.
-std::optional<ambrel::InstanceRecord> requirePossible(const CreationPlan& plan,
-                                                      const ambrel::UserPlaces& user,
-                                                      const ambrel::Environment& environment);
+/// what stands in its place, unknownUser for the home, identifierTaken, homeTaken and entryTaken;
+/// `instances` are those that instancesWith() finds. Returns the instance that would be replaced.
+std::optional<ambrel::InstanceRecord>
+requirePossible(const CreationPlan& plan, const std::vector<ambrel::InstanceRecord>& instances,
+                const ambrel::UserPlaces& user, const ambrel::Environment& environment);
 
 } // namespace korvane

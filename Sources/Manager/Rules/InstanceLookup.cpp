@@ -11,6 +11,7 @@
 #include "Manager/Rules/UserText.h"
 
 #include <algorithm>
+#include <map>
 
 namespace korvane {
 
@@ -18,6 +19,7 @@ using ambrel::InstanceConfig;
 using ambrel::InstanceRecord;
 using ambrel::InstanceRegistry;
 using ambrel::Path;
+using ambrel::UserPlaces;
 namespace folders = ambrel::folders;
 
 namespace {
@@ -106,15 +108,71 @@ std::optional<Path> usableHome(const InstanceConfig& config, const ambrel::UserP
     return home;
 }
 
+std::string nameAmong(const std::vector<InstanceRecord>& instances, const InstanceRecord& record,
+                      const UserPlaces& user) {
+    const auto folder = InstanceRegistry::defaultSearchDirs(user).front();
+    const auto isListed = [&](const Path& bundle) {
+        return ambrel::paths::deletingLastComponent(bundle) == folder;
+    };
+    const bool isAmbiguous = std::ranges::any_of(instances, [&](const InstanceRecord& other) {
+        return other.config.displayName == record.config.displayName && isListed(other.bundleURL) &&
+               !isSameBundle(other.bundleURL, record.bundleURL);
+    });
+    const Path own{ambrel::paths::deletingLastComponent(record.bundleURL)};
+    if (isAmbiguous || !folders::areSame(own, folder)) return record.bundleURL;
+    return record.config.displayName;
+}
+
+namespace {
+
+/// Compares many homes with one, each with as few looks at the file system as that takes: most
+/// homes lie side by side, so that the folder that holds them is looked at once.
+class HomeComparison {
+public:
+    explicit HomeComparison(Path home)
+        : home_(std::move(home)), real_(folders::canonical(home_)),
+          isThere_(ambrel::fileSystem::exists(home_)) {}
+
+    bool isSame(const Path& other) {
+        if (other == home_) return true;
+        if (isThere_ && ambrel::fileSystem::isSameItem(home_, other)) return true;
+        return realPlace(other) == real_;
+    }
+
+private:
+    Path realPlace(const Path& path) {
+        const Path place{ambrel::paths::withoutTrailingSlashes(path)};
+        const auto name = ambrel::paths::lastComponent(place);
+        const bool isPlain = name != "." && name != "..";
+        if (!isPlain ||
+            ambrel::fileSystem::kindOf(place) == ambrel::fileSystem::ItemKind::symbolicLink) {
+            return folders::canonical(place);
+        }
+        const Path above{ambrel::paths::deletingLastComponent(place)};
+        const auto known = parents_.find(above);
+        if (known != parents_.end()) return ambrel::paths::join(known->second, name);
+        return ambrel::paths::join(parents_.emplace(above, folders::canonical(above)).first->second,
+                                   name);
+    }
+
+    Path home_;
+    Path real_;
+    bool isThere_;
+    std::map<Path, Path> parents_;
+};
+
+} // namespace
+
 void requireOwnHome(const InstanceConfig& config, const Path& self,
                     const std::vector<InstanceRecord>& instances, const ambrel::UserPlaces& user,
                     Remedy remedy) {
     const auto home = usableHome(config, user);
     if (!home) return;
+    HomeComparison comparison(*home);
     for (const auto& other : instances) {
         const auto theirs = usableHome(other.config, user);
-        if (isSameBundle(other.bundleURL, self) || !theirs) continue;
-        if (!folders::areSame(*home, *theirs)) continue;
+        if (!theirs || !comparison.isSame(*theirs)) continue;
+        if (isSameBundle(other.bundleURL, self)) continue;
         throw Refusal(Refusal::Kind::homeTaken, *home,
                       "The home " + ambrel::utf8::oneLine(*home) + " belongs to the instance " +
                           inQuotes(other.config.displayName) + " (" +
@@ -127,8 +185,8 @@ void requireOwnBundleId(const InstanceConfig& config, const Path& self,
                         const std::vector<InstanceRecord>& instances) {
     const auto own = ambrel::text::lowercased(config.bundleId);
     for (const auto& other : instances) {
-        if (isSameBundle(other.bundleURL, self)) continue;
         if (ambrel::text::lowercased(other.config.bundleId) != own) continue;
+        if (isSameBundle(other.bundleURL, self)) continue;
         throw Refusal(Refusal::Kind::identifierTaken, config.bundleId,
                       "The bundle identifier " + inQuotes(config.bundleId) +
                           " belongs to the instance " + inQuotes(other.config.displayName) + " (" +

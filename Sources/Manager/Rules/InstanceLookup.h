@@ -22,6 +22,10 @@ std::vector<ambrel::InstanceRecord> instancesWith(const ambrel::Path& folder,
 /// its path.
 std::string nameFor(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 
+/// The same for one that was just made or replaced, by what instancesWith() found before.
+std::string nameAmong(const std::vector<ambrel::InstanceRecord>& instances,
+                      const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
+
 /// The folder of an instance's data for use now, absent when the configuration gives no absolute
 /// one.
 std::optional<ambrel::Path> usableHome(const ambrel::InstanceConfig& config,

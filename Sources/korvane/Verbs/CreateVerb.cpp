@@ -3,7 +3,6 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Operations/Creation.h"
-#include "Manager/Rules/InstanceLookup.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Messages.h"
@@ -96,8 +95,7 @@ void tellAbout(const Created& created, const Surroundings& surroundings) {
         if (isOnOrigin(notice)) tell(surroundings, notice);
     }
     tellAboutHome(created, surroundings);
-    say(surroundings,
-        "Open it with: " + commandLine("open", {nameFor(created.record, surroundings.user)}));
+    say(surroundings, "Open it with: " + commandLine("open", {created.reference}));
 }
 
 int createInstance(const CreateOptions& options, const Surroundings& surroundings) {
