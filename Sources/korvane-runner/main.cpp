@@ -26,8 +26,7 @@ int fail(const std::string& message) {
 /// A home that has gone is made again as it was when the instance was made, whoever starts it.
 /// Where the start is going to be refused that is left to the launch, which knows what remains.
 void prepareHome(const ResolvedInstance& instance, const UserPlaces& user) noexcept {
-    const bool isRefused = fileSystem::isMissing(instance.home) && findLaunchObstacle(instance);
-    if (!isRefused) HomePreparation::ensure(instance, user);
+    HomePreparation::ensure(instance, user, [&] { return !findLaunchObstacle(instance); });
 }
 
 /// Runs the instance to its end and returns its status.

@@ -152,7 +152,8 @@ std::vector<std::string> HomePreparation::furnish(const ResolvedInstance& instan
     return failures;
 }
 
-void HomePreparation::ensure(const ResolvedInstance& instance, const UserPlaces& user) noexcept {
+void HomePreparation::ensure(const ResolvedInstance& instance, const UserPlaces& user,
+                             const std::function<bool()>& mayMake) noexcept {
     try {
         if (!hasHome(instance)) return;
         if (!fileSystem::isMissing(instance.home)) {
@@ -161,6 +162,7 @@ void HomePreparation::ensure(const ResolvedInstance& instance, const UserPlaces&
             tryMakeDataFolders(instance, user); // programs go astray without them
             return;
         }
+        if (!mayMake()) return;
         NewFolders folders;
         make(instance, folders);
         folders.keep();

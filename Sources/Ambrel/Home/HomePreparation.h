@@ -3,6 +3,8 @@
 #include "Ambrel/Home/NewFolders.h"
 #include "Ambrel/Instance/ResolvedInstance.h"
 
+#include <functional>
+
 namespace ambrel {
 
 /// Makes an instance's home ready for what will run in it. Nothing that is there is changed or
@@ -28,9 +30,11 @@ struct HomePreparation {
 
     /// For an instance that is about to start: a home that has gone is made and furnished again; in
     /// one that is there only missing data folders are made, and nothing that the user has removed
-    /// comes back. Nothing for a kind without a home. Never fails: what is missing then, the launch
-    /// reports.
-    static void ensure(const ResolvedInstance& instance, const UserPlaces& user) noexcept;
+    /// comes back. Nothing for a kind without a home, and none is made where `mayMake` says no.
+    /// Never fails: what is missing then, the launch reports.
+    static void ensure(
+        const ResolvedInstance& instance, const UserPlaces& user,
+        const std::function<bool()>& mayMake = [] { return true; }) noexcept;
 
     /// The folders below the home that arguments and environment name, relative to it. An argument
     /// names one by an option of a known engine, or by one whose name ends in "dir", "directory",
