@@ -39,9 +39,25 @@ target_sources(ManagerTests PRIVATE
     Manager/Programs/Linux/DesktopEntryTests.cpp
 )
 
+# No host of the runner has an event loop yet: the only programs with GLib's are tests.
+pkg_check_modules(glib REQUIRED IMPORTED_TARGET gio-unix-2.0)
+add_library(KorvaneGLibLoop STATIC
+    "${PROJECT_SOURCE_DIR}/Sources/korvane-runner/Desktop/Linux/GLibLoop.cpp")
+target_link_libraries(KorvaneGLibLoop PUBLIC KorvaneHosts PkgConfig::glib)
+
+add_executable(korvane-test-loop korvane-runner/Desktop/Linux/LoopProgram.cpp)
+target_link_libraries(korvane-test-loop PRIVATE KorvaneGLibLoop)
+target_compile_definitions(korvane-test-loop PRIVATE
+    KORVANE_TEST_PROBE="$<TARGET_FILE:korvane-test-probe>")
+
+target_sources(RunnerTests PRIVATE korvane-runner/Desktop/Linux/GLibLoopTests.cpp)
+target_link_libraries(RunnerTests PRIVATE KorvaneGLibLoop)
+add_dependencies(RunnerTests korvane-test-loop)
+
 # What the runner is linked to, and the library that it must do without.
 pkg_check_modules(plist REQUIRED libplist-2.0)
 target_compile_definitions(RunnerTests PRIVATE
+    KORVANE_TEST_LOOP="$<TARGET_FILE:korvane-test-loop>"
     KORVANE_TEST_READELF="${CMAKE_READELF}"
     KORVANE_TEST_PLIST="${plist_LINK_LIBRARIES}")
 

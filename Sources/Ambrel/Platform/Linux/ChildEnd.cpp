@@ -4,8 +4,11 @@
 
 #include <cerrno>
 #include <sys/eventfd.h>
-#include <sys/syscall.h>
-#include <unistd.h>
+
+// The header of glibc 2.36 does not say that its functions are C.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 namespace ambrel {
 
@@ -16,8 +19,7 @@ OwnedFd alreadyReadable() { return OwnedFd(::eventfd(1, EFD_CLOEXEC)); }
 
 OwnedFd open(const ChildProcess& child) {
     if (!child.isRunning()) return alreadyReadable();
-    // By number: the C library's own function came with glibc 2.36.
-    OwnedFd fd(static_cast<int>(::syscall(SYS_pidfd_open, child.processIdentifier(), 0)));
+    OwnedFd fd(::pidfd_open(child.processIdentifier(), 0));
     return fd || errno != ESRCH ? std::move(fd) : alreadyReadable();
 }
 
