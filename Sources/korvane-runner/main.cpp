@@ -8,6 +8,7 @@
 #include "korvane-runner/WaitingHost.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -30,7 +31,7 @@ void prepareHome(const ResolvedInstance& instance, const UserPlaces& user) noexc
 }
 
 /// Runs the instance to its end and returns its status.
-int host(const InstanceConfig& config, const SignalHold& signals) {
+int host(InstanceConfig config, const SignalHold& signals) {
     switch (hostFor(config)) {
     case Host::web:     // nothing shows a web site yet; the launcher refuses it in its own words
     case Host::menuBar: // there is no status item yet; the program runs without
@@ -38,7 +39,7 @@ int host(const InstanceConfig& config, const SignalHold& signals) {
         break;
     }
     const auto user = UserPlaces::ofThisProcess();
-    const auto instance = ResolvedInstance::of(config, user);
+    const auto instance = ResolvedInstance::of(std::move(config), user);
     prepareHome(instance, user);
     auto program = InstanceLauncher::launch(instance, user, processEnvironment());
     return WaitingHost::run(program, signals);
@@ -55,7 +56,7 @@ int run(const SignalHold& signals) {
         return fail(std::string("unreadable instance.json — ") + error.what());
     }
     try {
-        return host(config, signals);
+        return host(std::move(config), signals);
     } catch (const std::exception& error) {
         return fail(std::string("failed to launch instance — ") + error.what());
     }

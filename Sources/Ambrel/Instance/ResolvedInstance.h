@@ -16,7 +16,7 @@ struct ResolvedInstance {
     std::optional<Path> workingDirectory;
 
     /// Looks at no file; only "~name" asks the user database.
-    static ResolvedInstance of(const InstanceConfig& config, const UserPlaces& user);
+    static ResolvedInstance of(InstanceConfig config, const UserPlaces& user);
 };
 
 } // namespace ambrel
