@@ -34,7 +34,7 @@ target_sources(Ambrel PRIVATE
 find_package(ICU 72 REQUIRED COMPONENTS i18n uc)
 target_link_libraries(Ambrel PUBLIC ICU::i18n ICU::uc ${CMAKE_DL_LIBS})
 
-# For whoever uses the installed library: the same, as AmbrelConfig.cmake and ambrel.pc name it.
+# For whoever uses the installed library: the same, as install_library() hands it on.
 set(AMBREL_DEPENDENCIES "find_dependency(ICU ${ICU_VERSION_MAJOR} COMPONENTS i18n uc)")
 set(AMBREL_PC_REQUIRES "icu-i18n icu-uc")
 set(AMBREL_PC_LIBS "-l${CMAKE_DL_LIBS}")

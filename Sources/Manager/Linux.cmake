@@ -21,7 +21,9 @@ target_sources(KorvaneManager PRIVATE
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(elf REQUIRED IMPORTED_TARGET libelf)
-target_link_libraries(KorvaneManager PRIVATE PkgConfig::elf)
+target_link_libraries(KorvaneManager PRIVATE
+    "$<BUILD_INTERFACE:PkgConfig::elf>" "$<INSTALL_INTERFACE:elf>")
+set(MANAGER_PC_LIBS "-lelf")
 
 # The profiles of programs are data. The manager of the build tree reads the ones here, so that one
 # that is added or mended counts at once.

@@ -14,7 +14,8 @@ import unittest
 from EndToEnd import User
 
 source = pathlib.Path(__file__).resolve().parents[2]
-example = source / "Documentation" / "Examples" / "consumer"
+examples = source / "Documentation" / "Examples"
+example = examples / "consumer"
 
 
 class Installation(unittest.TestCase):
@@ -41,10 +42,22 @@ class Installation(unittest.TestCase):
         self.assertEqual((home / "korvane-instance.log").read_text(), "hello world\n")
         self.assertEqual(output, f'made {folder}/{name}.app\n{name}: {home}\n')
 
-    def packageFlags(self, *options):
+    def packageFlags(self, *options, package="ambrel"):
         (packages,) = self.prefix.rglob("pkgconfig")
         return shlex.split(self.user.run("env", f"PKG_CONFIG_PATH={packages}", "pkg-config",
-                                         *options, "ambrel"))
+                                         *options, package))
+
+    def runManagerExample(self, program):
+        """Lets the example make, list and delete an instance, and checks what it says."""
+        runner = self.prefix / "lib" / "korvane" / "korvane-runner"
+        lines = self.user.run(program, runner, "/bin/echo", "hello").splitlines()
+
+        bundle = self.user.home / "Applications" / "Example.app"
+        self.assertIn(f"Example: {bundle}", lines)
+        self.assertRegex(lines[-2], r"^\d{6,} bytes would go$")
+        self.assertEqual(lines[-1], "deleted")
+        self.assertFalse(bundle.exists())
+        self.assertFalse((self.user.home / "KorvaneInstances" / "Example").exists())
 
     def includeFolders(self, flags):
         folders = {pathlib.Path(flag[2:]) for flag in flags if flag.startswith("-I")}
@@ -73,6 +86,25 @@ class Installation(unittest.TestCase):
         self.runConsumer(program, "With pkg-config")
         self.assertEqual(self.includeFolders(flags), {self.prefix / "include"})
 
+    def test_the_manager_is_a_library_for_another_front_end_with_cmake(self):
+        build = self.user.root / "build of the manager's example"
+
+        self.user.run("cmake", "-G", "Ninja", "-S", examples / "manager", "-B", build,
+                      f"-DCMAKE_PREFIX_PATH={self.prefix}",
+                      f"-DCMAKE_CXX_COMPILER={os.environ['CXX']}")
+        self.user.run("cmake", "--build", build)
+
+        self.runManagerExample(build / "manager")
+
+    def test_the_manager_is_a_library_for_another_front_end_with_pkg_config(self):
+        flags = self.packageFlags("--cflags", "--libs", package="korvanemanager")
+        program = self.user.root / "manager"
+
+        self.user.run(os.environ["CXX"], "-std=c++20", examples / "manager" / "main.cpp", "-o",
+                      program, *flags)
+
+        self.runManagerExample(program)
+
     def test_pkg_config_asked_to_derive_the_prefix_gives_the_same_folders(self):
         for name, folder in {"includedir": "include", "libdir": "lib"}.items():
             (given,) = self.packageFlags("--define-prefix", f"--variable={name}")
@@ -90,7 +122,7 @@ class Installation(unittest.TestCase):
             file = self.user.root / "header.cpp"
             file.write_text(f"#include <{name}>\n")
             self.user.run(os.environ["CXX"], "-std=c++20", "-fsyntax-only",
-                          f"-I{self.prefix}/include", file)
+                          f"-I{self.prefix}/include", f"-I{self.prefix}/include/korvane", file)
 
     def test_nothing_installed_tells_where_it_was_built(self):
         for file in self.prefix.rglob("*"):
