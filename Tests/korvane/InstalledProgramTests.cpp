@@ -112,4 +112,16 @@ TEST_CASE("a program that is reached by another name keeps that name") {
     CHECK_FALSE(of(tmp / "emacs-x").byProcessName);
 }
 
+TEST_CASE("browsers are told the name of their windows by arguments, others are not") {
+    using Engine = ambrel::AppEngine;
+    using installedProgram::windowNameArguments;
+
+    CHECK(windowNameArguments(Engine::chromium, "org.x") == Strings{"--class=org.x"});
+    CHECK(windowNameArguments(Engine::firefox, "org.x") ==
+          Strings{"--class", "org.x", "--name", "org.x"});
+    for (const auto engine : {Engine::electron, Engine::eclipse, Engine::other}) {
+        CHECK(windowNameArguments(engine, "org.x").empty());
+    }
+}
+
 } // namespace korvane::test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ambrel/Application/AppEngine.h"
 #include "Ambrel/Instance/InstanceConfig.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
 
@@ -26,6 +27,10 @@ struct WindowNaming {
 /// and a program that is reached by a link of another name may act by that: neither is given
 /// another name. On macOS nothing is.
 WindowNaming windowNamingOf(const ambrel::Path& started, const ambrel::Path& program);
+
+/// The arguments that give the windows of programs with this engine the name `name`; none where the
+/// engine has no such arguments, and on macOS, where windows go by their bundle.
+std::vector<std::string> windowNameArguments(ambrel::AppEngine engine, const std::string& name);
 
 /// The variables that keep an application of this system apart beside its home folder. On Linux
 /// GSETTINGS_BACKEND: settings are otherwise written by a service that has the user's own home.

@@ -59,24 +59,16 @@ WindowName nameByLibraries(const AppBundle& app) {
 }
 
 WindowName windowNameFor(const AppBundle& app) {
-    const std::string id{desktopIdPlaceholder};
-    using Engine = WrapperFactory::AppEngine;
-    switch (WrapperFactory::detectEngine(app.url, app.bundleId)) {
-    case Engine::chromium:
-        return {.arguments = {"--class=" + id}, .environment = {}, .startupWmClass = {}};
-    case Engine::firefox:
-        return {
-            .arguments = {"--class", id, "--name", id}, .environment = {}, .startupWmClass = {}};
-    case Engine::eclipse: {
-        auto name = nameByLibraries(app);
-        name.byProcessName = false; // its launcher looks for its settings by that
-        return name;
+    const auto engine = WrapperFactory::detectEngine(app.url, app.bundleId);
+    auto arguments =
+        installedProgram::windowNameArguments(engine, std::string(desktopIdPlaceholder));
+    if (!arguments.empty()) {
+        return {.arguments = std::move(arguments), .environment = {}, .startupWmClass = {}};
     }
-    case Engine::electron:
-    case Engine::other:
-        break;
-    }
-    return nameByLibraries(app);
+    auto name = nameByLibraries(app);
+    // The launcher of an Eclipse program looks for its settings by its own name.
+    if (engine == WrapperFactory::AppEngine::eclipse) name.byProcessName = false;
+    return name;
 }
 
 void addWindowName(StartPlan& plan, const WindowName& name, const std::string& desktopId) {

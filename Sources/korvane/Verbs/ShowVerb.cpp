@@ -33,9 +33,10 @@ void writeDetails(const InstanceRecord& record, const Surroundings& surroundings
         addPart(table, record, part);
     }
     if (const auto icon = record.iconURL()) table.add({"icon", *icon});
-    table.add({"desktopId", ambrel::desktopId(record.config.bundleId)});
-    if (const auto entry = registration::findEntry(record, surroundings.user)) {
-        table.add({"desktopEntry", entry->file});
+    if (registration::isOffered()) {
+        table.add({"desktopId", ambrel::desktopId(record.config.bundleId)});
+        const auto entry = registration::findEntry(record, surroundings.user);
+        if (entry) table.add({"desktopEntry", entry->file});
     }
     table.write(surroundings.results);
 }

@@ -115,6 +115,13 @@ WindowNaming windowNamingOf(const Path& started, const Path& program) {
     return naming;
 }
 
+std::vector<std::string> windowNameArguments(ambrel::AppEngine engine, const std::string& name) {
+    using Engine = ambrel::AppEngine;
+    if (engine == Engine::chromium) return {"--class=" + name};
+    if (engine == Engine::firefox) return {"--class", name, "--name", name};
+    return {};
+}
+
 ambrel::StringMap separatingVariables() { return {{"GSETTINGS_BACKEND", "keyfile"}}; }
 
 } // namespace korvane::installedProgram
