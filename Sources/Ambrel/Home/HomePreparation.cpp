@@ -157,8 +157,7 @@ void HomePreparation::ensure(const ResolvedInstance& instance, const UserPlaces&
     try {
         if (!hasHome(instance)) return;
         if (!fileSystem::isMissing(instance.home)) {
-            // A command's start is cheap, and has to stay so.
-            if (instance.config.kind == ShortcutKind::app) homesElsewhere::add(instance.home, user);
+            homesElsewhere::add(instance.home, user);
             tryMakeDataFolders(instance, user); // programs go astray without them
             return;
         }

@@ -4,6 +4,7 @@
 #include "Ambrel/Home/NewFolders.h"
 #include "Ambrel/Instance/BundleScan.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/GuardedFolder.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,36 +14,47 @@ namespace ambrel::homesElsewhere {
 
 namespace {
 
-Path folderOf(const UserPlaces& user) { return paths::join(user.data, "korvane"); }
-Path fileOf(const UserPlaces& user) { return paths::join(folderOf(user), "homes"); }
+constexpr const char* listName = "homes";
+constexpr unsigned ownerFile = 0600;
 
-/// The list, absent when there is none. Each entry ends in a NUL byte, which is in no path.
+Path folderOf(const UserPlaces& user) { return paths::join(user.data, "korvane"); }
+Path fileOf(const UserPlaces& user) { return paths::join(folderOf(user), listName); }
+
+/// The list, absent when there is none. Each entry ends in a NUL byte, which is in no path; the
+/// first one is empty, so that a file that was cut to nothing is not taken for a list.
 std::optional<std::string> readList(const UserPlaces& user) {
     if (user.data.empty()) return std::nullopt;
     try {
-        return fileSystem::read(fileOf(user));
+        auto list = fileSystem::read(fileOf(user));
+        return list.empty() ? std::nullopt : std::optional(std::move(list));
     } catch (const FileError&) {
         return std::nullopt;
     }
 }
 
-/// Without the list every start looks for itself, which is slower and no less right.
-void tryWriteList(const std::string& list, const UserPlaces& user) noexcept {
+bool isEmptyFile(const Path& file) {
+    return fileSystem::kindOf(file) == fileSystem::ItemKind::file && fileSystem::read(file).empty();
+}
+
+/// Without the list every start looks for itself, which is slower and no less right. One that
+/// another process has made meanwhile stays.
+void tryMakeList(const std::string& list, const UserPlaces& user) noexcept {
     // An account without a home does not get one from here.
     if (user.data.empty() || !fileSystem::isFolder(user.home)) return;
     try {
         NewFolders folders;
         folders.makePrivate(folderOf(user));
-        fileSystem::replace(fileOf(user), list);
+        const bool isMade = GuardedFolder::open(folderOf(user)).putFile(listName, list, ownerFile);
+        if (!isMade && isEmptyFile(fileOf(user))) {
+            fileSystem::replace(fileOf(user), list, ownerFile);
+        }
         folders.keep();
     } catch (const std::exception&) {
     }
 }
 
 bool isListed(const std::string& list, const Path& home) {
-    const auto entry = home + '\0';
-    const auto at = list.find('\0' + entry);
-    return list.starts_with(entry) || at != std::string::npos;
+    return list.find('\0' + home + '\0') != std::string::npos;
 }
 
 void append(std::string& list, const Path& home) {
@@ -66,7 +78,7 @@ void appendHome(std::string& list, const Path& home, const UserPlaces& user) {
 }
 
 std::string listByLooking(const UserPlaces& user) {
-    std::string list;
+    std::string list(1, '\0');
     for (const auto& bundle : bundlesIn(defaultInstanceFolders(user))) {
         const auto config = configIn(bundle);
         if (!config) continue;
@@ -82,10 +94,12 @@ void add(const Path& given, const UserPlaces& user) noexcept {
     try {
         const Path home{paths::withoutTrailingSlashes(given)};
         if (!isElsewhere(home, user)) return;
+        if (!readList(user)) tryMakeList(listByLooking(user), user);
         auto list = readList(user);
-        if (!list || isListed(*list, home)) return;
+        if (!list) return;
+        const auto known = list->size();
         appendHome(*list, home, user);
-        tryWriteList(*list, user);
+        if (list->size() > known) fileSystem::append(fileOf(user), list->substr(known));
     } catch (const std::exception&) {
         // What cannot be told now is told at the next start.
     }
@@ -95,7 +109,7 @@ std::vector<Path> all(const UserPlaces& user) {
     auto list = readList(user);
     if (!list) {
         list = listByLooking(user);
-        tryWriteList(*list, user);
+        tryMakeList(*list, user);
     }
     std::vector<Path> homes;
     for (std::string_view rest = *list; !rest.empty();) {

@@ -12,14 +12,15 @@ namespace ambrel::homesElsewhere {
 /// The folder below the user's home in which an instance's home lies unless another one is chosen.
 inline constexpr std::string_view usualFolder = "KorvaneInstances";
 
-/// Puts `home` on the list, unless it lies in the usual folder, is no absolute path, or is or
-/// contains the user's own. Nothing without a list, which all() makes of what it finds. Never
-/// fails: what cannot be written is tried again when the instance starts again.
+/// Puts `home` on the list, by its name and by where links lead from there now, unless it lies in
+/// the usual folder, is no absolute path, or is or contains the user's own. Several processes may
+/// do so at once. Never fails: what cannot be written is tried again when the instance starts
+/// again.
 void add(const Path& home, const UserPlaces& user) noexcept;
 
 /// The homes on the list as they were named, and where links led from there; some may be gone. A
-/// list that is missing is made of the instances in the default folder, which is the only look at
-/// all of them.
+/// list that is missing or empty is made of the instances in the default folder, which is the only
+/// look at all of them. Nothing is ever taken off: a home whose instance is gone keeps its data.
 std::vector<Path> all(const UserPlaces& user);
 
 } // namespace ambrel::homesElsewhere

@@ -19,7 +19,9 @@ public:
     /// The user's folder for the shared name `name`, existing or not: the one that the user has
     /// set, else the one of that name in the user's home. Absent when a setting names no usable
     /// place, or one that is or contains, by its text or by where its links lead, the user's home,
-    /// or that is, contains or lies in the home of an instance: such a folder is not shared.
+    /// or that is, contains or lies in the home of an instance: such a folder is not shared. A
+    /// setting that is the folder of that name in the user's home says no more than none at all:
+    /// that one is always shared, unless a link stands there.
     std::optional<Path> find(std::string_view name);
 
     /// Every place that the user has set for one of these folders, whether it would be shared or

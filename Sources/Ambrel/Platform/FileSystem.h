@@ -52,6 +52,9 @@ void write(const Path& file, std::string_view bytes);
 /// step, with exactly the permission bits `mode` when that is given; after a failure everything is
 /// as it was.
 void replace(const Path& file, std::string_view bytes, std::optional<unsigned> mode = {});
+/// Appends to a file that exists, in one write, so that what others append meanwhile stays whole. A
+/// link in its place is refused.
+void append(const Path& file, std::string_view bytes);
 /// Copies the bytes of `source` (a link is followed) to the new file `destination`; fails if
 /// something is there, and leaves nothing there when the copy fails.
 void copyFile(const Path& source, const Path& destination);

@@ -5,6 +5,10 @@
 #include "Support/Environment.h"
 #include "Support/Expect.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <thread>
+
 using namespace ambrel;
 using namespace korvane::test;
 
@@ -122,6 +126,66 @@ TEST_CASE("nothing is listed that is no home of its own, and nothing twice") {
     }
 
     CHECK(homesElsewhere::all(places) == Strings{scene.home});
+}
+
+TEST_CASE("homes that are listed at the same time are all kept") {
+    const Scene scene;
+    const auto places = scene.user.places();
+    Strings homes;
+    for (int number = 10; number < 50; ++number) {
+        homes.push_back(scene.tmp / ("far/" + std::to_string(number)));
+    }
+    std::vector<std::thread> adding;
+    adding.reserve(homes.size());
+    for (const auto& home : homes) {
+        adding.emplace_back([&places, &home] { homesElsewhere::add(home, places); });
+    }
+    for (auto& thread : adding) thread.join();
+
+    auto listed = homesElsewhere::all(places);
+    std::ranges::sort(listed);
+    CHECK(listed == homes);
+}
+
+TEST_CASE("a list that was cut to nothing is made again, one that is a link is not written to") {
+    const Scene scene;
+    const auto places = scene.user.places();
+    const auto bundle = writeWrapper(scene.user / "Applications/Work.app", scene.config);
+    const auto list = scene.user / ".local/share/korvane/homes";
+    writeFile(list, "");
+
+    CHECK(homesElsewhere::all(places) == Strings{scene.home});
+    CHECK(readFile(list).size() > 1);
+
+    const auto kept = writeFile(scene.tmp / "kept", "mine");
+    std::filesystem::remove(list);
+    makeLink(list, kept);
+    homesElsewhere::add(scene.tmp / "far/Other", places);
+    CHECK(readFile(kept) == "mine");
+}
+
+TEST_CASE("a link to a home is listed again when it leads elsewhere") {
+    const Scene scene;
+    const auto places = scene.user.places();
+    const auto home = scene.tmp / "far/Work";
+    makeLink(home, makeFolder(scene.tmp / "first"));
+    homesElsewhere::add(home, places);
+    std::filesystem::remove(home);
+    makeLink(home, makeFolder(scene.tmp / "second"));
+
+    homesElsewhere::add(home, places);
+
+    CHECK(homesElsewhere::all(places) == Strings{home, scene.tmp / "first", scene.tmp / "second"});
+}
+
+TEST_CASE("the home of a command elsewhere is listed when it starts") {
+    Scene scene;
+    scene.config.kind = ShortcutKind::command;
+    makeFolder(scene.home);
+
+    scene.ensure();
+
+    CHECK(homesElsewhere::all(scene.user.places()) == Strings{scene.home});
 }
 
 TEST_CASE("a user without a home gets none for the list") {

@@ -115,6 +115,13 @@ std::string read(const Path& file) {
     return readAll(fd.get(), "read", file);
 }
 
+void append(const Path& file, std::string_view bytes) {
+    const auto fd = OwnedFd::open("append to", file, O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK);
+    const auto written =
+        retryInterrupted([&] { return ::write(fd.get(), bytes.data(), bytes.size()); });
+    if (written != static_cast<ssize_t>(bytes.size())) throwFileError("append to", file);
+}
+
 void write(const Path& file, std::string_view bytes) {
     const auto fd = OwnedFd::open("write", file, O_WRONLY | O_CREAT | O_TRUNC);
     writeAll(fd.get(), bytes, "write", file);
