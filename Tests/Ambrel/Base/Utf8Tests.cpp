@@ -124,10 +124,10 @@ TEST_CASE("a text for one line never holds a character that breaks or reorders l
 }
 
 TEST_CASE("control characters are those of ASCII, DEL and the 32 from U+0080 on") {
-    for (const char32_t control : {0x00, 0x0A, 0x1F, 0x7F, 0x80, 0x85, 0x9F}) {
+    for (const char32_t control : U"\x0A\x1F\x7F\x80\x85\x9F") { // with the NUL at its end
         CHECK(utf8::isControl(control));
     }
-    for (const char32_t other : {0x20, 0x7E, 0xA0, 0x2028, 0x10FFFF}) {
+    for (const char32_t other : {U'\x20', U'\x7E', U'\xA0', U'\x2028', U'\U0010FFFF'}) {
         CHECK_FALSE(utf8::isControl(other));
     }
 }

@@ -45,10 +45,11 @@ TEST_CASE("the members of the table stand in the order of the record, each once"
 }
 
 TEST_CASE("exactly one field tells what an instance of a kind opens, and only for that kind") {
-    for (const auto& [kind, name] : RawValues<ShortcutKind>::table) {
-        CAPTURE(name);
+    for (const auto& entry : RawValues<ShortcutKind>::table) {
+        const auto current = entry.first;
+        CAPTURE(entry.second);
         int subjects = 0;
-        forEachField([&, current = kind](const auto& field) {
+        forEachField([&](const auto& field) {
             if (field.part == ConfigPart::subject && field.kinds.contains(current)) ++subjects;
         });
         CHECK(subjects == 1);

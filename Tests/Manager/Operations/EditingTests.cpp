@@ -113,10 +113,11 @@ TEST_CASE("a field that the bundle carries elsewhere is not edited") {
         {"registerAsBrowser", [](auto& config) { config.registerAsBrowser = true; }},
         {"openWithPassthrough", [](auto& config) { config.openWithPassthrough = true; }},
     };
-    for (const auto& [field, alter] : rows) {
+    for (const auto& row : rows) {
+        const auto& field = row.first;
         CAPTURE(field);
         auto wanted = record.config;
-        alter(wanted);
+        row.second(wanted);
         const auto refusal = refusalOf(scene, [&] { change(record, wanted, scene.user); });
         CHECK(refusal.kind == Kind::fieldIsBundles);
         CHECK(refusal.subject == field);
