@@ -35,7 +35,7 @@ SHARED = {"Posix"}
 # What lists all files of a room is included by a main alone.
 LISTS = {"korvane/Verbs/AllVerbs.h"}
 
-INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
+INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)
 
 
 class Place:

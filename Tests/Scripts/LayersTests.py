@@ -57,6 +57,13 @@ class Layers(unittest.TestCase):
         self.assertRefused("Sources/Manager/Base/Notice.h", "korvane/Verbs/OpenVerb.h",
                            "Manager stands on Ambrel")
 
+    def test_an_include_in_angle_brackets_counts_as_well(self):
+        source = self.root / "Sources/Ambrel/Base/Path.cpp"
+        source.write_text("#include <vector>\n#include <Ambrel/Launch/Launcher.h>\n")
+        self.assertEqual(self.check(), (1, ["Sources/Ambrel/Base/Path.cpp:2: includes "
+                                            "Ambrel/Launch/Launcher.h, but Ambrel/Base lies below "
+                                            "Launch"]))
+
     def test_the_runner_knows_nothing_of_the_manager(self):
         self.assertRefused("Sources/korvane-runner/main.cpp", "Manager/Operations/Create.h",
                            "korvane-runner stands on Ambrel")
