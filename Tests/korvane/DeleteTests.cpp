@@ -107,7 +107,7 @@ TEST_CASE("data in a folder with the user's settings or fonts or Trash is not de
     for (const std::string folder :
          {"/.config", "/.local", "/.local/share", "/.local/share/Trash", "/.local/share/fonts",
           "/.local/share/applications", "/.fonts", "/.themes", "/.icons", "/.config/fontconfig",
-          "/.config/korvane"}) {
+          "/.config/korvane", "/.local/share/korvane"}) {
         CAPTURE(folder);
         writeFile(fixture.manager.home.path() + folder + "/mine", "x");
         fixture.setHome("~" + folder);

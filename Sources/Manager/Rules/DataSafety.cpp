@@ -25,7 +25,11 @@ constexpr std::array<std::string_view, 5> ownFolders{"Downloads", "Documents", "
 /// Everything of the user's that instances share or that this system keeps.
 std::vector<Path> ownPlaces(const ambrel::UserPlaces& user) {
     const auto& [home, config, data] = user;
-    std::vector<Path> places{home, config, data, ambrel::paths::join(config, "korvane"),
+    std::vector<Path> places{home,
+                             config,
+                             data,
+                             ambrel::paths::join(config, "korvane"),
+                             ambrel::paths::join(data, "korvane"),
                              ambrel::paths::join(data, "applications")};
     for (const auto folder : ownFolders) places.push_back(ambrel::paths::join(home, folder));
     for (auto& folder : ambrel::UserFolders::allSet(user)) places.push_back(std::move(folder));

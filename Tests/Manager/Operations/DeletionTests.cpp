@@ -117,6 +117,7 @@ TEST_CASE("data that is the user's own, another's or elsewhere is not deleted") 
     };
     for (const auto& row :
          {Row{"~", Kind::homeIsUsers}, Row{"~/Documents", Kind::homeIsUsers},
+          Row{"~/.local/share/korvane", Kind::homeIsUsers},
           Row{"~/KorvaneInstances", Kind::homeIsShared},
           Row{"~/KorvaneInstances/Other/x", Kind::homeIsShared},
           Row{scene.tmp / "link", Kind::homeIsLink}, Row{"relative", Kind::homeIsMissing}}) {
