@@ -36,6 +36,7 @@ endforeach()
 set_target_properties(AmbrelTests PROPERTIES BUILD_RPATH "${CMAKE_CURRENT_BINARY_DIR}")
 
 target_sources(ManagerTests PRIVATE
+    Manager/Operations/Linux/DeletionTests.cpp
     Manager/Programs/Linux/DesktopEntryTests.cpp
 )
 

@@ -47,6 +47,20 @@ void requireAsPlanned(const DeletionPlan& plan, const UserPlaces& user) {
     requireDeletable(plan.record, plan.data, user);
 }
 
+Refusal notRemoved(const Path& bundle, const ambrel::FileError& error) {
+    return Refusal(Kind::notRemoved, bundle,
+                   "Cannot delete " + ambrel::utf8::oneLine(bundle) + ". " + error.description());
+}
+
+/// A link to a bundle is no bundle: it goes by itself.
+void removeLink(const Path& link) {
+    try {
+        ambrel::fileSystem::removeItem(link);
+    } catch (const ambrel::FileError& error) {
+        throw notRemoved(link, error);
+    }
+}
+
 std::unique_ptr<StagingFolder> movedAside(const Path& bundle) {
     try {
         auto staging =
@@ -55,9 +69,7 @@ std::unique_ptr<StagingFolder> movedAside(const Path& bundle) {
             bundle, ambrel::paths::join(staging->path(), ambrel::paths::lastComponent(bundle)));
         return staging;
     } catch (const ambrel::FileError& error) {
-        throw Refusal(Kind::notRemoved, bundle,
-                      "Cannot delete " + ambrel::utf8::oneLine(bundle) + ". " +
-                          error.description());
+        throw notRemoved(bundle, error);
     }
 }
 
@@ -79,18 +91,21 @@ std::vector<Notice> removeBundle(const InstanceRecord& record, const UserPlaces&
     return notices;
 }
 
-void removeData(const DeletionPlan& plan, const UserPlaces& user, Deleted& deleted) {
-    const bool hadData = plan.home && exists(*plan.home);
-    // The bundle is gone: the data follows.
-    ambrel::InstanceRegistry(user).remove(plan.record, UserData::remove);
-    if (!hadData) return;
-    if (!exists(*plan.home)) {
-        deleted.removedHome = plan.home;
+/// The data alone: what stands where the bundle was may be another one by now.
+void removeData(const Path& home, Deleted& deleted) {
+    if (!exists(home)) return;
+    try {
+        ambrel::fileSystem::removeTree(home);
+    } catch (const ambrel::FileError&) {
+        // Whether it is there still is what counts.
+    }
+    if (!exists(home)) {
+        deleted.removedHome = home;
         return;
     }
-    deleted.failure = Refusal(Kind::dataRemains, *plan.home,
+    deleted.failure = Refusal(Kind::dataRemains, home,
                               "Its data could not be deleted and is still in " +
-                                  ambrel::utf8::oneLine(*plan.home) + ".");
+                                  ambrel::utf8::oneLine(home) + ".");
 }
 
 } // namespace
@@ -117,14 +132,14 @@ Deleted perform(const DeletionPlan& plan, const UserPlaces& user) {
                     .notices = {},
                     .failure = {}};
     if (plan.isLink) {
-        // A link to a bundle is no bundle: it goes by itself.
-        ambrel::fileSystem::removeItem(bundleOf(plan.record));
+        removeLink(bundleOf(plan.record));
     } else {
         deleted.notices = removeBundle(plan.record, user);
     }
+    if (!plan.home) return deleted;
     if (plan.data == UserData::remove) {
-        removeData(plan, user, deleted);
-    } else if (plan.home && exists(*plan.home)) {
+        removeData(*plan.home, deleted);
+    } else if (exists(*plan.home)) {
         deleted.keptHome = plan.home;
     }
     return deleted;
