@@ -23,6 +23,8 @@ public:
     void exchange(const ambrel::Path& built, const ambrel::Path& place);
     /// Removes the folder with what is left in it. Throws FileError, with a part left.
     void remove();
+    /// Leaves the folder with all that is in it where it is.
+    void leave() { path_.clear(); }
 
 private:
     ambrel::NewFolders above_;

@@ -26,16 +26,20 @@ void append(std::vector<Notice>& notices, std::vector<Notice> more) {
     for (auto& notice : more) notices.push_back(std::move(notice));
 }
 
+Refusal changedMeanwhile(const Path& bundle, const std::string& more = "") {
+    return Refusal(Kind::changedMeanwhile, bundle,
+                   "What stands at " + ambrel::utf8::oneLine(bundle) +
+                       " has changed since it was looked at" + more + ".",
+                   Remedy::lookAgain);
+}
+
 void requireAsPlanned(const CreationPlan& plan, const UserPlaces& user,
                       const Environment& environment) {
     const auto instances = instancesWith(*plan.wrapper.outputDir, user);
     const auto found = requirePossible(plan, instances, user, environment);
     if (!found && !plan.replaced) return;
     if (found && plan.replaced && isUnchanged(*plan.replaced, *found)) return;
-    throw Refusal(Kind::changedMeanwhile, plan.bundle,
-                  "What stands at " + ambrel::utf8::oneLine(plan.bundle) +
-                      " has changed since it was looked at.",
-                  Remedy::lookAgain);
+    throw changedMeanwhile(plan.bundle);
 }
 
 /// The chosen icon as an icon file, in `folder` where it was none: a bundle shows no other picture.
@@ -66,16 +70,34 @@ Path createIn(const Path& folder, const CreationPlan& plan, const UserPlaces& us
     }
 }
 
+/// Building takes its time, and what came to the place in it is not removed unseen: it is looked at
+/// once nobody else can reach it at its path, and put back where it is not what was to be replaced.
+void replace(StagingFolder& staging, const Path& built, const CreationPlan& plan,
+             const UserPlaces& user) {
+    staging.exchange(built, plan.bundle);
+    const auto old = ambrel::InstanceRegistry(user).recordFor(built);
+    if (old && isUnchanged(*plan.replaced, {plan.bundle, old->config})) return;
+    try {
+        staging.exchange(built, plan.bundle);
+    } catch (const ambrel::FileError&) {
+        staging.leave();
+        throw changedMeanwhile(plan.bundle, ", and lies in " + ambrel::utf8::oneLine(built));
+    }
+    throw changedMeanwhile(plan.bundle);
+}
+
 /// The new instance is in place: what cannot be removed of the old one is no failure any more.
-void removeOld(StagingFolder& staging, std::vector<Notice>& notices) {
+void removeOld(StagingFolder& staging, const CreationPlan& plan, std::vector<Notice>& notices) {
     const auto hidden = staging.path();
     try {
         staging.remove();
     } catch (const ambrel::FileError& error) {
         notices.push_back({.kind = Notice::Kind::remainsLeft,
                            .subject = hidden,
-                           .sentence = "Remains of what was replaced lie in " +
-                                       ambrel::utf8::oneLine(hidden) + ". " + error.description()});
+                           .sentence = std::string("Remains of ") +
+                                       (plan.replaced ? "what was replaced" : "making it") +
+                                       " lie in " + ambrel::utf8::oneLine(hidden) + ". " +
+                                       error.description()});
     }
 }
 
@@ -99,12 +121,12 @@ Created build(const CreationPlan& plan, const UserPlaces& user) {
     ambrel::NewFolders folders;
     makeHome(config, user, folders);
     if (plan.replaced) {
-        staging.exchange(built, plan.bundle);
+        replace(staging, built, plan, user);
     } else {
         staging.putInPlace(built, plan.bundle);
     }
     folders.keep();
-    removeOld(staging, created.notices);
+    removeOld(staging, plan, created.notices);
     // Only now: what lies in a new home would keep it from being removed after a failure.
     append(created.notices, furnishHome(config, user));
     return created;

@@ -1,8 +1,13 @@
 #include "Scene.h"
 
+#include "Ambrel/Platform/OwnedFd.h"
 #include "Manager/Desktop/Registration.h"
 
+#include <fcntl.h>
 #include <functional>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 namespace korvane::test {
 
@@ -282,6 +287,48 @@ TEST_CASE("an instance that changed or went since it was to be replaced is not r
         CHECK(refusal.subject == scene.bundle());
         CHECK(refusal.remedy == Remedy::lookAgain);
     }
+}
+
+TEST_CASE("an instance that comes to the place while another is built stays there") {
+    const Scene scene;
+    const auto old = scene.instance();
+    auto request = scene.request();
+    request.existing = Existing::replace;
+    request.icon = writeFile(scene.tmp / "icon.icns", "icns picture");
+    const auto plan = scene.plan(request);
+    // Whoever opens the icon is building by then, and waits until somebody writes to it.
+    const auto complete = scene.tmp / "complete.icns";
+    ambrel::fileSystem::move(*request.icon, complete);
+    REQUIRE(::mkfifo(request.icon->c_str(), 0600) == 0);
+    auto config = old.config;
+    config.commandArgs = {"new"};
+    std::thread other([&] {
+        const ambrel::OwnedFd icon(::open(request.icon->c_str(), O_WRONLY | O_CLOEXEC));
+        scene.store(old, config);
+        ambrel::fileSystem::exchange(complete, *request.icon);
+        [[maybe_unused]] const auto written = ::write(icon.get(), "icns", 4);
+    });
+
+    const auto letOtherEnd = [&] {
+        // It would wait for ever for an icon that was never opened.
+        constexpr int flags = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
+        const ambrel::OwnedFd reader(::open(request.icon->c_str(), flags));
+        other.join();
+    };
+    const auto refusal = expectThrow<Refusal>([&] {
+        try {
+            perform(plan, scene.user, scene.environment);
+        } catch (...) {
+            letOtherEnd();
+            throw;
+        }
+        letOtherEnd();
+    });
+
+    CHECK(refusal.kind == Kind::changedMeanwhile);
+    CHECK(refusal.subject == scene.bundle());
+    CHECK(scene.configOf(scene.bundle()).encode() == config.encode());
+    CHECK(namesIn(scene.home / "Applications") == Strings{"Work.app"});
 }
 
 } // namespace korvane::test
