@@ -20,12 +20,13 @@ int main(int argc, char** argv) {
     try {
         const auto created = korvane::create(request, user, environment);
         for (const auto& notice : created.notices) std::cout << notice.sentence << "\n";
-
         for (const auto& record : ambrel::InstanceRegistry(user).list()) {
             std::cout << record.config.displayName << ": " << record.bundleURL << "\n";
         }
 
-        const auto plan = korvane::planDeletion(created.record, ambrel::UserData::remove, user);
+        // Data that was there before is not ours to delete.
+        const auto data = created.homeExisted ? ambrel::UserData::keep : ambrel::UserData::remove;
+        const auto plan = korvane::planDeletion(created.record, data, user);
         std::cout << plan.bundleSize.bytes + plan.dataSize.bytes << " bytes would go\n";
         const auto deleted = korvane::perform(plan, user);
         std::cout << (deleted.failure ? deleted.failure->sentence() : "deleted") << "\n";
