@@ -34,7 +34,7 @@ void putWholeFile(const FilePlace& place, std::string_view bytes, std::optional<
         writeAll(fd.get(), bytes, "write", place.path);
         if (mode) ensureMode(fd.get(), *mode, place.path);
         if (const int error = put(temporary.c_str())) throw FileError("write", place.path, error);
-    } catch (const FileError&) {
+    } catch (...) {
         ::unlinkat(place.folder, temporary.c_str(), 0);
         throw;
     }
