@@ -12,11 +12,7 @@ using Kind = Refusal::Kind;
 
 namespace {
 
-void requireUtf8Each(const std::vector<std::string>& texts, const std::string& what) {
-    for (const auto& text : texts) requireUtf8(text, what);
-}
-
-void requireUtf8Each(const ambrel::StringMap& map, const std::string& what) {
+void requireUtf8Throughout(const ambrel::StringMap& map, const std::string& what) {
     for (const auto& [key, value] : map) {
         requireUtf8(key, what);
         requireUtf8(value, what);
@@ -42,8 +38,8 @@ void requireAllUtf8(const CreateRequest& request) {
     requireUtf8Each(request.commandArgs, "an argument");
     requireUtf8Each(request.args, "an argument");
     requireUtf8Each(request.addedArgs, "an argument");
-    requireUtf8Each(request.environment, "a variable");
-    requireUtf8Each(request.infoPlistOverrides, "an entry of Info.plist");
+    requireUtf8Throughout(request.environment, "a variable");
+    requireUtf8Throughout(request.infoPlistOverrides, "an entry of Info.plist");
 }
 
 enum class Tilde { isKept, isNoStart };

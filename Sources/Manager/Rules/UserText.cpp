@@ -66,6 +66,10 @@ void requireUtf8(std::string_view text, const std::string& what) {
                   "The text of " + what + " is not UTF-8: " + inQuotes(text));
 }
 
+void requireUtf8Each(const std::vector<std::string>& texts, const std::string& what) {
+    for (const auto& text : texts) requireUtf8(text, what);
+}
+
 namespace {
 
 void requirePath(std::string_view text) {

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace korvane {
 
@@ -14,6 +15,8 @@ std::string checkedName(std::string_view name);
 
 /// Throws Refusal badText when `text` is not UTF-8. `what` is what a person calls it ("the name").
 void requireUtf8(std::string_view text, const std::string& what);
+/// The same for each of `texts`, all of which are called `what`.
+void requireUtf8Each(const std::vector<std::string>& texts, const std::string& what);
 
 /// A path as it is stored: absolute, a leading tilde kept, without "." in it and slashes at its
 /// end. Throws Refusal badPath for an empty text.

@@ -15,10 +15,6 @@ using ambrel::StringMap;
 
 namespace {
 
-void requireUtf8Each(const std::vector<std::string>& texts, const std::string& what) {
-    for (const auto& text : texts) requireUtf8(text, what);
-}
-
 /// The operation would refuse these too, but cannot know what an option is called.
 void requireAllUtf8(const CreateOptions& options) {
     const std::pair<const std::optional<std::string>&, const char*> single[] = {
