@@ -18,8 +18,8 @@ ambrel::InstanceRecord requireInstance(const std::string& name, const ambrel::Us
 std::vector<ambrel::InstanceRecord> instancesWith(const ambrel::Path& folder,
                                                   const ambrel::UserPlaces& user);
 
-/// How `record` is named on the command line: by its display name where that finds it, else by
-/// its path.
+/// How `record` is named: by its display name where that finds it, and else
+/// by its path.
 std::string nameFor(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 
 /// The same for one that was just made or replaced, by what instancesWith() found before.

@@ -25,9 +25,6 @@ namespace fileSystem = ambrel::fileSystem;
 
 namespace {
 
-/// What a profile says of the name of its program's windows, and what an application's Info.plist
-/// says of the categories of the program that it was made of.
-
 Places placesFor(const std::string& bundleId, const ambrel::UserPlaces& user) {
     return {ambrel::desktopId(bundleId), user.data};
 }
