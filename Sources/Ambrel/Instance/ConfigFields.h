@@ -45,7 +45,6 @@ struct FieldEdit {
     };
 
     Form form;
-    const char* instead = ""; ///< byCreatingAgain: how, as the end of a sentence about "create"
 };
 
 /// One field of InstanceConfig.
@@ -76,7 +75,7 @@ inline constexpr KindSet every{ShortcutKind::app, ShortcutKind::web, ShortcutKin
 inline constexpr FieldEdit asValue{FieldEdit::Form::value};
 inline constexpr FieldEdit asPath{FieldEdit::Form::path};
 inline constexpr FieldEdit asExpandedPath{FieldEdit::Form::expandedPath};
-constexpr FieldEdit againWith(const char* how) { return {FieldEdit::Form::byCreatingAgain, how}; }
+inline constexpr FieldEdit byCreatingAgain{FieldEdit::Form::byCreatingAgain};
 
 } // namespace fields
 
@@ -88,13 +87,10 @@ template <class Visitor> constexpr void forEachField(Visitor&& visit) {
     using enum Presence;
     using Part = ConfigPart;
 
-    visit(ConfigField{
-        "displayName", &C::displayName, required, every, Part::name,
-        againWith(
-            "under the new name, with --home to go on with its data, after deleting this one"),
-        "What the instance is called"});
-    visit(ConfigField{"bundleId", &C::bundleId, required, every, Part::identity,
-                      againWith("with --replace --bundle-id ID"), "The identifier of the bundle"});
+    visit(ConfigField{"displayName", &C::displayName, required, every, Part::name, byCreatingAgain,
+                      "What the instance is called"});
+    visit(ConfigField{"bundleId", &C::bundleId, required, every, Part::identity, byCreatingAgain,
+                      "The identifier of the bundle"});
     visit(ConfigField{"kind", &C::kind, optional, every, Part::identity, asValue,
                       "What sort of thing the instance opens"});
     // The launcher takes this path as it stands, without a tilde's meaning.
@@ -109,13 +105,11 @@ template <class Visitor> constexpr void forEachField(Visitor&& visit) {
     visit(ConfigField{"environment", &C::environment, optional, appOrCommand, Part::start, asValue,
                       "Variables for the environment"});
     visit(ConfigField{"infoPlistOverrides", &C::infoPlistOverrides, optional, every, Part::start,
-                      againWith("with --replace --plist K=V"),
-                      "Entries of the Info.plist of the bundle"});
+                      byCreatingAgain, "Entries of the Info.plist of the bundle"});
     visit(ConfigField{"registerAsBrowser", &C::registerAsBrowser, optional, every, Part::desktop,
-                      againWith("with --replace --browser, or without"),
-                      "The instance is offered as a web browser"});
+                      byCreatingAgain, "The instance is offered as a web browser"});
     visit(ConfigField{"openWithPassthrough", &C::openWithPassthrough, optional, every,
-                      Part::desktop, againWith("with --replace --open-with, or without"),
+                      Part::desktop, byCreatingAgain,
                       "The instance is offered for opening documents"});
     visit(ConfigField{"iconLabel", &C::iconLabel, optional, every, Part::look, asValue,
                       "The label that is drawn on the icon"});

@@ -1,6 +1,7 @@
 #include "korvane/Documents/Manual.h"
 
 #include "Ambrel/Instance/ConfigFields.h"
+#include "korvane/Verbs/ConfigEdit.h"
 #include "korvane/Version.h"
 
 #include <algorithm>
@@ -163,8 +164,8 @@ std::string configuration() {
         text += ".TP\n" + bold(field.key) + "\n" + sentence(field.description) + "It is " +
                 sentence(formOf<T>(field.edit.form)) + kindsOf(field.kinds);
         if (field.edit.form == ambrel::FieldEdit::Form::byCreatingAgain) {
-            text +=
-                "It is changed by creating the instance again,\n" + sentence(field.edit.instead);
+            text += "It is changed by creating the instance again,\n" +
+                    sentence(edit::howToCreateAgain(field.key));
         }
     });
     return text;

@@ -23,13 +23,33 @@ namespace {
 using List = std::vector<std::string>;
 using Form = ambrel::FieldEdit::Form;
 
-/// What is no field of the configuration but can be asked for all the same, and what to give to
-/// "create" instead.
-constexpr std::pair<const char*, const char*> bundleKeys[] = {
+/// What takes effect only through the bundle's Info.plist, icon or folder name, and what to give to
+/// "create" instead. The last ones are no fields of the configuration but can be asked for all the
+/// same.
+constexpr std::pair<std::string_view, const char*> bundleKeys[] = {
+    {"displayName",
+     "under the new name, with --home to go on with its data, after deleting this one"},
+    {"bundleId", "with --replace --bundle-id ID"},
+    {"infoPlistOverrides", "with --replace --plist K=V"},
+    {"registerAsBrowser", "with --replace --browser, or without"},
+    {"openWithPassthrough", "with --replace --open-with, or without"},
     {"customIcon", "with --replace --icon FILE"},
     {"hideWrapperIcon", "with --replace --hide-icon, or without"},
     {"outputDir", "with --output DIR, after deleting this one"},
 };
+
+constexpr bool isBundleKey(std::string_view key) {
+    return std::ranges::any_of(bundleKeys, [&](const auto& entry) { return entry.first == key; });
+}
+
+constexpr bool areBundleKeysAll() {
+    bool areAll = true;
+    ambrel::forEachField([&](const auto& field) {
+        areAll = areAll && isBundleKey(field.key) == (field.edit.form == Form::byCreatingAgain);
+    });
+    return areAll;
+}
+static_assert(areBundleKeysAll(), "what an edit does not change and what it refuses differ");
 
 constexpr std::string_view environmentPrefix = "environment.";
 /// The one override that the launch heeds, and so the one that an edit takes.
@@ -45,20 +65,12 @@ void refuseIfSame(const std::string& key, const std::string& name, const std::st
                   instead + ".");
 }
 
-/// Refuses what takes effect only through the bundle's Info.plist, icon or folder name.
 void refuseBundleKey(const std::string& key) {
-    ambrel::forEachField([&](const auto& field) {
-        if (field.edit.form == Form::byCreatingAgain)
-            refuseIfSame(key, field.key, field.edit.instead);
-    });
-    for (const auto& [name, instead] : bundleKeys) refuseIfSame(key, name, instead);
+    for (const auto& [name, instead] : bundleKeys) refuseIfSame(key, std::string(name), instead);
 }
 
 [[noreturn]] void refuseUnknownKey(const std::string& key) {
     auto names = keys();
-    ambrel::forEachField([&](const auto& field) {
-        if (field.edit.form == Form::byCreatingAgain) names.emplace_back(field.key);
-    });
     for (const auto& [name, instead] : bundleKeys) names.emplace_back(name);
     const auto meant = nearest(key, names);
     throw UsageError(inQuotes(key) + " is no key of an instance." +
@@ -187,6 +199,12 @@ std::vector<std::string> keys() {
     });
     keys.push_back(processNameField);
     return keys;
+}
+
+std::string howToCreateAgain(std::string_view key) {
+    const auto* found =
+        std::ranges::find(bundleKeys, key, [](const auto& entry) { return entry.first; });
+    return found == std::ranges::end(bundleKeys) ? "" : found->second;
 }
 
 std::string keyOf(const std::string& assignment) {

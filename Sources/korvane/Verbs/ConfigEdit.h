@@ -3,6 +3,7 @@
 #include "Ambrel/Instance/InstanceConfig.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace korvane::edit {
@@ -19,6 +20,10 @@ void unset(ambrel::InstanceConfig& config, const std::string& key);
 
 /// The keys that set() takes, without those of single variables.
 std::vector<std::string> keys();
+
+/// How the field `key` is changed by creating the instance again, as the end of a sentence about
+/// "create". Empty for one that set() takes.
+std::string howToCreateAgain(std::string_view key);
 
 /// The key that "key=value" names.
 std::string keyOf(const std::string& assignment);
