@@ -1,6 +1,6 @@
 #include "Manager.h"
 
-#include "Manager/Rules/InstanceHome.h"
+#include "Ambrel/Home/HomePreparation.h"
 
 namespace korvane::test {
 
@@ -28,13 +28,15 @@ ambrel::InstanceConfig configWith(const Strings& arguments, const ambrel::String
     return config;
 }
 
+std::vector<Path> dataFolders(const ambrel::InstanceConfig& config) {
+    return ambrel::HomePreparation::dataFolders(ambrel::ResolvedInstance::of(config, nobody()));
+}
+
 } // namespace
 
 TEST_CASE("the folders that arguments name are found by option and by a slash at the end") {
     using Folders = std::vector<Path>;
-    const auto of = [](const Strings& arguments) {
-        return dataFolders(configWith(arguments, {}), nobody());
-    };
+    const auto of = [](const Strings& arguments) { return dataFolders(configWith(arguments, {})); };
 
     CHECK(of({"--user-data-dir={{instanceHome}}/Data"}) == Folders{"Data"});
     CHECK(of({"-profile", "{{instanceHome}}/a/b", "-no-remote"}) == Folders{"a/b"});
@@ -54,8 +56,7 @@ TEST_CASE("the folders that variables name are found by the variable's name") {
                                     {"HISTFILE", "{{instanceHome}}/history"},
                                     {"ANY", "{{instanceHome}}/any/"},
                                     {"WINEPREFIX", "{{instanceHome}}/wine"},
-                                    {"LIST", "{{instanceHome}}/a:{{instanceHome}}/b"}}),
-                    nobody());
+                                    {"LIST", "{{instanceHome}}/a:{{instanceHome}}/b"}}));
 
     CHECK(folders == std::vector<Path>{"any", ".gnupg", "tmp", "wine"});
 }

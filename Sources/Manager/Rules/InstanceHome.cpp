@@ -11,10 +11,6 @@ using ambrel::Path;
 using ambrel::ResolvedInstance;
 using ambrel::UserPlaces;
 
-std::vector<Path> dataFolders(const InstanceConfig& config, const UserPlaces& user) {
-    return HomePreparation::dataFolders(ResolvedInstance::of(config, user));
-}
-
 bool isPrivateHome(const InstanceConfig& config, const UserPlaces& user) {
     return HomePreparation::isPrivate(ResolvedInstance::of(config, user), user);
 }

@@ -17,8 +17,6 @@ void makeHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& us
 std::vector<Notice> furnishHome(const ambrel::InstanceConfig& config,
                                 const ambrel::UserPlaces& user);
 void ensureHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user) noexcept;
-std::vector<ambrel::Path> dataFolders(const ambrel::InstanceConfig& config,
-                                      const ambrel::UserPlaces& user);
 
 /// What speaks against the home as a place for data (homeIsLong): programs keep sockets in it,
 /// whose paths have to stay short. Absent when nothing does.
