@@ -1,5 +1,7 @@
 #include "korvane/Documents/Completions.h"
 
+#include "Manager/Base/Quoting.h"
+
 namespace korvane::documents {
 
 namespace {
@@ -31,19 +33,6 @@ _korvane_programs() {
 
 _korvane() {
 )sh";
-
-/// `text` inside of single quotes.
-std::string zshWord(const std::string& text) {
-    std::string result = "'";
-    for (const char c : text) {
-        if (c == '\'') {
-            result += "'\\''";
-        } else {
-            result += c;
-        }
-    }
-    return result + "'";
-}
 
 /// `text` with a backslash in front of each of `characters`, which mean something where it stands.
 std::string escaped(const std::string& text, std::string_view characters) {
@@ -92,25 +81,25 @@ std::string optionArguments(const OptionDescription& option, const std::vector<s
         if (!option.repeats && option.names.size() > 1) before = "(" + joined(option.names) + ")";
         const bool isLong = name.starts_with("--");
         const std::string sign = isLong && !option.value.empty() ? "=" : "";
-        text += " \\\n            " + zshWord(before + name + sign + more);
+        text += " \\\n            " + shellQuoted(before + name + sign + more);
     }
     return text;
 }
 
 std::string arguments(const VerbDescription& verb, const std::vector<std::string>& keys) {
-    std::string text = "    " + zshWord(verb.name) + ")\n        _arguments";
+    std::string text = "    " + shellQuoted(verb.name) + ")\n        _arguments";
     for (const auto& option : verb.options) text += optionArguments(option, keys);
     int number = 0;
     for (const auto& word : verb.words) {
-        text += " \\\n            " + zshWord(std::to_string(++number) + ":" + word.name + ":" +
-                                              actionFor(word.values, keys));
+        text += " \\\n            " + shellQuoted(std::to_string(++number) + ":" + word.name + ":" +
+                                                  actionFor(word.values, keys));
     }
     if (verb.rules.trailingAfter) text += " \\\n            '*:argument:_files'";
     return text + "\n        ;;\n";
 }
 
 std::string described(const std::string& word, const std::string& summary) {
-    return "            " + zshWord(escaped(word, ":") + ":" + escaped(summary, ":")) + "\n";
+    return "            " + shellQuoted(escaped(word, ":") + ":" + escaped(summary, ":")) + "\n";
 }
 
 /// A list of words for _describe, and the call.
@@ -145,7 +134,8 @@ std::string zshCompletion(const CompletionData& data) {
     std::string all;
     for (const auto& verb : data.verbs) {
         all += arguments(verb, data.keys);
-        if (!verb.secondWord().empty()) pairs += (pairs.empty() ? "" : " | ") + zshWord(verb.name);
+        if (!verb.secondWord().empty())
+            pairs += (pairs.empty() ? "" : " | ") + shellQuoted(verb.name);
     }
     return head + ("    if ((CURRENT == 2)); then\n" + describing(words)) +
            "        return\n    fi\n"
