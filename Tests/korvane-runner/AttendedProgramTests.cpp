@@ -153,6 +153,10 @@ TEST_CASE("children and signals of other code in the process are told to it") {
     CHECK(lines == Strings{"child signal", "own signal", "spawned 3", "subprocess 4"});
 }
 
+TEST_CASE("a request to end that finds another thread after the loop ends nothing") {
+    CHECK(run(attending(shell("exit 7"), "never", "running", "thread")).status == 7);
+}
+
 TEST_CASE("what other code starts has no signal blocked and none ignored on this account") {
     const TempDir tmp;
     const Fifo withoutWriter(tmp / "fifo");

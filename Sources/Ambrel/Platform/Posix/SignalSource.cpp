@@ -69,8 +69,9 @@ SignalSource::~SignalSource() {
     auto signals = requestsToEnd(hold_);
     sigaddset(&signals, SIGCHLD);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    forEachIn(signals, [](int signal) { std::signal(signal, SIG_DFL); });
-    handlersPipe = -1; // a thread that does not block the signals may still be in the handler
+    // The handler stays, and writes nowhere from now on: a signal may still find a thread that does
+    // not block it, and would end the process there.
+    handlersPipe = -1;
 }
 
 std::optional<ArrivedSignal> SignalSource::next() {

@@ -3,11 +3,13 @@
 // "beforeLoop"), waits BEFORE the loop until the program is "running", "ended" or "reaped", and
 // does TASK in the loop: "nothing", or what other code in the same process would do: "others" has
 // GLib tell of everything it can tell of, "spawn" has it start programs that report on themselves
-// to $REPORTS/WAY. After a task the program asks itself to end.
+// to $REPORTS/WAY, "thread" has it keep a thread, which is sent each request to end once nothing
+// attends the program any more. After any other task the program asks itself to end.
 #include "Ambrel/Platform/Pipe.h"
 #include "korvane-runner/AttendedProgram.h"
 #include "korvane-runner/Desktop/Linux/GLibLoop.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +17,7 @@
 #include <glib-unix.h>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -125,6 +128,23 @@ void spawnReporters() {
     askMyselfToEnd();
 }
 
+/// A thread that blocks no signal, until nobody can write to the pipe any more.
+std::thread waitingThread(const OwnedFd& readEnd) {
+    return std::thread([&readEnd] {
+        char byte = 0;
+        while (::read(readEnd.get(), &byte, 1) == -1 && errno == EINTR) {
+        }
+    });
+}
+
+void sendRequestsTo(std::thread& thread, Pipe& pipe) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        ::pthread_kill(thread.native_handle(), signal);
+    }
+    pipe.writeEnd.reset();
+    thread.join();
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -137,10 +157,18 @@ int main(int argc, char** argv) {
     program.launch();
     await(program, argv[2]);
     if (early == "beforeLoop") askMyselfToEnd();
-    AttendedProgram attended(program, signals);
-    GLibLoop loop;
-    attended.attachTo(loop);
-    if (task == "others") loop.post([&] { awaitOthers(loop); });
-    if (task == "spawn") loop.post(spawnReporters);
-    return loop.run();
+    std::thread thread;
+    auto pipe = Pipe::make();
+    int status = 0;
+    {
+        AttendedProgram attended(program, signals);
+        GLibLoop loop;
+        attended.attachTo(loop);
+        if (task == "others") loop.post([&] { awaitOthers(loop); });
+        if (task == "spawn") loop.post(spawnReporters);
+        if (task == "thread") thread = waitingThread(pipe.readEnd);
+        status = loop.run();
+    }
+    if (thread.joinable()) sendRequestsTo(thread, pipe);
+    return status;
 }
