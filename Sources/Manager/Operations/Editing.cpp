@@ -2,6 +2,7 @@
 
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Instance/ConfigFields.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/PropertyList.h"
@@ -26,29 +27,22 @@ namespace {
 
 constexpr const char* editedKeys[] = {ambrel::processNameKey, windowClassKey};
 
-/// The overrides that only creating the instance again writes into its Info.plist.
-ambrel::StringMap otherOverrides(const InstanceConfig& config) {
-    auto overrides = config.infoPlistOverrides;
-    for (const auto* key : editedKeys) overrides.erase(key);
-    return overrides;
+/// Without the overrides that an edit writes into Info.plist; the others only creating the instance
+/// again does.
+InstanceConfig withoutEditedKeys(InstanceConfig config) {
+    for (const auto* key : editedKeys) config.infoPlistOverrides.erase(key);
+    return config;
 }
 
-void requireSameBundle(const InstanceConfig& config, const InstanceConfig& wanted) {
-    const std::pair<const char*, bool> fields[] = {
-        {"displayName", config.displayName == wanted.displayName},
-        {"bundleId", config.bundleId == wanted.bundleId},
-        {"infoPlistOverrides", otherOverrides(config) == otherOverrides(wanted)},
-        {"registerAsBrowser", config.registerAsBrowser == wanted.registerAsBrowser},
-        {"openWithPassthrough", config.openWithPassthrough == wanted.openWithPassthrough},
-    };
-    for (const auto& [name, isSame] : fields) {
-        if (isSame) continue;
-        throw Refusal(Kind::fieldIsBundles, name,
-                      "The bundle carries " + std::string(name) +
-                          " outside its configuration (Info.plist, icon or folder name), and an "
-                          "edit would not change it.",
+void requireSameBundle(const InstanceConfig& stored, const InstanceConfig& asked) {
+    const auto config = withoutEditedKeys(stored);
+    const auto wanted = withoutEditedKeys(asked);
+    ambrel::forEachField([&](const auto& field) {
+        if (field.edit.form != ambrel::FieldEdit::Form::byCreatingAgain) return;
+        if (config.*field.member == wanted.*field.member) return;
+        throw Refusal(Kind::fieldIsBundles, field.key, whyNotEdited(field.key),
                       Remedy::createAgain);
-    }
+    });
 }
 
 void requireUsableHome(const InstanceRecord& record, const InstanceConfig& wanted,
@@ -144,6 +138,12 @@ void writeWithInfoPlist(const InstanceRecord& record, const InstanceConfig& want
 }
 
 } // namespace
+
+std::string whyNotEdited(const std::string& name) {
+    return "The bundle carries " + name +
+           " outside its configuration (Info.plist, icon or folder name), and an edit would not "
+           "change it.";
+}
 
 Edited change(const InstanceRecord& record, const InstanceConfig& wanted, const UserPlaces& user) {
     requireUnchanged(record, user);

@@ -4,6 +4,7 @@
 #include "Ambrel/Platform/UserPlaces.h"
 #include "Manager/Base/Notice.h"
 
+#include <string>
 #include <vector>
 
 namespace korvane {
@@ -16,6 +17,9 @@ struct Edited {
     bool iconIsOutdated = false;   ///< only creating the instance again draws another label
     std::vector<Notice> notices;   ///< in the order in which they came up
 };
+
+/// Why an edit does not change the field or part `name` of an instance, as a sentence.
+std::string whyNotEdited(const std::string& name);
 
 /// Brings the instance `record` from the configuration that it has to `wanted`: its stored
 /// configuration, the names in its Info.plist, its home and its desktop entry. Throws Refusal

@@ -4,6 +4,7 @@
 #include "Manager/Base/NearestWord.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
+#include "Manager/Operations/Editing.h"
 #include "Manager/Programs/StartPlan.h"
 #include "Manager/Rules/UserText.h"
 #include "korvane/CommandLine/UsageError.h"
@@ -58,11 +59,7 @@ const std::string processNameField = std::string("infoPlistOverrides.") + ambrel
 /// Refuses `key` where `name` is it, or its beginning up to a dot.
 void refuseIfSame(const std::string& key, const std::string& name, const std::string& instead) {
     if (key != name && !key.starts_with(name + ".")) return;
-    throw Refusal("The bundle carries " + name +
-                  " outside its configuration (Info.plist, icon "
-                  "or folder name), and an edit would not change it. Create the instance again "
-                  "instead, " +
-                  instead + ".");
+    throw Refusal(whyNotEdited(name) + " Create the instance again instead, " + instead + ".");
 }
 
 void refuseBundleKey(const std::string& key) {
