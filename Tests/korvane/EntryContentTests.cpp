@@ -218,7 +218,7 @@ TEST_CASE("a plain path needs no script in any language") {
                                            fixture.manager.tmp / "instance", "--replace"});
 
         checkEntry(fixture.entry(work), "Work", runnerIn(bundle), bundle);
-        CHECK_FALSE(isThere(fixture.data("/korvane")));
+        CHECK_FALSE(isThere(fixture.data("/korvane/open")));
         fixture.manager.result({"delete", bundle});
     }
 }

@@ -36,6 +36,15 @@ bool isEmptyFile(const Path& file) {
     return fileSystem::kindOf(file) == fileSystem::ItemKind::file && fileSystem::read(file).empty();
 }
 
+/// What programs find missing of the data folder is closed to others (XDG Base Directory
+/// Specification).
+void makePrivateFolders(NewFolders& folders, const Path& folder) {
+    if (fileSystem::isFolder(folder)) return;
+    const Path above{paths::deletingLastComponent(folder)};
+    if (!above.empty() && above != folder) makePrivateFolders(folders, above);
+    folders.makePrivate(folder);
+}
+
 /// Without the list every start looks for itself, which is slower and no less right. One that
 /// another process has made meanwhile stays.
 void tryMakeList(const std::string& list, const UserPlaces& user) noexcept {
@@ -43,7 +52,7 @@ void tryMakeList(const std::string& list, const UserPlaces& user) noexcept {
     if (user.data.empty() || !fileSystem::isFolder(user.home)) return;
     try {
         NewFolders folders;
-        folders.makePrivate(folderOf(user));
+        makePrivateFolders(folders, folderOf(user));
         const bool isMade = GuardedFolder::open(folderOf(user)).putFile(listName, list, ownerFile);
         if (!isMade && isEmptyFile(fileOf(user))) {
             fileSystem::replace(fileOf(user), list, ownerFile);
@@ -102,6 +111,22 @@ void add(const Path& given, const UserPlaces& user) noexcept {
         if (list->size() > known) fileSystem::append(fileOf(user), list->substr(known));
     } catch (const std::exception&) {
         // What cannot be told now is told at the next start.
+    }
+}
+
+void forget(const Path& given, const UserPlaces& user) noexcept {
+    try {
+        const auto list = readList(user);
+        if (!list) return;
+        auto shorter = *list;
+        const Path home{paths::withoutTrailingSlashes(given)};
+        for (const auto& path : {home, folders::canonical(home)}) {
+            const auto at = shorter.find('\0' + path + '\0');
+            if (at != std::string::npos) shorter.erase(at, path.size() + 1);
+        }
+        if (shorter != *list) fileSystem::replace(fileOf(user), shorter, ownerFile);
+    } catch (const std::exception&) {
+        // Then the place is not shared, as it was before.
     }
 }
 

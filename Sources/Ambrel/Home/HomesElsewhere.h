@@ -18,9 +18,13 @@ inline constexpr std::string_view usualFolder = "KorvaneInstances";
 /// again.
 void add(const Path& home, const UserPlaces& user) noexcept;
 
+/// Takes `home` off the list, because its instance is gone or has another one now. What the list
+/// gets meanwhile may be lost, and comes back when its instance starts again. Never fails.
+void forget(const Path& home, const UserPlaces& user) noexcept;
+
 /// The homes on the list as they were named, and where links led from there; some may be gone. A
 /// list that is missing or empty is made of the instances in the default folder, which is the only
-/// look at all of them. Nothing is ever taken off: a home whose instance is gone keeps its data.
+/// look at all of them.
 std::vector<Path> all(const UserPlaces& user);
 
 } // namespace ambrel::homesElsewhere

@@ -127,6 +127,7 @@ Created build(const CreationPlan& plan, const UserPlaces& user) {
     }
     folders.keep();
     removeOld(staging, plan, created.notices);
+    if (plan.replaced) forgetHome(plan.replaced->config, user);
     // Only now: what lies in a new home would keep it from being removed after a failure.
     append(created.notices, furnishHome(config, user));
     return created;

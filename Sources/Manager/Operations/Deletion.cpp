@@ -6,6 +6,7 @@
 #include "Manager/Files/StagingFolder.h"
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Rules/DataSafety.h"
+#include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
 
 #include <memory>
@@ -135,6 +136,7 @@ Deleted perform(const DeletionPlan& plan, const UserPlaces& user) {
         removeLink(bundleOf(plan.record));
     } else {
         deleted.notices = removeBundle(plan.record, user);
+        forgetHome(plan.record.config, user);
     }
     if (!plan.home) return deleted;
     if (plan.data == UserData::remove) {

@@ -162,6 +162,7 @@ Edited change(const InstanceRecord& record, const InstanceConfig& wanted, const 
         edited.notices.push_back(std::move(notice));
     }
     if (!edited.homeChanged) return edited;
+    forgetHome(record.config, user);
     auto obstacle = homeObstacle(usableHome(wanted, user).value_or(""));
     if (obstacle) edited.notices.push_back(std::move(*obstacle));
     return edited;

@@ -66,6 +66,17 @@ void requireNone(const std::optional<LaunchObstacle>& obstacle, const InstanceRe
                   isDamage ? Remedy::createAgain : Remedy::none);
 }
 
+/// What opens a document needs no home, but its complaints are kept there. Without one they go
+/// nowhere, which is no reason not to open it.
+void tryMakeHome(const InstanceRecord& record, const UserPlaces& user) noexcept {
+    try {
+        ambrel::NewFolders folders;
+        makeHome(record.config, user, folders);
+        folders.keep();
+    } catch (const std::exception&) {
+    }
+}
+
 Path requireRunner(const InstanceRecord& record) {
     requireNone(ambrel::findRunnerObstacle(record.bundleURL), record);
     return ambrel::BundleLayout{record.bundleURL}.runner();
@@ -88,6 +99,7 @@ void open(const InstanceRecord& record, const UserPlaces& user) {
     requireOpenable(record, user);
     const auto runner = prepareRun(record, user);
     // Nobody watches the runner's own messages: they go where the instance's are looked for.
+    tryMakeHome(record, user);
     const auto home = usableHome(record.config, user);
     const auto log = home ? ambrel::InstanceLauncher::instanceLogHandle(*home) : nullptr;
     ambrel::launchDetached(runner, log);

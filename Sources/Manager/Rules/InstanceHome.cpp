@@ -1,6 +1,7 @@
 #include "Manager/Rules/InstanceHome.h"
 
 #include "Ambrel/Home/HomePreparation.h"
+#include "Ambrel/Home/HomesElsewhere.h"
 #include "Ambrel/Platform/SocketPath.h"
 
 namespace korvane {
@@ -28,6 +29,10 @@ std::vector<Notice> furnishHome(const InstanceConfig& config, const UserPlaces& 
                            .sentence = failure + "."});
     }
     return notices;
+}
+
+void forgetHome(const InstanceConfig& config, const UserPlaces& user) noexcept {
+    ambrel::homesElsewhere::forget(config.resolvedHome(user), user);
 }
 
 void ensureHome(const InstanceConfig& config, const UserPlaces& user) noexcept {

@@ -9,6 +9,10 @@
 
 namespace korvane {
 
+/// Lets the home be the user's again as far as sharing goes: its instance is gone, or has another
+/// home now. Never fails.
+void forgetHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user) noexcept;
+
 // The operations of HomePreparation, for an instance as it is stored.
 bool isPrivateHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user);
 void makeHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user,

@@ -128,6 +128,33 @@ TEST_CASE("nothing is listed that is no home of its own, and nothing twice") {
     CHECK(homesElsewhere::all(places) == Strings{scene.home});
 }
 
+TEST_CASE("a home that is forgotten is no longer on the list, and the others are") {
+    const Scene scene;
+    const auto places = scene.user.places();
+    makeLink(scene.tmp / "link", makeFolder(scene.tmp / "far"));
+    const Strings homes{scene.tmp / "homes/a", scene.tmp / "homes/ab"};
+    for (const auto& home : homes) homesElsewhere::add(home, places);
+    homesElsewhere::add(scene.tmp / "link", places);
+
+    homesElsewhere::forget(scene.tmp / "link", places);
+    CHECK(homesElsewhere::all(places) == homes);
+    homesElsewhere::forget(homes.front() + "/", places);
+    CHECK(homesElsewhere::all(places) == Strings{homes.back()});
+    homesElsewhere::forget(scene.tmp / "unknown", places);
+    CHECK(homesElsewhere::all(places) == Strings{homes.back()});
+}
+
+TEST_CASE("the list lies in folders that are closed to others") {
+    const Scene scene;
+    homesElsewhere::add(scene.home, scene.user.places());
+
+    for (const auto* folder : {".local", ".local/share", ".local/share/korvane"}) {
+        CAPTURE(folder);
+        CHECK(modeOf(scene.user / folder) == 0700);
+    }
+    CHECK(modeOf(scene.user / ".local/share/korvane/homes") == 0600);
+}
+
 TEST_CASE("homes that are listed at the same time are all kept") {
     const Scene scene;
     const auto places = scene.user.places();

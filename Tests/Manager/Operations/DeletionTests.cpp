@@ -2,6 +2,7 @@
 
 #include "Scene.h"
 
+#include "Ambrel/Home/UserFolders.h"
 #include "Manager/Desktop/Registration.h"
 
 namespace korvane::test {
@@ -87,6 +88,26 @@ TEST_CASE("an instance whose data is gone already is deleted without") {
     CHECK_FALSE(plan.hasData);
     CHECK_FALSE(deleted.removedHome);
     CHECK_FALSE(isThere(scene.record.bundleURL));
+}
+
+TEST_CASE("a place that was an instance's home is the user's to share again") {
+    const Scene scene;
+    const auto place = scene.tmp / "far/Work";
+    auto request = scene.request();
+    request.home = place;
+    auto other = scene.request("Other");
+    other.home = scene.tmp / "far/Other";
+    const auto record = scene.make(request).record;
+    scene.make(other);
+    writeFile(scene.home / ".config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"" + place + "\"\n");
+    const auto documents = [&] {
+        return ambrel::UserFolders(scene.user, *other.home).find("Documents");
+    };
+    REQUIRE_FALSE(documents().has_value());
+
+    perform(planDeletion(record, UserData::keep, scene.user), scene.user);
+
+    CHECK(documents() == place);
 }
 
 TEST_CASE("a link to an instance goes alone") {
