@@ -14,6 +14,9 @@ struct TreeSize {
     bool operator==(const TreeSize&) const = default;
 };
 
+/// Whether a plan tells how large what goes is. Whoever shows that to nobody saves the time.
+enum class Measure { yes, no };
+
 /// The size of the item at `path` with all that lies below it. No link is followed; a link counts
 /// as an item of no bytes. What cannot be seen does not count: never fails, and nothing where there
 /// is nothing. Takes as long as reading every folder.

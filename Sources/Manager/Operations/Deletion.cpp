@@ -111,15 +111,18 @@ void removeData(const Path& home, Deleted& deleted) {
 
 } // namespace
 
-DeletionPlan planDeletion(const InstanceRecord& record, UserData data, const UserPlaces& user) {
+DeletionPlan planDeletion(const InstanceRecord& record, UserData data, const UserPlaces& user,
+                          Measure measure) {
     requireDeletable(record, data, user);
     DeletionPlan plan{.record = record,
                       .data = data,
                       .isLink = isLink(bundleOf(record)),
-                      .bundleSize = sizeOfTree(record.bundleURL),
+                      .bundleSize = {},
                       .home = usableHome(record.config, user),
                       .dataSize = {}};
     plan.hasData = plan.home && exists(*plan.home);
+    if (measure == Measure::no) return plan;
+    plan.bundleSize = sizeOfTree(record.bundleURL);
     if (plan.hasData && data == UserData::remove) plan.dataSize = sizeOfTree(*plan.home);
     return plan;
 }

@@ -11,7 +11,8 @@
 
 namespace korvane {
 
-/// What deleting an instance would take away. `bundleSize` and `dataSize` go; with UserData::keep,
+/// What deleting an instance would take away. `bundleSize` and `dataSize` go, and are nothing with
+/// Measure::no; with UserData::keep,
 /// and where the bundle is only a link to the instance, the data stays.
 struct DeletionPlan {
     ambrel::InstanceRecord record;
@@ -27,7 +28,7 @@ struct DeletionPlan {
 /// cannot go alone, as requireDeletableData() does: homeIsMissing, homeIsUsers, homeIsShared,
 /// homeIsLink, bundleIsLink.
 DeletionPlan planDeletion(const ambrel::InstanceRecord& record, ambrel::UserData data,
-                          const ambrel::UserPlaces& user);
+                          const ambrel::UserPlaces& user, Measure measure = Measure::yes);
 
 /// What is gone, and what is not.
 struct Deleted {

@@ -46,7 +46,7 @@ std::vector<PrivateFolder> privateFolders(const Path& home, const UserPlaces& us
         if (ambrel::fileSystem::kindOf(place) != ambrel::fileSystem::ItemKind::folder) continue;
         const auto destination = own.find(shared);
         if (!destination) continue;
-        found.push_back({std::string(shared), place, *destination, sizeOfTree(place)});
+        found.push_back({std::string(shared), place, *destination, {}});
     }
     return found;
 }
@@ -64,11 +64,14 @@ void requireSameDestinations(const MigrationPlan& plan, const UserPlaces& user) 
 
 } // namespace
 
-MigrationPlan planMigration(const InstanceRecord& record, const UserPlaces& user) {
+MigrationPlan planMigration(const InstanceRecord& record, const UserPlaces& user, Measure measure) {
     const auto home = requireMigratable(record, user);
     // The library passes over what it cannot see; here that is a failure to be told.
     if (!ambrel::fileSystem::isMissing(home)) ambrel::fileSystem::list(home);
-    return {.record = record, .home = home, .folders = privateFolders(home, user)};
+    MigrationPlan plan{.record = record, .home = home, .folders = privateFolders(home, user)};
+    if (measure == Measure::no) return plan;
+    for (auto& folder : plan.folders) folder.size = sizeOfTree(folder.place);
+    return plan;
 }
 
 Migrated perform(const MigrationPlan& plan, const UserPlaces& user) {

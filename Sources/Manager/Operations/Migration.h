@@ -16,7 +16,7 @@ struct PrivateFolder {
     std::string name;         ///< one of the three names
     ambrel::Path place;       ///< in the instance's home
     ambrel::Path destination; ///< the user's, whatever it is called
-    TreeSize size;            ///< of the folder with all that is in it
+    TreeSize size;            ///< of the folder with all that is in it; nothing with Measure::no
 
     bool operator==(const PrivateFolder&) const = default;
 };
@@ -32,7 +32,8 @@ struct MigrationPlan {
 /// Throws Refusal homeIsMissing for an instance
 /// without a home, homeIsUsers for one in the user's own and foldersNotShared for one that is to
 /// keep its folders; FileError for a home that cannot be looked into.
-MigrationPlan planMigration(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
+MigrationPlan planMigration(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user,
+                            Measure measure = Measure::yes);
 
 /// What was moved out of one folder.
 struct MovedFolder {

@@ -58,8 +58,8 @@ void tellAbout(const Deleted& deleted, const Surroundings& surroundings) {
 
 int deleteInstance(const DeleteOptions& options, const Surroundings& surroundings) {
     const auto record = requireInstance(options.name, surroundings.user);
-    const auto plan =
-        planDeletion(record, options.data ? UserData::remove : UserData::keep, surroundings.user);
+    const auto plan = planDeletion(record, options.data ? UserData::remove : UserData::keep,
+                                   surroundings.user, Measure::no);
     const bool mayGo = !options.data || agreed(options, plan, surroundings);
     if (!mayGo) throw Refusal("Nothing was deleted.");
     const auto deleted = perform(plan, surroundings.user);

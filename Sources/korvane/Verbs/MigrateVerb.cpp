@@ -33,7 +33,8 @@ nlohmann::json countsOf(const Migrated& migrated) {
 
 int migrate(const std::string& name, bool asJson, const Surroundings& surroundings) {
     const auto& user = surroundings.user;
-    const auto migrated = perform(planMigration(requireInstance(name, user), user), user);
+    const auto migrated =
+        perform(planMigration(requireInstance(name, user), user, Measure::no), user);
     if (asJson) json::write(countsOf(migrated), surroundings.results);
     tell(migrated, surroundings);
     if (migrated.failure) throw Refusal(*migrated.failure);

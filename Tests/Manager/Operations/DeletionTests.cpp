@@ -46,6 +46,20 @@ TEST_CASE("a plan of a deletion changes nothing and tells how much would go") {
     CHECK_FALSE(removing.isLink);
 }
 
+TEST_CASE("a plan that nobody is shown the size of does not look for it") {
+    const Scene scene;
+    const auto record = scene.instance();
+    writeFile(scene.homeOf() + "/letter", "text");
+
+    const auto plan = planDeletion(record, UserData::remove, scene.user, Measure::no);
+
+    CHECK(plan.hasData);
+    CHECK(plan.bundleSize == TreeSize());
+    CHECK(plan.dataSize == TreeSize());
+    CHECK_FALSE(perform(plan, scene.user).failure.has_value());
+    CHECK_FALSE(isThere(scene.homeOf()));
+}
+
 TEST_CASE("deleting an instance keeps its data and takes it off the desktop") {
     const Deletable scene;
 
