@@ -29,11 +29,12 @@ foreach(answer First=1 Second=2)
     add_library(korvane-test-answer-${name} SHARED Ambrel/Platform/Linux/LazyAnswers/Answer.cpp)
     target_compile_definitions(korvane-test-answer-${name} PRIVATE
         KORVANE_TEST_ANSWER=${CMAKE_MATCH_2})
-    add_lazy_library(AmbrelTests NAME Answer${name} SONAME libkorvane-test-answer-${name}.so
+    # By its path: under a sanitizer a library is opened for this program by the sanitizer's.
+    add_lazy_library(AmbrelTests NAME Answer${name}
+        SONAME "${CMAKE_CURRENT_BINARY_DIR}/libkorvane-test-answer-${name}.so"
         FUNCTIONS lazyAnswer)
     add_dependencies(AmbrelTests korvane-test-answer-${name})
 endforeach()
-set_target_properties(AmbrelTests PROPERTIES BUILD_RPATH "${CMAKE_CURRENT_BINARY_DIR}")
 
 target_sources(ManagerTests PRIVATE
     Manager/Operations/Linux/DeletionTests.cpp
