@@ -32,6 +32,9 @@ struct Notice {
         profileUsed,            ///< subject: the profile's file
         profileIsBroken,        ///< subject: the profile's file
         handsOverToRunningCopy, ///< subject: the adopted program's name
+        programAdopted,         ///< subject: the bundle that was made of the program
+        windowsKeepName,        ///< subject: the program's name, which its windows go by
+        homeFromAccount,        ///< subject: the program, which asks the account for the home
         // What is left or missing elsewhere.
         remainsLeft,     ///< subject: the hidden folder in which they lie
         notRegistered,   ///< subject: how the instance is named

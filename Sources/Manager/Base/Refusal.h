@@ -39,16 +39,20 @@ struct Refusal : std::runtime_error {
         homeTaken,       ///< subject: the home, which another instance has
         identifierTaken, ///< subject: the bundle identifier, which another instance has
         entryTaken,      ///< subject: the file of another's desktop entry, or in the way of one
+        instanceRuns,    ///< subject: how the instance is named; what was asked for ends nothing
         // What is protected.
-        homeIsMissing,    ///< subject: the configured home, which is no absolute path
-        homeIsUsers,      ///< subject: the home, which is or contains a folder of the user's
-        homeIsShared,     ///< subject: the home, which has files of another instance's
-        homeIsLink,       ///< subject: the home
-        bundleIsLink,     ///< subject: the link
-        foldersNotShared, ///< subject: how the instance is named
-        fieldIsBundles,   ///< subject: the field, which the bundle carries elsewhere too
+        homeIsMissing,     ///< subject: the configured home, which is no absolute path
+        homeIsUsers,       ///< subject: the home, which is or contains a folder of the user's
+        homeIsShared,      ///< subject: the home, which has files of another instance's
+        homeIsLink,        ///< subject: the home
+        bundleIsLink,      ///< subject: the link
+        foldersNotShared,  ///< subject: how the instance is named
+        fieldIsBundles,    ///< subject: the field, which the bundle carries elsewhere too
+        applicationNeeded, ///< subject: the application's bundle; alternatives: its instances
         // What cannot be done with this instance or program.
+        hasNoEffect, ///< subject: the field, which means nothing to this kind or system
         notAdoptable,
+        notAdopted, ///< subject: the bundle, which was not made by adopting a program
         notOffered, ///< this system has no such thing
         notHosted,
         notLaunchable,  ///< subject: the path or identifier; empty where none is given
@@ -57,6 +61,8 @@ struct Refusal : std::runtime_error {
         changedMeanwhile, ///< subject: what is not as the plan found it
         notCreated,       ///< subject: the bundle
         notRemoved,       ///< subject: the bundle
+        endedAtOnce,      ///< subject: how the instance is named; alternatives: its last lines
+        notStopped,       ///< subject: how the instance is named; something of it still runs
         notWritten,       ///< subject: the file, which holds what it held before
         notRestored,      ///< subject: the file, which may hold anything now
         dataRemains,      ///< subject: the home; the bundle is gone

@@ -23,6 +23,8 @@ enum class Remedy {
     createAgain,               ///< make the instance again, in place of this one
     createAgainWithIdentifier, ///< the same under another bundle identifier
     registerAgain,             ///< register the instance called `subject` again
+    stopFirst,                 ///< end what runs of the instance called `subject`
+    deleteFirst,               ///< delete the `alternatives`, which are instances
     lookAgain,                 ///< make the plan again
     // Name something else.
     nameByPath,       ///< name one of the `alternatives`, which are paths

@@ -47,9 +47,14 @@ std::string suggestion(const std::vector<std::string>& alternatives) {
     return alternatives.empty() ? "" : " Did you mean " + inQuotes(alternatives.front()) + "?";
 }
 
+/// `sentence` with a line for each of `names`.
+std::string listed(std::string sentence, const std::vector<std::string>& names) {
+    for (const auto& name : names) sentence += "\n  " + ambrel::utf8::oneLine(name);
+    return sentence;
+}
+
 std::string remedyText(Remedy remedy, const std::string& subject,
                        const std::vector<std::string>& alternatives) {
-    std::string list = " Name one of them by its path:";
     switch (remedy) {
     case Remedy::shareFolders:
         return " Let it share yours with: " + commandLine("edit", {subject}) +
@@ -59,9 +64,12 @@ std::string remedyText(Remedy remedy, const std::string& subject,
                commandLine("adopt", {subject});
     case Remedy::registerAgain:
         return " Try again with: " + commandLine("register", {subject});
+    case Remedy::stopFirst:
+        return " Stop it first with: " + commandLine("stop", {subject});
+    case Remedy::deleteFirst:
+        return listed(" Delete first:", alternatives);
     case Remedy::nameByPath:
-        for (const auto& path : alternatives) list += "\n  " + ambrel::utf8::oneLine(path);
-        return list;
+        return listed(" Name one of them by its path:", alternatives);
     case Remedy::listInstances:
         return suggestion(alternatives) + " See: korvane list";
     case Remedy::nameSuggested:

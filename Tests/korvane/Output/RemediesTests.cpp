@@ -47,6 +47,10 @@ TEST_CASE("a refusal is told with its remedy in words of the command line") {
           "No. Did you mean \"Work\"? See: korvane list");
     CHECK(text(Kind::severalInstances, Remedy::nameByPath, "", {"/a", "/b\nc"}) ==
           "No. Name one of them by its path:\n  /a\n  /b\\nc");
+    CHECK(text(Kind::instanceRuns, Remedy::stopFirst, "my work") ==
+          "No. Stop it first with: korvane stop 'my work'");
+    CHECK(text(Kind::applicationNeeded, Remedy::deleteFirst, "", {"Work", "Home"}) ==
+          "No. Delete first:\n  Work\n  Home");
 }
 
 TEST_CASE("a notice is told with its remedy, and a field by its option") {
