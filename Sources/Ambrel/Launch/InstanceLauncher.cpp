@@ -22,8 +22,17 @@ ChildProcess launched(ChildProcess::Setup setup) {
     return process;
 }
 
-void overwrite(Environment& environment, const StringMap& entries) {
-    for (const auto& [key, value] : entries) environment[key] = value;
+/// Applies the configuration's entries. A name with "=" in it would set another variable, and one
+/// without a letter none (POSIX, setenv). What is inherited is not asked: whoever started this
+/// process may have left an entry without a name in it, which no program minds.
+void overwrite(Environment& environment, const StringMap& entries, const Path& executable) {
+    for (const auto& [name, value] : entries) {
+        if (name.empty() || name.find('=') != std::string::npos) {
+            throw ChildProcessError(ChildProcessError::Fault::arguments, executable,
+                                    "no environment variable can be called \"" + name + "\"");
+        }
+        environment[name] = value;
+    }
 }
 
 /// A command runs without its home folder too: it is there for the log alone.
@@ -50,20 +59,11 @@ ChildProcess launchCommand(const ResolvedInstance& instance, const Environment& 
     if (!isMissing(instance.workingDirectory)) setup.currentDirectory = instance.workingDirectory;
     if (!instance.environment.empty()) { // without, the runner's own is inherited as it stands
         setup.environment = inherited;
-        overwrite(*setup.environment, instance.environment);
+        overwrite(*setup.environment, instance.environment, setup.executable);
     }
     setup.standardOutput = InstanceLauncher::instanceLogHandle(instance.home);
     setup.standardError = setup.standardOutput;
     return launched(std::move(setup));
-}
-
-Environment isolatedEnvironment(Environment environment, const Path& home,
-                                const StringMap& configured, const UserPlaces& user) {
-    environment["HOME"] = home;
-    environment["CFFIXED_USER_HOME"] = home;
-    redirectHomeVariables(environment, home, user);
-    overwrite(environment, configured); // the configuration has the last word
-    return environment;
 }
 
 /// What an application is started with.
@@ -75,6 +75,16 @@ struct AppStart {
     std::optional<std::string> processName;
     bool sharesTrash = false;
 };
+
+Environment isolatedEnvironment(Environment environment, const AppBundle& app,
+                                const AppStart& start, const UserPlaces& user) {
+    environment["HOME"] = start.home;
+    environment["CFFIXED_USER_HOME"] = start.home;
+    redirectHomeVariables(environment, start.home, user);
+    // The configuration has the last word.
+    overwrite(environment, start.environment, app.executableURL());
+    return environment;
+}
 
 AppBundle readBundle(const Path& appURL, const SystemTools& tools) {
     auto app = AppBundle::read(appURL, tools);
@@ -91,13 +101,12 @@ ChildProcess startApp(const AppBundle& app, const AppStart& start, const UserPla
     InstanceLauncher::ensureKeychainAccess(start.home, user);
     DesktopAccess::ensure(start.home, user);
     if (start.sharesTrash) DesktopAccess::ensureTrash(start.home, user);
-    return launched(
-        {.executable = app.executableURL(),
-         .arguments = start.arguments,
-         .environment = isolatedEnvironment(inherited, start.home, start.environment, user),
-         .standardOutput = log,
-         .standardError = log,
-         .processName = start.processName});
+    return launched({.executable = app.executableURL(),
+                     .arguments = start.arguments,
+                     .environment = isolatedEnvironment(inherited, app, start, user),
+                     .standardOutput = log,
+                     .standardError = log,
+                     .processName = start.processName});
 }
 
 /// The configured name of the process, where this system has a use for it.
@@ -168,6 +177,7 @@ bool InstanceLauncher::isUsableProcessName(std::string_view name) noexcept {
 }
 
 void InstanceLauncher::ensureKeychainAccess(const Path& home, const UserPlaces& user) noexcept {
+    if (home.empty()) return; // the link would lie wherever the program was started
     linkIfSafe(paths::join(home, keychains), paths::join(user.home, keychains));
 }
 

@@ -53,7 +53,8 @@ struct InstanceLauncher {
     /// nothing but UTF-8. With another one the program gets its path.
     static bool isUsableProcessName(std::string_view name) noexcept;
 
-    /// Links `home`/Library/Keychains to the user's own keychains by the rule of linkIfSafe.
+    /// Links `home`/Library/Keychains to the user's own keychains by the rule of linkIfSafe;
+    /// nothing for an empty `home`.
     static void ensureKeychainAccess(const Path& home, const UserPlaces& user) noexcept;
 
     /// DesktopAccess::ensure() and ensureTrash(). launch(instance) does the latter when user

@@ -597,7 +597,59 @@ TEST_CASE("an environment variable whose name would set another one is refused")
     for (const std::string name : {"HOME=/evil", ""}) {
         const auto error = expectThrow<ChildProcessError>([&] { stage.report({{name, "x"}}); });
         CHECK(error.fault == ChildProcessError::Fault::arguments);
+        auto command = commandConfig(stage.home, "/bin/true");
+        command.environment = {{name, "x"}};
+        expectThrow<ChildProcessError>([&] { start(command); });
     }
+}
+
+TEST_CASE("an inherited environment variable without a name stops no start and is handed on") {
+    const Stage stage;
+    auto command = commandConfig(stage.home, "/bin/sh", {"-c", "exit 4"});
+    command.environment = {{"OWN", "x"}};
+    const Environment inherited{{"", "nameless"}, {"PATH", "/usr/bin:/bin"}};
+
+    auto app = InstanceLauncher::launch(stage.app, stage.home, Strategy::homeOverride,
+                                        {"report", stage.tmp / "report"}, {}, stage.user.places(),
+                                        inherited);
+    auto run = InstanceLauncher::launch(ResolvedInstance::of(command, stage.user.places()),
+                                        stage.user.places(), inherited);
+
+    CHECK(statusOf(std::move(app)) == 0);
+    CHECK(statusOf(std::move(run)) == 4);
+    CHECK(Report(stage.tmp / "report").environment().at("") == "nameless");
+}
+
+TEST_CASE("without an instance home no keychains are linked into the current folder") {
+    const Stage stage;
+    makeFolder(stage.user / "Library/Keychains");
+    makeFolder(stage.tmp / "here");
+    const WorkingDirectory inside(stage.tmp / "here");
+
+    InstanceLauncher::ensureKeychainAccess("", stage.user.places());
+
+    CHECK(namesIn(stage.tmp / "here").empty());
+}
+
+TEST_CASE("an application's output and errors go to the instance log") {
+    const TempDir tmp;
+    const AppBundle app{tmp / "A.app", "a", "run"};
+    writeScript(app.executableURL(), "echo out; echo err >&2");
+
+    statusOf(InstanceLauncher::launch(app, tmp / "h", Strategy::homeOverride, {}, {}, nobody(),
+                                      processEnvironment()));
+
+    CHECK(readFile(logOf(tmp / "h")) == "out\nerr\n");
+}
+
+TEST_CASE("an app shortcut shares the user's folders even where its strategy refuses the start") {
+    const Stage stage;
+    makeFolder(stage.user / "Downloads");
+    auto config = stage.config();
+    config.strategy = Strategy::unsupported;
+
+    CHECK(launchErrorOf(config, stage.user.places()).kind == LaunchError::Kind::unsupported);
+    CHECK(linkText(stage.home + "/Downloads") == stage.user / "Downloads");
 }
 
 TEST_CASE("an environment of the configuration that no program can get is refused") {

@@ -105,15 +105,6 @@ void requireNoNul(const std::vector<std::string>& texts, const char* what, const
     }
 }
 
-/// A name with "=" in it would set another variable (POSIX, setenv).
-void requireNames(const Environment& environment, const Path& executable) {
-    for (const auto& [name, value] : environment) {
-        if (!name.empty() && name.find('=') == std::string::npos) continue;
-        throw ChildProcessError(ChildProcessError::Fault::arguments, executable,
-                                "no environment variable can be called \"" + name + "\"");
-    }
-}
-
 /// Why the working directory cannot be used, or 0.
 int folderError(const std::optional<Path>& folder) {
     if (!folder) return 0;
@@ -196,7 +187,6 @@ void ChildProcess::launch() {
     auto environment = assignments(setup_.environment.value_or(Environment()));
     requireNoNul(arguments, "an argument", executable);
     requireNoNul(environment, "an environment variable", executable);
-    requireNames(setup_.environment.value_or(Environment()), executable);
     requireNoNul({setup_.currentDirectory.value_or(Path())}, "the working directory", executable);
 
     SpawnPlan plan;
