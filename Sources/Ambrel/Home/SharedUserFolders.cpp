@@ -72,7 +72,9 @@ int moveEntries(const Path& source, const Path& destination) {
             ++moved;
         }
     }
-    if (entriesOf(source).empty()) removeIfPossible(source);
+    // A plain file cannot be listed either: whether a link may replace it is not decided here.
+    const bool isFolder = fileSystem::kindOf(source) == ItemKind::folder;
+    if (isFolder && entriesOf(source).empty()) removeIfPossible(source);
     return moved;
 }
 
@@ -95,6 +97,12 @@ bool isReachable(const Path& place, const UserPlaces& user) {
     return fileSystem::isFolder(place) || folders::isOrLiesIn(place, user.home);
 }
 
+/// A file in the place of a folder goes for the sake of a link to a folder, and for nothing else.
+bool mayBeLinked(const Path& source, const Path& destination) {
+    const auto kind = fileSystem::kindOf(source);
+    return !kind || *kind == ItemKind::folder || fileSystem::isFolder(destination);
+}
+
 /// Migrates each shared folder of `home` into the one that `destinationOf` gives for its name, if
 /// any.
 template <class DestinationOf>
@@ -109,7 +117,9 @@ std::map<std::string, int> migrateEach(const Path& home, const DestinationOf& de
         if (fileSystem::exists(source)) {
             counts[std::string(name)] = moveEntries(source, *destination);
         }
-        SharedUserFolders::linkIfSafe(source, *destination);
+        if (mayBeLinked(source, *destination)) {
+            SharedUserFolders::linkIfSafe(source, *destination);
+        }
     }
     return counts;
 }

@@ -440,6 +440,20 @@ TEST_CASE("a plain file in the place of the instance's folder is replaced by the
     CHECK(linkText(tmp / "instance/Downloads") == tmp / "into/Downloads");
 }
 
+TEST_CASE("a plain file in the place of the instance's folder stays where no link can replace it") {
+    const TempDir tmp;
+    for (const auto* name : {"Downloads", "Documents"}) {
+        writeFile(tmp / "instance/" + name, "the only copy");
+    }
+    writeFile(tmp / "into/Documents", "a file in the way");
+    makeLink(tmp / "into/Downloads", tmp / "unmounted/Downloads");
+
+    InstanceLauncher::migrateSharedUserFolders(tmp / "instance", tmp / "into");
+
+    CHECK(readFile(tmp / "instance/Downloads") == "the only copy");
+    CHECK(readFile(tmp / "instance/Documents") == "the only copy");
+}
+
 TEST_CASE("what cannot be moved stays where it was") {
     const TempDir tmp;
     writeFile(tmp / "instance/Downloads/a", "a");
