@@ -11,6 +11,24 @@ namespace ambrel {
 
 namespace {
 
+UserPlaces withPlainHome(UserPlaces user) {
+    user.home = Path(paths::withoutTrailingSlashes(user.home));
+    return user;
+}
+
+/// Whether `folder` is the user's home or a folder that this lies in, however both are spelled. A
+/// link is neither: it is removed itself, and nothing behind it.
+bool holdsHome(const Path& folder, const UserPlaces& user) {
+    const Path item{paths::withoutTrailingSlashes(folder)};
+    if (fileSystem::kindOf(item) != fileSystem::ItemKind::folder) return false;
+    for (auto place = fileSystem::resolved(user.home).value_or(user.home); place.starts_with('/');
+         place = Path(paths::deletingLastComponent(place))) {
+        if (fileSystem::isSameItem(place, item)) return true;
+        if (place == "/") break;
+    }
+    return false;
+}
+
 /// Data that cannot be removed stays: the wrapper is gone by then, which is what was asked first.
 void removeIfPossible(const Path& path) {
     try {
@@ -27,7 +45,7 @@ std::optional<Path> InstanceRecord::iconURL() const {
 }
 
 InstanceRegistry::InstanceRegistry(UserPlaces user, const std::optional<std::vector<Path>>& dirs)
-    : searchDirs(dirs ? *dirs : defaultSearchDirs(user)), user_(std::move(user)) {}
+    : searchDirs(dirs ? *dirs : defaultSearchDirs(user)), user_(withPlainHome(std::move(user))) {}
 
 std::vector<Path> InstanceRegistry::defaultSearchDirs(const UserPlaces& user) {
     return defaultInstanceFolders(user);
@@ -57,7 +75,7 @@ void InstanceRegistry::remove(const InstanceRecord& record, UserData data) const
     if (data == UserData::keep) return;
     const auto home = record.config.resolvedHome(user_);
     // An instance may be set up to live in the user's own home folder.
-    if (home.empty() || home == user_.home) return;
+    if (home.empty() || home == user_.home || holdsHome(home, user_)) return;
     removeIfPossible(home);
 }
 

@@ -44,8 +44,8 @@ public:
 
     /// Removes the bundle for good; throws FileError, with the data untouched, when that fails. A
     /// bundle that is already gone is no error. With UserData::remove the instance home goes too,
-    /// unless its path is empty or is the user's own home; a failure there is not reported.
-    /// Symbolic links are removed, never followed.
+    /// unless its path is empty or it is or contains the user's own home, however that is spelled;
+    /// a failure there is not reported. Symbolic links are removed, never followed.
     void remove(const InstanceRecord& record, UserData data) const;
 
     /// Applies `edit` to a copy of the record's configuration and writes it over instance.json in

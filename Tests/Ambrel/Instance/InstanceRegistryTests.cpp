@@ -97,6 +97,33 @@ TEST_CASE("removing with data an instance whose home is the user's own removes t
     }
 }
 
+TEST_CASE("the user's own home is never removed, however it or the instance's home is spelled") {
+    const TempDir tmp;
+    const UserHome user(tmp);
+    writeFile(user / "Documents/letter", "kept");
+    const auto before = snapshot(user.path());
+    for (const std::string& own : {user.path(), user.path() + "/", tmp / "alias/user"}) {
+        for (const std::string& home : {std::string("~"), user.path(), user.path() + "/",
+                                        user / "../user/.", tmp / "alias/user", tmp / "alias/"}) {
+            CAPTURE(own);
+            CAPTURE(home);
+            auto places = user.places();
+            places.home = own;
+            // A home that is itself a link is removed as such.
+            if (!isThere(tmp / "alias")) makeLink(tmp / "alias", tmp.path());
+            const auto bundle = writeInstance(tmp / "out/A.app", "A", home);
+
+            InstanceRegistry(places).remove(recordOf(bundle), UserData::remove);
+
+            CHECK_FALSE(isThere(bundle));
+            CHECK(snapshot(user.path()) == before);
+        }
+    }
+    const auto bundle = writeInstance(tmp / "out/A.app", "A", tmp.path());
+    InstanceRegistry(user.places()).remove(recordOf(bundle), UserData::remove);
+    CHECK(snapshot(user.path()) == before);
+}
+
 TEST_CASE("removing a bundle that is already gone, without data, succeeds and does nothing") {
     const TempDir tmp;
     const auto home = tmp / "home";
@@ -155,6 +182,23 @@ TEST_CASE("instances whose names compare equal keep the order in which they were
 
     CHECK(listedIn({tmp / "one", tmp / "two", tmp / "three"}) == Strings{"Mail", "MAIL", "mail"});
     CHECK(listedIn({tmp / "three", tmp / "two", tmp / "one"}) == Strings{"mail", "MAIL", "Mail"});
+}
+
+TEST_CASE("many instances of one name keep the order in which they were found") {
+    const TempDir tmp;
+    std::vector<Path> folders;
+    Strings expected;
+    for (const char letter : std::string("qwertyuiopasdfghjklzxcvbnmQWERTYUIOP")) {
+        folders.push_back(tmp / std::string("in ") + letter);
+        expected.push_back(writeInstance(folders.back() + "/x.app", "Mail"));
+    }
+
+    Strings found;
+    for (const auto& record : InstanceRegistry(nobody(), folders).list()) {
+        found.push_back(record.bundleURL);
+    }
+
+    CHECK(found == expected);
 }
 
 TEST_CASE("nothing is listed once only: a folder twice, or a link, gives the instance twice") {

@@ -25,7 +25,7 @@ template <class LookUp> std::optional<Path> homeInDatabase(const LookUp& lookUp)
         const int error = lookUp(&entry, buffer.data(), buffer.size(), &found);
         if (error == ERANGE) continue;
         if (found == nullptr || found->pw_dir == nullptr || *found->pw_dir == '\0') break;
-        return Path(found->pw_dir);
+        return Path(paths::withoutTrailingSlashes(found->pw_dir));
     }
     return std::nullopt;
 }
