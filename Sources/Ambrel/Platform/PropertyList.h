@@ -31,8 +31,9 @@ struct PropertyListValue {
 };
 
 /// The dictionary in an XML or binary property list. Absent when the file cannot be read, is no
-/// property list, holds text that is not UTF-8, is nested deeper than 512 levels, or its root is
-/// no dictionary. Throws LibraryError when the system's property-list library is missing.
+/// property list, holds text that is neither UTF-8 nor UTF-16 with a byte order mark, is nested
+/// deeper than 512 levels, or its root is no dictionary. Throws LibraryError when the system's
+/// property-list library is missing.
 std::optional<PropertyListDictionary> readPropertyList(const Path& file);
 
 /// The same for the bytes of a file.

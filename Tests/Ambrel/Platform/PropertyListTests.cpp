@@ -111,6 +111,17 @@ Dictionary roundTrip(const Dictionary& dictionary) {
     return *read;
 }
 
+std::string utf16Bytes(const std::u16string& text, bool isBigEndian) {
+    std::string bytes;
+    for (const auto unit : text) {
+        const auto high = static_cast<char>(static_cast<unsigned char>(unit >> 8));
+        const auto low = static_cast<char>(static_cast<unsigned char>(unit & 0xFF));
+        bytes += isBigEndian ? high : low;
+        bytes += isBigEndian ? low : high;
+    }
+    return bytes;
+}
+
 } // namespace
 
 TEST_CASE("an XML property list is read with all types that the system uses") {
@@ -576,6 +587,41 @@ TEST_CASE("characters that XML does not allow cannot be written, in keys and val
         (void)xmlPropertyList({{"K\n", {std::string("\x01")}}});
     });
     CHECK(isOneLine(error.description()));
+}
+
+TEST_CASE("an XML property list in UTF-16 with a byte order mark is read in either order") {
+    const std::u16string text = u"<?xml version=\"1.0\" encoding=\"UTF-16\"?>\n<plist "
+                                u"version=\"1.0\"><dict><key>K</key><string>\u00e9 \u20ac "
+                                u"\U0001F600</string></dict></plist>";
+    for (const bool isBigEndian : {true, false}) {
+        CAPTURE(isBigEndian);
+        const auto bytes = utf16Bytes(u'\uFEFF' + text, isBigEndian);
+
+        const auto value = valueOf(bytes);
+
+        REQUIRE(value.has_value());
+        CHECK(*value->string() == "\u00e9 \u20ac \U0001F600");
+        CHECK_FALSE(parsePropertyList(bytes + "x").has_value());
+        CHECK_FALSE(parsePropertyList(bytes.substr(0, bytes.size() - 1)).has_value());
+    }
+}
+
+TEST_CASE("a property list in UTF-16 with half a surrogate pair or a NUL is refused") {
+    const std::u16string start = u"\uFEFF<plist><dict><key>K</key><string>";
+    const std::u16string end = u"</string></dict></plist>";
+    REQUIRE(valueOf(utf16Bytes(start + u"x" + end, true)).has_value());
+    const std::vector<std::u16string> texts{{char16_t{0xD83D}},
+                                            {char16_t{0xDE00}},
+                                            {char16_t{0xD83D}, char16_t{0xD83D}},
+                                            {char16_t{0xDE00}, char16_t{0xD83D}},
+                                            {char16_t{0}}};
+    for (const auto& text : texts) {
+        CHECK_FALSE(parsePropertyList(utf16Bytes(start + text + end, true)).has_value());
+        CHECK_FALSE(parsePropertyList(utf16Bytes(start + text + end, false)).has_value());
+    }
+    CHECK_FALSE(parsePropertyList(utf16Bytes(start + std::u16string{char16_t{0xD83D}}, true)));
+    CHECK_FALSE(parsePropertyList("\xFE\xFF").has_value());
+    CHECK_FALSE(parsePropertyList("\xFF\xFE").has_value());
 }
 
 TEST_CASE("a value without a type cannot be written") {

@@ -1,6 +1,7 @@
 #include "Ambrel/Platform/PropertyList.h"
 
 #include "Ambrel/Base/CodingError.h"
+#include "Ambrel/Base/Utf16.h"
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/Linux/PropertyListScreen.h"
 
@@ -189,9 +190,12 @@ struct NodeMaker {
 
 std::optional<PropertyListDictionary> parsePropertyList(std::string bytes) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (bytes.size() > largestFile) return std::nullopt;
+    // The library reads no other encoding, and pays no heed to the one that the XML names.
+    if (utf16::hasMark(bytes)) bytes = utf16::toUtf8(bytes).value_or("");
     if (bytes.starts_with(byteOrderMark)) bytes.erase(0, byteOrderMark.size());
     const bool isText = !isBinaryPropertyList(bytes);
-    if (bytes.size() > largestFile || (isText && !utf8::isValid(bytes))) return std::nullopt;
+    if (isText && !utf8::isValid(bytes)) return std::nullopt;
     if (!isHarmlessPropertyList(bytes)) return std::nullopt;
     loadPlist();
     const auto root = parse(bytes);
