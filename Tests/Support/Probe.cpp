@@ -1,7 +1,8 @@
 // A program for tests to start. "report FILE": writes what it was given (arguments, folder,
 // descriptors, signals, environment) to FILE, or to standard output for "-". "signals FIFO END":
 // reports each signal that arrives as "NUMBER kernel" or "NUMBER user", and ends with status 40
-// after the signal END.
+// after the signal END. "unread WORD": writes a byte to its standard output, which is a pipe, and
+// WORD too unless somebody reads the byte while this program runs.
 #include <array>
 #include <csignal>
 #include <cstdio>
@@ -11,8 +12,10 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iostream>
+#include <sched.h>
 #include <sstream>
 #include <string>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 extern char** environ;
@@ -78,10 +81,23 @@ int signals(char** argv) {
     }
 }
 
+int unread(const char* word) {
+    std::cout << '-' << std::flush;
+    constexpr int glances = 100'000;
+    for (int glance = 0; glance < glances; ++glance) {
+        int waiting = 0;
+        if (::ioctl(STDOUT_FILENO, FIONREAD, &waiting) != 0 || waiting != 1) return 1;
+        ::sched_yield();
+    }
+    std::cout << word << std::flush;
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     if (argc >= 3 && std::strcmp(argv[1], "report") == 0) return report(argc, argv);
     if (argc == 4 && std::strcmp(argv[1], "signals") == 0) return signals(argv);
+    if (argc >= 3 && std::strcmp(argv[1], "unread") == 0) return unread(argv[2]);
     return 2;
 }

@@ -5,7 +5,11 @@
 #include "Support/Expect.h"
 #include "Support/Programs.h"
 
+#include "Ambrel/Platform/OwnedFd.h"
+
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace ambrel;
 using namespace korvane::test;
@@ -22,6 +26,21 @@ AppBundle expectBundle(const Path& app) {
     REQUIRE(bundle.has_value());
     return *bundle;
 }
+
+/// Leads this process's standard error into a file until the end of the scope.
+class ErrorsInto {
+public:
+    explicit ErrorsInto(const Path& file) : before_(::dup(STDERR_FILENO)) {
+        const auto into = OwnedFd::open("write", file, O_WRONLY | O_CREAT | O_APPEND);
+        ::dup2(into.get(), STDERR_FILENO);
+    }
+    ErrorsInto(const ErrorsInto&) = delete;
+    ErrorsInto& operator=(const ErrorsInto&) = delete;
+    ~ErrorsInto() { ::dup2(before_.get(), STDERR_FILENO); }
+
+private:
+    OwnedFd before_;
+};
 
 bool sandboxedBy(const TempDir& tmp, const std::string& script) {
     const auto tool = writeScript(tmp / "codesign", script);
@@ -223,6 +242,24 @@ TEST_CASE("only what the signing tool writes to its output counts, as a plain su
         CAPTURE(row.script);
         CHECK(sandboxedBy(tmp, row.script) == row.sandboxed);
     }
+}
+
+TEST_CASE("complaints of the signing tool never reach the standard error of this process") {
+    const TempDir tmp;
+    bool sandboxed = false;
+    {
+        const ErrorsInto file(tmp / "errors");
+        sandboxed = sandboxedBy(tmp, "echo complaint >&2; echo com.apple.security.app-sandbox");
+    }
+
+    CHECK(sandboxed);
+    CHECK(readFile(tmp / "errors").empty());
+}
+
+TEST_CASE("what the signing tool writes is read only after it has ended") {
+    const TempDir tmp;
+
+    CHECK(sandboxedBy(tmp, quoted(KORVANE_TEST_PROBE) + " unread com.apple.security.app-sandbox"));
 }
 
 TEST_CASE("a signing tool that cannot be started means not sandboxed") {

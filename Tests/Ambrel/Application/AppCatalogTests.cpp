@@ -124,6 +124,22 @@ TEST_CASE("applications whose names compare equal keep the order in which they w
           Strings{"mail", "MAIL", "Mail"});
 }
 
+TEST_CASE("many applications of one name keep the order in which they were found") {
+    const TempDir tmp;
+    std::vector<Path> folders;
+    Strings expected;
+    for (const char letter : std::string("qwertyuiopasdfghjklzxcvbnmQWERTYUIOP")) {
+        folders.push_back(tmp / std::string("in ") + letter);
+        expected.push_back(folders.back() + "/Mail.app");
+        AppBundleBuilder(expected.back()).identifier(std::string(1, letter)).write();
+    }
+
+    Strings found;
+    for (const auto& app : scan(folders)) found.push_back(app.url);
+
+    CHECK(found == expected);
+}
+
 TEST_CASE("a declared icon is found with and without its extension, and only when it exists") {
     const TempDir tmp;
     const auto expected = tmp / "I.app/Contents/Resources/AppIcon.icns";

@@ -99,6 +99,41 @@ TEST_CASE("the kind Web fails decoding because raw values are case-sensitive") {
     CHECK(isOneLine(error.description()));
 }
 
+TEST_CASE("of several keys that cannot be decoded the first in their order is told") {
+    const Strings order{"displayName",
+                        "bundleId",
+                        "kind",
+                        "targetAppPath",
+                        "instanceHome",
+                        "strategy",
+                        "extraArgs",
+                        "environment",
+                        "infoPlistOverrides",
+                        "registerAsBrowser",
+                        "openWithPassthrough",
+                        "iconLabel",
+                        "menuBarIcon",
+                        "menuBarIconTemplate",
+                        "shareUserFolders",
+                        "url",
+                        "openPath",
+                        "commandPath",
+                        "commandArgs",
+                        "workingDirectory"};
+    auto object = json::object();
+    for (const auto& key : order) object[key] = 5;
+    for (const auto& key : order) {
+        CHECK(contains(decodingErrorOf(object.dump()).description(), "mismatch at " + key + ":"));
+        const bool isRequired = key == "displayName" || key == "bundleId" || key == "instanceHome";
+        if (isRequired) {
+            object[key] = "text";
+        } else {
+            object.erase(key);
+        }
+    }
+    InstanceConfig::decode(object.dump());
+}
+
 TEST_CASE("a strategy of null gives homeOverride") {
     CHECK(InstanceConfig::decode(smallestJson(R"(,"strategy":null)")).strategy ==
           Strategy::homeOverride);
