@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace ambrel::utf8 {
 
@@ -47,6 +48,19 @@ std::string escaped(char32_t c) {
     return "\\u{" + hex + "}";
 }
 
+/// Takes what is ASCII off the front, eight bytes at once as long as they are nothing else: most
+/// text is.
+void skipAscii(std::string_view& text) {
+    constexpr std::uint64_t highBits = 0x8080808080808080;
+    std::uint64_t block = 0;
+    while (text.size() >= sizeof block) {
+        std::memcpy(&block, text.data(), sizeof block);
+        if ((block & highBits) != 0) break;
+        text.remove_prefix(sizeof block);
+    }
+    while (!text.empty() && byteAt(text, 0) < 0x80) text.remove_prefix(1);
+}
+
 } // namespace
 
 std::optional<char32_t> takeFirst(std::string_view& text) {
@@ -65,7 +79,7 @@ std::optional<char32_t> takeFirst(std::string_view& text) {
 }
 
 bool isValid(std::string_view text) {
-    while (!text.empty()) {
+    for (skipAscii(text); !text.empty(); skipAscii(text)) {
         if (!takeFirst(text)) return false;
     }
     return true;
