@@ -3,7 +3,7 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/ChildProcess.h"
-#include "Ambrel/Platform/FileError.h"
+#include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Pipe.h"
 #include "Ambrel/Platform/PropertyList.h"
 
@@ -30,6 +30,8 @@ std::string entitlements(const Path& appURL, const SystemTools& tools) {
 /// That the key stands there is enough: neither its value nor the tool's exit status counts. A tool
 /// that cannot be run says that nothing is known of a sandbox.
 bool detectSandbox(const Path& appURL, const SystemTools& tools) {
+    // A start that must fail costs more than all the rest.
+    if (!fileSystem::isExecutableFile(tools.codesign)) return false;
     try {
         const auto text = entitlements(appURL, tools);
         return utf8::isValid(text) && text.find(sandboxEntitlement) != std::string::npos;

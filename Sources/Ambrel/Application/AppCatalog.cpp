@@ -1,6 +1,7 @@
 #include "Ambrel/Application/AppCatalog.h"
 
 #include "Ambrel/Application/DeclaredIcon.h"
+#include "Ambrel/Base/SideBySide.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Instance/BundleScan.h"
 #include "Ambrel/Platform/FileSystem.h"
@@ -10,6 +11,16 @@
 #include <unordered_set>
 
 namespace ambrel {
+
+namespace {
+
+/// Absent for one of our wrappers, and for what cannot be read.
+std::optional<AppBundle> readApplication(const Path& entry, const SystemTools& tools) {
+    if (fileSystem::exists(BundleLayout{entry}.instanceJson())) return std::nullopt;
+    return AppBundle::read(entry, tools);
+}
+
+} // namespace
 
 std::optional<Path> AppCatalog::InstalledApp::iconURL() const { return declaredIcon(url); }
 
@@ -23,13 +34,14 @@ std::vector<AppCatalog::InstalledApp> AppCatalog::scan(const std::vector<Path>& 
                                                        const SystemTools& tools) {
     std::vector<InstalledApp> found;
     std::unordered_set<std::string> seen;
-    for (const auto& entry : bundlesIn(dirs)) {
-        if (fileSystem::exists(BundleLayout{entry}.instanceJson())) continue; // one of our wrappers
-        const auto bundle = AppBundle::read(entry, tools);
-        if (!bundle || !seen.insert(bundle->bundleId).second) continue;
-        found.push_back({entry, std::string(paths::stem(entry)), bundle->bundleId});
+    const auto entries = bundlesIn(dirs);
+    const auto read = [&](std::size_t index) { return readApplication(entries[index], tools); };
+    const auto take = [&](const std::optional<AppBundle>& bundle) {
+        if (!bundle || !seen.insert(bundle->bundleId).second) return;
+        found.push_back({bundle->url, std::string(paths::stem(bundle->url)), bundle->bundleId});
         if (progress) progress(found.size());
-    }
+    };
+    sideBySide(entries.size(), read, take);
     const text::NameOrder order;
     std::ranges::stable_sort(found, [&order](const auto& left, const auto& right) {
         return order.precedes(left.name, right.name);

@@ -36,7 +36,9 @@ struct AppCatalog {
 
     /// The applications lying directly in `dirs`, without this system's own wrappers, one for each
     /// bundle identifier (the first found), sorted by name without regard to case. What cannot be
-    /// read is left out. Blocks for one external process for each application.
+    /// read is left out. Where the signing tool is there, blocks for one external process for each
+    /// application, as many side by side as the machine has cores; the outcome is the same as one
+    /// after another, and `progress` is called on this thread.
     static std::vector<InstalledApp> scan(const std::vector<Path>& dirs,
                                           const Progress& progress = {},
                                           const SystemTools& tools = {});

@@ -4,7 +4,9 @@
 #include "Support/Environment.h"
 #include "Support/Expect.h"
 #include "Support/NewRoot.h"
+#include "Support/Programs.h"
 
+#include <thread>
 #include <unordered_set>
 
 using namespace ambrel;
@@ -250,6 +252,36 @@ TEST_CASE("progress is told after each inspected bundle") {
                      {.codesign = "/nonexistent/codesign"});
 
     CHECK((found == std::vector<std::size_t>{1, 2, 3}));
+}
+
+TEST_CASE("probes side by side change neither what is found nor the order in which it is told") {
+    const TempDir tmp;
+    const auto tool = writeScript(tmp / "codesign", "touch \"$0.${5##*/}\"");
+    Strings expected;
+    Strings folders;
+    for (int i = 10; i < 30; ++i) {
+        folders.push_back(tmp / "in" + std::to_string(i));
+        const auto own = "Mail " + std::to_string(i);
+        AppBundleBuilder(folders.back() + "/" + own + ".app").identifier(own).write();
+        AppBundleBuilder(folders.back() + "/Shared.app").identifier("shared").write();
+        expected.push_back(own);
+    }
+    expected.emplace_back("Shared");
+    std::vector<std::size_t> told;
+    bool isHere = true;
+    const auto progress = [&, here = std::this_thread::get_id()](std::size_t found) {
+        told.push_back(found);
+        isHere = isHere && std::this_thread::get_id() == here;
+    };
+
+    const auto apps = AppCatalog::scan(folders, progress, {.codesign = tool});
+
+    CHECK(namesOf(apps) == expected);
+    CHECK(apps.back().url == folders.front() + "/Shared.app");
+    REQUIRE(told.size() == expected.size());
+    for (std::size_t i = 0; i < told.size(); ++i) CHECK(told[i] == i + 1);
+    CHECK(isHere);
+    for (const auto& name : expected) CHECK(isThere(tmp / "codesign." + name + ".app"));
 }
 
 TEST_CASE("records are equal and hash alike exactly when all three fields are") {

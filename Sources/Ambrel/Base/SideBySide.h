@@ -1,0 +1,97 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <exception>
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace ambrel {
+
+/// Works that do not need each other, done on as many threads as the machine has cores, the calling
+/// one among them. What they give is taken on the calling thread, one after another in order, as if
+/// they had been done one after another.
+template <class Work, class Take> class SideBySide {
+public:
+    using Result = std::invoke_result_t<Work, std::size_t>;
+
+    SideBySide(std::size_t count, const Work& work, const Take& take)
+        : slots_(count), work_(work), take_(take) {}
+    SideBySide(const SideBySide&) = delete;
+    SideBySide& operator=(const SideBySide&) = delete;
+    ~SideBySide() = default;
+
+    void run() {
+        std::vector<std::jthread> helpers; // joined at the end, however that comes
+        const StopAtEnd stop(next_, slots_.size());
+        for (std::size_t i = 1; i < threads(); ++i) {
+            helpers.emplace_back([this] {
+                while (workOnNext()) {
+                }
+            });
+        }
+        for (auto& slot : slots_) {
+            while (!slot.isDone.load() && workOnNext()) {
+            }
+            slot.isDone.wait(false);
+            if (slot.error) std::rethrow_exception(slot.error);
+            take_(std::move(*slot.result));
+        }
+    }
+
+private:
+    struct Slot {
+        std::optional<Result> result;
+        std::exception_ptr error;
+        std::atomic<bool> isDone = false;
+    };
+    /// After a failure nothing more is begun.
+    struct StopAtEnd {
+        StopAtEnd(std::atomic<std::size_t>& next, std::size_t count) : next_(next), end_(count) {}
+        StopAtEnd(const StopAtEnd&) = delete;
+        StopAtEnd& operator=(const StopAtEnd&) = delete;
+        ~StopAtEnd() { next_.store(end_); }
+
+    private:
+        std::atomic<std::size_t>& next_;
+        std::size_t end_;
+    };
+
+    std::size_t threads() const {
+        // Each may hold a few descriptors, of which a process has a thousand.
+        constexpr std::size_t most = 64;
+        const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
+        return std::min({cores, slots_.size(), most});
+    }
+
+    /// False when there is nothing left to begin.
+    bool workOnNext() {
+        const auto index = next_.fetch_add(1);
+        if (index >= slots_.size()) return false;
+        auto& slot = slots_[index];
+        try {
+            slot.result.emplace(work_(index));
+        } catch (...) {
+            slot.error = std::current_exception();
+        }
+        slot.isDone.store(true);
+        slot.isDone.notify_one();
+        return true;
+    }
+
+    std::vector<Slot> slots_;
+    std::atomic<std::size_t> next_ = 0;
+    const Work& work_;
+    const Take& take_;
+};
+
+/// Calls `work` with each number below `count`, and `take` with what it gives, in that order. The
+/// first that throws, of these calls in order, ends it; what has begun by then comes to its end.
+template <class Work, class Take>
+void sideBySide(std::size_t count, const Work& work, const Take& take) {
+    SideBySide<Work, Take>(count, work, take).run();
+}
+
+} // namespace ambrel
