@@ -420,6 +420,16 @@ TEST_CASE("the categories of an entry are kept for the menu") {
     CHECK(*info.at("KorvaneCategories").string() == "Network;Email;");
 }
 
+TEST_CASE("the types of files that an entry opens are kept") {
+    const Fixture fixture;
+    fixture.writeEntry("mail", "Exec=" + fixture.program +
+                                   " %U\nMimeType=message/rfc822;x-scheme-handler/mailto;");
+
+    const auto info = fixture.infoOf(fixture.adopt("mail"));
+
+    CHECK(*info.at("KorvaneMimeTypes").string() == "message/rfc822;x-scheme-handler/mailto;");
+}
+
 TEST_CASE("a program that the bus can activate is adopted with a warning") {
     const Fixture fixture;
     fixture.writeEntry("mail", "Exec=" + fixture.program + "\nDBusActivatable=true");

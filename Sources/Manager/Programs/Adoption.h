@@ -22,6 +22,7 @@ struct Adoption {
     ambrel::Path program;   ///< the one behind that call, which "env" may start
     std::optional<ambrel::Path> icon;
     std::string categories; ///< separated by ";"; empty when the entry names none
+    std::string mimeTypes;  ///< those that its entry opens, separated by ";"; empty without any
     /// In a terminal: that program and its arguments in front of those of `call`.
     std::optional<ProgramCall> terminal;
     std::vector<Notice> notices; ///< what will not work as the user may expect

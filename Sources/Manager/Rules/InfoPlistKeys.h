@@ -7,10 +7,12 @@ namespace korvane {
 /// its desktop id.
 inline constexpr const char* windowClassKey = "KorvaneWindowClass";
 
-/// In an adopted bundle: the program behind the launcher, the terminal that it is opened in, and
-/// the menu's categories that its entry names (Desktop Menu Specification).
+/// In an adopted bundle: the program behind the launcher, the terminal that it is opened in, the
+/// menu's categories that its entry names (Desktop Menu Specification), and the types of files and
+/// addresses that it opens. The last two are lists with ";" between their words.
 inline constexpr const char* adoptedProgramKey = "KorvaneProgram";
 inline constexpr const char* adoptedTerminalKey = "KorvaneTerminal";
 inline constexpr const char* adoptedCategoriesKey = "KorvaneCategories";
+inline constexpr const char* adoptedMimeTypesKey = "KorvaneMimeTypes";
 
 } // namespace korvane

@@ -175,6 +175,7 @@ Adoption fromEntry(const Path& file, const ambrel::UserPlaces& user,
     adoption.call = std::move(call);
     if (entry.isTrue("Terminal")) adoption.terminal = requireTerminal(environment);
     adoption.categories = entry.string("Categories").value_or("");
+    adoption.mimeTypes = entry.string("MimeType").value_or("");
     adoption.icon = findIcon(entry.string("Icon").value_or(""), user, environment);
     if (entry.isTrue("DBusActivatable") && !isKeptApart(adoption.identifier, user)) {
         adoption.notices.push_back(
@@ -314,6 +315,7 @@ void writeAdoptedBundle(const Adoption& adoption, const Path& bundle) {
     if (!adoption.categories.empty()) {
         info.insert({adoptedCategoriesKey, {adoption.categories}});
     }
+    if (!adoption.mimeTypes.empty()) info.insert({adoptedMimeTypesKey, {adoption.mimeTypes}});
     fileSystem::createFolders(layout.executables());
     fileSystem::createFolders(layout.resources());
     if (adoption.icon && tryConvertToIconFile(*adoption.icon, layout.icon())) {
