@@ -10,6 +10,7 @@
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/Running.h"
 
 namespace korvane {
 
@@ -74,6 +75,7 @@ Path createIn(const Path& folder, const CreationPlan& plan, const UserPlaces& us
 /// once nobody else can reach it at its path, and put back where it is not what was to be replaced.
 void replace(StagingFolder& staging, const Path& built, const CreationPlan& plan,
              const UserPlaces& user) {
+    requireNotRunning(*plan.replaced, user);
     staging.exchange(built, plan.bundle);
     const auto old = ambrel::InstanceRegistry(user).recordFor(built);
     if (old && isUnchanged(*plan.replaced, {plan.bundle, old->config})) return;

@@ -21,7 +21,8 @@ struct Created {
 
 /// Makes the instance: its bundle, its home and, where that succeeds, its place on the desktop. The
 /// bundle is built aside and put in place in one step. Looks again at what may have changed since
-/// the plan was made, and throws changedMeanwhile, or what requirePossible() throws; also
+/// the plan was made, once more right before an instance is replaced whether it runs, and throws
+/// changedMeanwhile, or what requirePossible() throws; also
 /// unusableRunner, unusableIcon, unreadableApplication and notCreated, and FileError, EncodingError
 /// and LibraryError. After each of these everything is as it was before.
 Created perform(const CreationPlan& plan, const ambrel::UserPlaces& user,

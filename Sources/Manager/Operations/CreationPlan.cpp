@@ -9,6 +9,7 @@
 #include "Manager/Desktop/Registration.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/Running.h"
 #include "Manager/Rules/UserText.h"
 
 namespace korvane {
@@ -184,6 +185,7 @@ std::optional<InstanceRecord> requirePossible(const CreationPlan& plan,
                                               const UserPlaces& user,
                                               const Environment& environment) {
     auto replaced = requireReplaceable(plan.bundle, plan.request.existing, user);
+    if (replaced) requireNotRunning(*replaced, user);
     requireOwnClaims(plan, instances, user);
     registration::requireFree(*plan.wrapper.bundleId, plan.bundle, user, environment,
                               Remedy::chooseIdentifier);

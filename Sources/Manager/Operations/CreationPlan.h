@@ -36,7 +36,8 @@ CreationPlan planCreation(const CreateRequest& request, const ambrel::UserPlaces
                           const ambrel::Environment& environment);
 
 /// Throws Refusal where something is in the way of the plan: notAnInstance or instanceExists for
-/// what stands in its place, unknownUser for the home, identifierTaken, homeTaken and entryTaken;
+/// what stands in its place, instanceRuns for what would be replaced, unknownUser for the home,
+/// identifierTaken, homeTaken and entryTaken;
 /// `instances` are those that instancesWith() finds. Returns the instance that would be replaced.
 std::optional<ambrel::InstanceRecord>
 requirePossible(const CreationPlan& plan, const std::vector<ambrel::InstanceRecord>& instances,

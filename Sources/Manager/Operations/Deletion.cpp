@@ -8,6 +8,7 @@
 #include "Manager/Rules/DataSafety.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/Running.h"
 
 #include <memory>
 
@@ -32,6 +33,8 @@ bool isLink(const Path& path) {
 }
 
 void requireDeletable(const InstanceRecord& record, UserData data, const UserPlaces& user) {
+    // A link goes alone, and the instance runs on.
+    if (!isLink(bundleOf(record))) requireNotRunning(record, user);
     if (data == UserData::keep) return;
     const Path folder{ambrel::paths::deletingLastComponent(record.bundleURL)};
     requireDeletableData(record, instancesWith(folder, user), user);

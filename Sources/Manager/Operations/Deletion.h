@@ -24,8 +24,9 @@ struct DeletionPlan {
     TreeSize dataSize;                ///< of the home; nothing where it stays
 };
 
-/// Finds out what would go; changes nothing. With UserData::remove throws Refusal for data that
-/// cannot go alone, as requireDeletableData() does: homeIsMissing, homeIsUsers, homeIsShared,
+/// Finds out what would go; changes nothing. Throws Refusal instanceRuns for an instance of which
+/// something runs, unless only a link to it would go. With UserData::remove throws it for data that
+/// cannot go alone too, as requireDeletableData() does: homeIsMissing, homeIsUsers, homeIsShared,
 /// homeIsLink, bundleIsLink.
 DeletionPlan planDeletion(const ambrel::InstanceRecord& record, ambrel::UserData data,
                           const ambrel::UserPlaces& user, Measure measure = Measure::yes);

@@ -8,6 +8,7 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/Running.h"
 
 namespace korvane {
 
@@ -35,6 +36,7 @@ Path requireMigratable(const InstanceRecord& record, const UserPlaces& user) {
         throw Refusal(Kind::foldersNotShared, nameFor(record, user),
                       "The instance " + name + " keeps folders of its own.", Remedy::shareFolders);
     }
+    requireNotRunning(record, user);
     return *home;
 }
 

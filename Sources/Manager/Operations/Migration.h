@@ -30,8 +30,8 @@ struct MigrationPlan {
 
 /// Finds out what would be moved; changes nothing, but that the library may make its list of homes.
 /// Throws Refusal homeIsMissing for an instance
-/// without a home, homeIsUsers for one in the user's own and foldersNotShared for one that is to
-/// keep its folders; FileError for a home that cannot be looked into.
+/// without a home, homeIsUsers for one in the user's own, foldersNotShared for one that is to keep
+/// its folders and instanceRuns for one that runs; FileError for a home that cannot be looked into.
 MigrationPlan planMigration(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user,
                             Measure measure = Measure::yes);
 

@@ -2,6 +2,7 @@
 
 #include "Ambrel/Platform/OwnedFd.h"
 #include "Manager/Desktop/Registration.h"
+#include "Support/Waiting.h"
 
 #include <fcntl.h>
 #include <functional>
@@ -328,6 +329,58 @@ TEST_CASE("an instance that comes to the place while another is built stays ther
     CHECK(refusal.kind == Kind::changedMeanwhile);
     CHECK(refusal.subject == scene.bundle());
     CHECK(scene.configOf(scene.bundle()).encode() == config.encode());
+    CHECK(namesIn(scene.home / "Applications") == Strings{"Work.app"});
+}
+
+TEST_CASE("an instance that runs is not replaced") {
+    const Scene scene;
+    scene.instance();
+    auto request = scene.request();
+    request.existing = Existing::replace;
+    const auto plan = scene.plan(request);
+    const Waiting process({{"HOME", scene.homeOf()}});
+
+    for (const auto& refusal :
+         {refusalOf(scene, [&] { scene.plan(request); }),
+          refusalOf(scene, [&] { perform(plan, scene.user, scene.environment); })}) {
+        CHECK(refusal.kind == Kind::instanceRuns);
+        CHECK(refusal.remedy == Remedy::stopFirst);
+    }
+    request.existing = Existing::refuse;
+    CHECK(refusalOf(scene, [&] { scene.plan(request); }).kind == Kind::instanceExists);
+}
+
+TEST_CASE("an instance that is started while its replacement is built is not replaced") {
+    const Scene scene;
+    scene.instance();
+    auto request = scene.request();
+    request.existing = Existing::replace;
+    request.icon = writeFile(scene.tmp / "icon.icns", "icns picture");
+    const auto plan = scene.plan(request);
+    // Whoever opens the icon is building by then, and waits until somebody writes to it.
+    const auto complete = scene.tmp / "complete.icns";
+    ambrel::fileSystem::move(*request.icon, complete);
+    makeFifo(*request.icon);
+    std::optional<Waiting> process;
+    std::thread other([&] {
+        const ambrel::OwnedFd icon(::open(request.icon->c_str(), O_WRONLY | O_CLOEXEC));
+        process.emplace(Waiting::Variables{{"HOME", scene.homeOf()}});
+        ambrel::fileSystem::exchange(complete, *request.icon);
+        [[maybe_unused]] const auto written = ::write(icon.get(), "icns", 4);
+    });
+
+    std::optional<Refusal> refusal;
+    try {
+        perform(plan, scene.user, scene.environment);
+    } catch (const Refusal& caught) {
+        refusal = caught;
+    }
+    // The other would wait for ever for an icon that was never opened.
+    const ambrel::OwnedFd reader(::open(request.icon->c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    other.join();
+
+    REQUIRE(refusal);
+    CHECK(refusal->kind == Kind::instanceRuns);
     CHECK(namesIn(scene.home / "Applications") == Strings{"Work.app"});
 }
 

@@ -4,6 +4,7 @@
 
 #include "Ambrel/Home/UserFolders.h"
 #include "Manager/Desktop/Registration.h"
+#include "Support/Waiting.h"
 
 namespace korvane::test {
 
@@ -209,6 +210,25 @@ TEST_CASE("data that became another's since the plan was made is not deleted") {
     const auto refusal = refusalOf(scene, [&] { perform(plan, scene.user); });
 
     CHECK(refusal.kind == Kind::homeIsShared);
+}
+
+TEST_CASE("an instance that runs is not deleted, with its data or without, but a link to it is") {
+    const Deletable scene;
+    const auto plan = planDeletion(scene.record, UserData::keep, scene.user);
+    auto link = scene.record;
+    link.bundleURL = scene.tmp / "link.app";
+    makeLink(link.bundleURL, scene.record.bundleURL);
+    const Waiting process({{"HOME", scene.homeOf()}});
+
+    for (const auto& refusal :
+         {refusalOf(scene, [&] { planDeletion(scene.record, UserData::keep, scene.user); }),
+          refusalOf(scene, [&] { planDeletion(scene.record, UserData::remove, scene.user); }),
+          refusalOf(scene, [&] { perform(plan, scene.user); })}) {
+        CHECK(refusal.kind == Kind::instanceRuns);
+        CHECK(refusal.subject == "Work");
+        CHECK(refusal.remedy == Remedy::stopFirst);
+    }
+    CHECK(perform(planDeletion(link, UserData::keep, scene.user), scene.user).wasLink);
 }
 
 } // namespace korvane::test

@@ -1,6 +1,7 @@
 #include "Manager/Operations/Migration.h"
 
 #include "Scene.h"
+#include "Support/Waiting.h"
 
 namespace korvane::test {
 
@@ -104,6 +105,18 @@ TEST_CASE("an instance or a destination that changed since the plan was made mov
     CHECK(edited.kind == Kind::changedMeanwhile);
     CHECK(edited.subject == scene.record.bundleURL);
     CHECK(readFile(scene.letter) == "dear");
+}
+
+TEST_CASE("the folders of an instance that runs are not moved") {
+    const Migratable scene;
+    const auto plan = planMigration(scene.record, scene.user);
+    const Waiting process({{"HOME", scene.homeOf()}});
+
+    for (const auto& refusal : {refusalOf(scene, [&] { planMigration(scene.record, scene.user); }),
+                                refusalOf(scene, [&] { perform(plan, scene.user); })}) {
+        CHECK(refusal.kind == Kind::instanceRuns);
+        CHECK(refusal.remedy == Remedy::stopFirst);
+    }
 }
 
 } // namespace korvane::test

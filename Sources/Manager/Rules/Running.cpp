@@ -1,0 +1,201 @@
+#include "Manager/Rules/Running.h"
+
+#include "Ambrel/Home/FolderRelation.h"
+#include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
+#include "Manager/Rules/InstanceHome.h"
+#include "Manager/Rules/InstanceLookup.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace korvane {
+
+using ambrel::FileIdentity;
+using ambrel::HeldFile;
+using ambrel::InstanceRecord;
+using ambrel::Path;
+using ambrel::ProcessSeen;
+using ambrel::UserPlaces;
+namespace folders = ambrel::folders;
+
+namespace {
+
+/// Whether the program is the runner of some instance, wherever that lies.
+bool isRunner(const ProcessSeen& process) {
+    if (!process.executable) return false;
+    const auto& program = process.executable->path;
+    const auto folder = ambrel::paths::deletingLastComponent(program);
+    if (ambrel::paths::lastComponent(program) != ambrel::BundleLayout::runnerFileName ||
+        !folder.ends_with("/Contents/MacOS")) {
+        return false;
+    }
+    // An application may have a program of that name.
+    return process.executable->isRemoved ||
+           ambrel::fileSystem::exists(ambrel::BundleLayout::instanceJsonForExecutable(program));
+}
+
+/// Whether the file is the log of some instance, to judge by its name.
+bool isAnyLog(const std::optional<HeldFile>& file) {
+    return file &&
+           ambrel::paths::lastComponent(file->path) == ambrel::InstanceLauncher::instanceLogName;
+}
+
+/// A file by its place and by what it is now.
+struct Place {
+    Path path;
+    std::optional<FileIdentity> identity;
+
+    bool isHeldAs(const std::optional<HeldFile>& file) const {
+        return file && file->isOrWas(path, identity);
+    }
+};
+
+} // namespace
+
+/// What the processes of one instance are known by.
+struct Running::Signs {
+    static Signs of(const InstanceRecord& record, const UserPlaces& user);
+
+    Place runner;
+    std::optional<Place> log;
+    std::optional<Place> home; ///< absent where it would be that of every process of the user
+
+    bool isRunnerOf(const ProcessSeen& process) const {
+        return runner.isHeldAs(process.executable);
+    }
+    bool isLogOf(const ProcessSeen& process) const {
+        return log && (log->isHeldAs(process.output) || log->isHeldAs(process.error));
+    }
+    bool isHomeOf(const Known& known) const {
+        if (!home || !known.process.home) return false;
+        return *known.process.home == home->path || (known.home && known.home == home->identity);
+    }
+};
+
+Running::Signs Running::Signs::of(const InstanceRecord& record, const UserPlaces& user) {
+    const auto runner = folders::canonical(ambrel::BundleLayout{record.bundleURL}.runner());
+    Signs signs{.runner = {runner, FileIdentity::ofFileAt(runner)}, .log = {}, .home = {}};
+    const auto home = usableHome(record.config, user);
+    if (!home) return signs;
+    const auto log =
+        folders::canonical(ambrel::paths::join(*home, ambrel::InstanceLauncher::instanceLogName));
+    signs.log = {log, FileIdentity::ofFileAt(log)};
+    if (isPrivateHome(record.config, user)) signs.home = {*home, FileIdentity::at(*home)};
+    return signs;
+}
+
+Running::Running(std::vector<ProcessSeen> processes, UserPlaces user) : user_(std::move(user)) {
+    // Most processes have the same home.
+    std::map<Path, std::optional<FileIdentity>> homes;
+    for (auto& process : processes) {
+        Known known{.process = std::move(process)};
+        if (const auto& home = known.process.home; home && home->starts_with('/')) {
+            const auto [entry, isNew] = homes.try_emplace(*home);
+            if (isNew) entry->second = FileIdentity::at(*home);
+            known.home = entry->second;
+        }
+        processes_.push_back(std::move(known));
+    }
+    for (auto& known : processes_) known.runner = runnerAbove(known);
+}
+
+Running Running::now(const UserPlaces& user) { return {ambrel::runningProcesses(), user}; }
+
+const Running::Known* Running::find(int id) const {
+    const auto idOf = [](const Known& known) { return known.process.id; };
+    const auto found = std::ranges::lower_bound(processes_, id, {}, idOf);
+    return found != processes_.end() && idOf(*found) == id ? &*found : nullptr;
+}
+
+std::optional<std::size_t> Running::runnerAbove(const Known& known) const {
+    // The list was not made at one moment: an id given anew may lead round in a circle.
+    std::set<int> passed;
+    for (const auto* at = &known; at != nullptr && passed.insert(at->process.id).second;
+         at = find(at->process.parent)) {
+        if (isRunner(at->process)) return static_cast<std::size_t>(at - processes_.data());
+    }
+    return std::nullopt;
+}
+
+bool Running::belongs(const Known& known, const Signs& signs) const {
+    const auto& process = known.process;
+    if (process.id == ambrel::ownProcessId()) return false;
+    if (known.runner) return signs.isRunnerOf(processes_[*known.runner].process);
+    if (!process.isUsers) return false;
+    if (signs.isLogOf(process)) return true;
+    return !isAnyLog(process.output) && !isAnyLog(process.error) && signs.isHomeOf(known);
+}
+
+/// Whether it is another run of this program that has started a runner of the instance.
+bool Running::waitsForRunner(const ProcessSeen& process, const Signs& signs) const {
+    const auto* self = find(ambrel::ownProcessId());
+    if (self == nullptr || process.id == self->process.id) return false;
+    const auto& own = self->process.executable;
+    if (!own || !process.executable || own->identity != process.executable->identity) return false;
+    return std::ranges::any_of(processes_, [&](const Known& other) {
+        return other.process.parent == process.id && signs.isRunnerOf(other.process);
+    });
+}
+
+std::vector<int> Running::waiting(const Signs& signs) const {
+    std::vector<int> found;
+    for (const auto& known : processes_) {
+        if (waitsForRunner(known.process, signs)) found.push_back(known.process.id);
+    }
+    return found;
+}
+
+RunningProcesses Running::of(const InstanceRecord& record) const {
+    const auto signs = Signs::of(record, user_);
+    std::set<int> members;
+    for (const auto& known : processes_) {
+        if (belongs(known, signs)) members.insert(known.process.id);
+    }
+    RunningProcesses found;
+    std::vector<int> runners;
+    std::vector<int> below;
+    for (const int id : members) {
+        const auto& process = find(id)->process;
+        if (signs.isRunnerOf(process)) {
+            runners.push_back(id);
+        } else if (members.contains(process.parent)) {
+            below.push_back(id);
+        } else {
+            found.heads.push_back(id);
+        }
+    }
+    found.heads.insert(found.heads.begin(), runners.begin(), runners.end());
+    found.ids = waiting(signs);
+    std::erase_if(found.ids, [&](int id) { return members.contains(id); });
+    found.ids.insert(found.ids.end(), found.heads.begin(), found.heads.end());
+    found.ids.insert(found.ids.end(), below.begin(), below.end());
+    return found;
+}
+
+void requireNotRunning(const InstanceRecord& record, const UserPlaces& user) {
+    const auto found = Running::now(user).of(record);
+    if (found.none()) return;
+    throw Refusal(Refusal::Kind::instanceRuns, nameFor(record, user),
+                  "The instance " + inQuotes(record.config.displayName) + " is running (" +
+                      spokenProcesses(found.ids) + ").",
+                  Remedy::stopFirst);
+}
+
+std::string spokenProcesses(const std::vector<int>& ids) {
+    constexpr std::size_t mostNamed = 3;
+    std::string text = ids.size() == 1 ? "process " : "processes ";
+    const auto named = std::min(ids.size(), mostNamed);
+    for (std::size_t at = 0; at < named; ++at) {
+        if (at > 0) text += at + 1 == ids.size() ? " and " : ", ";
+        text += std::to_string(ids[at]);
+    }
+    if (ids.size() > named) text += " and " + std::to_string(ids.size() - named) + " more";
+    return text;
+}
+
+} // namespace korvane

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Ambrel/Instance/InstanceRegistry.h"
+#include "Ambrel/Platform/Processes.h"
+
+#include <optional>
+#include <vector>
+
+namespace korvane {
+
+/// What runs of one instance, by the ids of the processes.
+struct RunningProcesses {
+    std::vector<int> ids;   ///< all of it, those that started the others first
+    std::vector<int> heads; ///< those of `ids` that end the others when they end: the runners, and
+                            ///< whatever else was started by nothing else in `ids`
+
+    bool none() const { return ids.empty(); }
+};
+
+/// What runs of instances: one look at all processes, for as many instances as are to be told
+/// about.
+///
+/// To an instance belong its runner, the `korvane open` or `korvane run` that waits for this, what
+/// descends from the runner, and every process of this user whose standard output or error is the
+/// instance's log, or whose HOME is the instance's home. A home that is or contains the user's own
+/// tells nothing, and neither does an environment that cannot be read. What descends from the
+/// runner of another instance, or has that one's log, belongs to that one alone: it may have been
+/// started out of this one. This process belongs to none.
+class Running {
+public:
+    static Running now(const ambrel::UserPlaces& user);
+
+    RunningProcesses of(const ambrel::InstanceRecord& record) const;
+
+private:
+    /// A process, with what is asked of it for each instance.
+    struct Known {
+        ambrel::ProcessSeen process;
+        std::optional<std::size_t> runner{}; ///< where the nearest runner above, or itself, stands
+        std::optional<ambrel::FileIdentity> home{}; ///< what stands at its HOME
+    };
+    struct Signs;
+
+    Running(std::vector<ambrel::ProcessSeen> processes, ambrel::UserPlaces user);
+    const Known* find(int id) const;
+    std::optional<std::size_t> runnerAbove(const Known& known) const;
+    bool belongs(const Known& known, const Signs& signs) const;
+    bool waitsForRunner(const ambrel::ProcessSeen& process, const Signs& signs) const;
+    std::vector<int> waiting(const Signs& signs) const;
+
+    std::vector<Known> processes_; ///< by id
+    ambrel::UserPlaces user_;
+};
+
+/// Throws Refusal instanceRuns, with Remedy::stopFirst, while something of the instance runs.
+void requireNotRunning(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
+
+/// "process 12", "processes 12 and 34", "processes 12, 34, 56 and 7 more".
+std::string spokenProcesses(const std::vector<int>& ids);
+
+} // namespace korvane

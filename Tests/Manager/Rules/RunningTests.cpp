@@ -1,0 +1,258 @@
+#include "Manager/Rules/Running.h"
+
+#include "Manager/Operations/Scene.h"
+#include "Support/Waiting.h"
+
+#include <csignal>
+#include <unistd.h>
+
+namespace korvane::test {
+
+using ambrel::InstanceRecord;
+using Kind = Refusal::Kind;
+
+namespace {
+
+/// A scene whose instances have the real runner, and run a shell until it is let go.
+struct RunningScene : Scene {
+    InstanceRecord made(const std::string& name = "Work",
+                        const std::string& script = "true") const {
+        auto wanted = request(name);
+        wanted.runner = KORVANE_TEST_RUNNER;
+        wanted.commandArgs = {"-c", script};
+        return make(wanted).record;
+    }
+    InstanceRecord withHome(InstanceRecord record, const Path& place) const {
+        record.config.instanceHome = place;
+        return record;
+    }
+    Path logOf(const std::string& name = "Work") const {
+        return homeOf(name) + "/korvane-instance.log";
+    }
+    std::vector<int> runs(const InstanceRecord& record) const {
+        auto ids = Running::now(user).of(record).ids;
+        std::ranges::sort(ids);
+        return ids;
+    }
+    /// What starts the instance's runner for this scene's user.
+    ProgramSetup runnerOf(const InstanceRecord& record) const {
+        return {.command = {record.bundleURL + "/Contents/MacOS/runner"},
+                .environment = {{"CFFIXED_USER_HOME", home.path()}, {"HOME", home.path()}}};
+    }
+};
+
+using Ids = std::vector<int>;
+
+/// An instance whose command tells its own id and its runner's, and waits.
+struct Started : RunningScene {
+    Path ready = makeFifo(tmp / "ready");
+    Path go = makeFifo(tmp / "go");
+    InstanceRecord record =
+        made("Work", "echo $$ $PPID >" + quoted(ready) + "; read x <" + quoted(go));
+    RunningProgram program{runnerOf(record)};
+    int command = 0;
+    int runner = 0;
+
+    Started() { std::istringstream(readFile(ready)) >> command >> runner; }
+    ~Started() { ::kill(command, SIGKILL); }
+    Started(const Started&) = delete;
+    Started& operator=(const Started&) = delete;
+};
+
+} // namespace
+
+TEST_CASE("an instance runs with its runner and what that started, and no longer") {
+    Started scene;
+    const auto other = scene.made("Other");
+
+    CHECK(scene.runs(scene.record) == Ids{scene.runner, scene.command});
+    CHECK(Running::now(scene.user).of(scene.record).heads == Ids{scene.runner});
+    CHECK(scene.runs(other).empty());
+
+    writeFile(scene.go, "x\n");
+    CHECK(scene.program.wait().status == 0);
+    CHECK(scene.runs(scene.record).empty());
+}
+
+TEST_CASE("a runner is known after its bundle was moved, and after it was replaced") {
+    Started scene;
+    auto moved = scene.record;
+    moved.bundleURL = scene.tmp / "Elsewhere.app";
+
+    ambrel::fileSystem::move(scene.record.bundleURL, moved.bundleURL);
+    CHECK(scene.runs(moved) == Ids{scene.runner, scene.command});
+
+    ambrel::fileSystem::move(moved.bundleURL, scene.record.bundleURL);
+    const auto file = scene.record.bundleURL + "/Contents/MacOS/runner";
+    REQUIRE(::unlink(file.c_str()) == 0);
+    copyProgram(KORVANE_TEST_RUNNER, file);
+    CHECK(scene.runs(scene.record) == Ids{scene.runner, scene.command});
+}
+
+TEST_CASE("a process whose home is the instance's belongs to it, by whatever path") {
+    const RunningScene scene;
+    const auto work = scene.made();
+    const auto other = scene.made("Other");
+    makeLink(scene.tmp / "link", scene.homeOf());
+    const Waiting plain({{"HOME", scene.homeOf()}});
+    const Waiting linked({{"HOME", scene.tmp / "link/"}});
+    const Waiting usersOwn({{"HOME", scene.home.path()}});
+
+    auto expected = Ids{plain.id(), linked.id()};
+    std::ranges::sort(expected);
+    CHECK(scene.runs(work) == expected);
+    CHECK(scene.runs(other).empty());
+}
+
+TEST_CASE("where the instance's home is or contains the user's own, HOME proves nothing") {
+    const RunningScene scene;
+    const auto work = scene.made();
+    const Waiting usersOwn({{"HOME", scene.home.path()}});
+    const Waiting above({{"HOME", scene.tmp.path()}});
+
+    CHECK(scene.runs(scene.withHome(work, "~")).empty());
+    CHECK(scene.runs(scene.withHome(work, scene.home.path() + "/")).empty());
+    CHECK(scene.runs(scene.withHome(work, scene.tmp.path())).empty());
+    const Waiting writer({}, "exec >>" + quoted(scene.home / "korvane-instance.log"));
+    CHECK(scene.runs(scene.withHome(work, "~")) == Ids{writer.id()});
+}
+
+TEST_CASE("an instance without a usable home runs by its runner alone") {
+    const RunningScene scene;
+    const auto work = scene.made();
+    const Waiting process(Waiting::Variables{{"HOME", ""}});
+    const Waiting relative(Waiting::Variables{{"HOME", "relative"}});
+
+    CHECK(scene.runs(scene.withHome(work, "")).empty());
+    CHECK(scene.runs(scene.withHome(work, "relative")).empty());
+}
+
+TEST_CASE(
+    "what writes into the log belongs to the instance, what reads it or lies in its folder not") {
+    const RunningScene scene;
+    const auto work = scene.made();
+    const auto log = writeFile(scene.logOf());
+    const Waiting output({}, "exec >>" + quoted(log));
+    const Waiting error({}, "exec 2>>" + quoted(log));
+    const Waiting reader({}, "exec <" + quoted(log));
+    const Waiting pager({}, "exec 3<" + quoted(log));
+    const Waiting inFolder({}, "cd " + quoted(scene.homeOf()));
+
+    auto expected = Ids{output.id(), error.id()};
+    std::ranges::sort(expected);
+    CHECK(scene.runs(work) == expected);
+
+    REQUIRE(::unlink(log.c_str()) == 0);
+    CHECK(scene.runs(work) == expected);
+}
+
+TEST_CASE("a log that is no file of its own proves nothing") {
+    const RunningScene scene;
+    const auto work = scene.made();
+    makeLink(scene.logOf(), "/dev/null");
+    const Waiting process({}, "exec >/dev/null 2>&1");
+
+    CHECK(scene.runs(work).empty());
+}
+
+TEST_CASE("what a launcher leaves behind when it ends belongs to the instance") {
+    const RunningScene scene;
+    const auto go = makeFifo(scene.tmp / "go");
+    const auto ready = makeFifo(scene.tmp / "ready");
+    const auto work = scene.made("Work", "sh -c 'echo $$ >" + ready + "; read x <" + go + "' &");
+
+    RunningProgram launcher(scene.runnerOf(work));
+    const auto left = std::stoi(readFile(ready));
+    CHECK(launcher.wait().status == 0);
+
+    const auto found = Running::now(scene.user).of(work);
+    CHECK(found.ids == Ids{left});
+    CHECK(found.heads == Ids{left});
+    writeFile(go, "x\n");
+}
+
+TEST_CASE("an instance that was started out of another one belongs to itself alone") {
+    const Started inner;
+    const auto outer = inner.made("Outer");
+    const auto log = writeFile(inner.logOf("Outer"));
+    const auto ready = makeFifo(inner.tmp / "second");
+    const auto go = makeFifo(inner.tmp / "let go");
+    const auto started =
+        inner.made("Started", "echo $$ $PPID >" + quoted(ready) + "; read x <" + quoted(go));
+    // As a terminal in the outer instance does it: with its home and its log.
+    auto setup = inner.runnerOf(started);
+    setup.environment["HOME"] = inner.homeOf("Outer");
+    setup.command = {"/bin/sh", "-c", "exec \"$0\" >>" + quoted(log) + " 2>&1", setup.command[0]};
+    RunningProgram program(setup);
+    int command = 0;
+    int runner = 0;
+    std::istringstream(readFile(ready)) >> command >> runner;
+
+    CHECK(inner.runs(outer).empty());
+    CHECK(inner.runs(started) == Ids{runner, command});
+
+    program.send(SIGKILL); // its command is left without a runner, and has its log
+    program.wait();
+    CHECK(inner.runs(outer).empty());
+    CHECK(inner.runs(started) == Ids{command});
+    writeFile(go, "x\n");
+}
+
+TEST_CASE("a process of another user's does not belong to an instance by its home") {
+    const RunningScene scene;
+    const auto work = scene.made();
+    const auto ready = makeFifo(scene.tmp / "ready");
+    const auto go = makeFifo(scene.tmp / "go");
+    giveToOrdinaryUser(scene.tmp.path());
+    RunningProgram process(
+        {.command = commandAsOrdinaryUser(
+             {"/bin/sh", "-c", "echo >" + quoted(ready) + "; read x <" + quoted(go)}),
+         .environment = {{"HOME", scene.homeOf()}}});
+    readFile(ready);
+
+    CHECK(scene.runs(work).empty() == (::getuid() == 0)); // else it is this user's own
+    writeFile(go, "x\n");
+    process.wait();
+}
+
+TEST_CASE("the process that asks belongs to no instance, and does so for anybody else") {
+    const RunningScene scene;
+    const auto work = scene.made();
+    writeFile(scene.logOf());
+    giveToOrdinaryUser(scene.tmp.path());
+
+    // In a child of this process, whose output is the log then.
+    const auto found = asOrdinaryUser([&] {
+        const auto log = ambrel::fileSystem::openForAppending(scene.logOf());
+        ::dup2(log.get(), STDOUT_FILENO);
+        const Waiting other({}, "exec >>" + quoted(scene.logOf()));
+        return scene.runs(work) == Ids{other.id()} ? std::string("the other alone")
+                                                   : std::string("something else");
+    });
+
+    CHECK(found == "the other alone");
+}
+
+TEST_CASE("what must not happen under a running instance is refused with how to stop it") {
+    const RunningScene scene;
+    const auto work = scene.made();
+    CHECK_NOTHROW(requireNotRunning(work, scene.user));
+    const Waiting process({{"HOME", scene.homeOf()}});
+
+    const auto refusal = refusalOf(scene, [&] { requireNotRunning(work, scene.user); });
+
+    CHECK(refusal.kind == Kind::instanceRuns);
+    CHECK(refusal.subject == "Work");
+    CHECK(refusal.remedy == Remedy::stopFirst);
+    CHECK(refusal.sentence() ==
+          "The instance \"Work\" is running (process " + std::to_string(process.id()) + ").");
+}
+
+TEST_CASE("processes are told by their ids, not more than three") {
+    CHECK(spokenProcesses({1}) == "process 1");
+    CHECK(spokenProcesses({1, 2}) == "processes 1 and 2");
+    CHECK(spokenProcesses({1, 2, 3}) == "processes 1, 2 and 3");
+    CHECK(spokenProcesses({1, 2, 3, 4, 5}) == "processes 1, 2, 3 and 2 more");
+}
+
+} // namespace korvane::test
