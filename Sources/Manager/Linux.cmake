@@ -13,6 +13,7 @@ target_sources(KorvaneManager PRIVATE
     Programs/Linux/EngineMarks.cpp
     Programs/Linux/EntrySearch.cpp
     Programs/Linux/IconSearch.cpp
+    Programs/Linux/IconTheme.cpp
     Programs/Linux/LinkedLibraries.cpp
     Programs/Linux/PackageVersion.cpp
     Programs/Linux/ProgramFolders.cpp

@@ -220,6 +220,56 @@ TEST_CASE(
     CHECK(colorOf("old") == red);
 }
 
+TEST_CASE("an icon is found in the user's theme, in those that it inherits and in any other") {
+    const Fixture fixture;
+    const auto& tmp = fixture.manager.tmp;
+    const auto config = fixture.manager.home / ".config/";
+    const auto picture = [&](const std::string& place, std::uint32_t width, const Pixel& color) {
+        writeFile(tmp / ("share/icons/" + place + ".png"), png(width, color));
+    };
+    const auto index = [&](const std::string& theme, const std::string& lines) {
+        writeFile(tmp / ("share/icons/" + theme + "/index.theme"),
+                  "[Icon Theme]\nName=x\n" + lines + "\n[16x16/any]\nSize=16\n");
+    };
+    index("Mine", "Inherits=Parent,hicolor\nDirectories=16x16/any");
+    index("Parent", "Directories=16x16/any\nScaledDirectories=16x16@2x/places");
+    index("Adwaita", "Directories=48x48/legacy");
+    index("Zebra", "Directories=48/other");
+    picture("Mine/16x16/any/own", 16, green);
+    picture("hicolor/48x48/apps/own", 512, red);
+    picture("Parent/16x16@2x/places/inherited", 32, blue);
+    picture("hicolor/48x48/apps/inherited", 48, red);
+    picture("Mine/unlisted/any/common", 48, red);
+    picture("hicolor/48x48/mimetypes/common", 48, green);
+    picture("Adwaita/48x48/legacy/fallback", 48, blue);
+    picture("Zebra/48/other/fallback", 48, red);
+    picture("Zebra/48/other/last", 48, green);
+    picture("loose", 48, blue);
+    picture("Adwaita/48x48/legacy/drawn-symbolic", 48, green);
+    writeFile(fixture.manager.home / ".icons/hicolor/16x16/apps/home.png", png(16, blue));
+    const auto colorOf = [&](const std::string& icon, const std::string& into) {
+        fixture.writeEntry("mail", "Exec=" + fixture.program + "\nIcon=" + icon);
+        const auto done = fixture.manager.run({"adopt", "mail", "--into", into + icon});
+        REQUIRE(done.status == 0);
+        return colorOfIcon(done.output.substr(0, done.output.size() - 1));
+    };
+
+    CHECK(colorOf("own", "plain-") == red);
+    writeFile(config + "gtk-3.0/settings.ini", "[Settings]\ngtk-icon-theme-name=Mine\n");
+    for (const std::string desktop : {"gtk-", "kde-"}) {
+        CHECK(colorOf("own", desktop) == green);
+        CHECK(colorOf("inherited", desktop) == blue);
+        CHECK(colorOf("common", desktop) == green);
+        CHECK(colorOf("fallback", desktop) == blue);
+        CHECK(colorOf("last", desktop) == green);
+        CHECK(colorOf("loose", desktop) == blue);
+        CHECK(colorOf("drawn", desktop) == green);
+        CHECK(colorOf("home", desktop) == blue);
+        writeFile(config + "gtk-3.0/settings.ini", "[Other]\ngtk-icon-theme-name=Zebra\n");
+        writeFile(config + "kdeglobals", "[General]\nTheme=Other\n[Icons]\nTheme=Mine\n");
+    }
+}
+
 TEST_CASE("an icon is taken by its path, and is left out when it cannot be read") {
     const Fixture fixture;
     const auto icon = writeFile(fixture.manager.tmp / "icon.bin", png(10, red));

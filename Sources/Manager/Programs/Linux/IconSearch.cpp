@@ -1,6 +1,7 @@
 #include "Manager/Programs/Linux/IconSearch.h"
 
 #include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Programs/Linux/IconTheme.h"
 #include "Manager/Programs/Linux/ProgramFolders.h"
 
 #include <algorithm>
@@ -17,22 +18,6 @@ namespace fileSystem = ambrel::fileSystem;
 namespace paths = ambrel::paths;
 
 namespace {
-
-std::vector<Path> iconCandidates(const std::string& name, const ambrel::UserPlaces& user,
-                                 const Environment& environment) {
-    auto roots = programDataFolders(user, environment);
-    std::vector<Path> files;
-    const auto addTheme = [&](const Path& icons) {
-        const auto theme = paths::join(icons, "hicolor");
-        for (const auto& size : sortedNamesIn(theme)) {
-            files.push_back(paths::join(paths::join(paths::join(theme, size), "apps"), name));
-        }
-    };
-    addTheme(paths::join(user.home, ".icons"));
-    for (const auto& root : roots) addTheme(paths::join(root, "icons"));
-    for (const auto& root : roots) files.push_back(paths::join(paths::join(root, "pixmaps"), name));
-    return files;
-}
 
 bool isFile(const Path& path) { return fileSystem::exists(path) && !fileSystem::isFolder(path); }
 
@@ -73,6 +58,35 @@ std::optional<SizedPng> widestPng(const std::vector<Path>& files) {
     return best;
 }
 
+std::vector<Path> filesIn(const std::vector<Path>& folders, const std::string& name) {
+    std::vector<Path> files;
+    for (const auto& folder : folders) files.push_back(paths::join(folder, name));
+    return files;
+}
+
+/// The best picture called `name` in these folders: a large PNG, else an SVG, else the largest PNG,
+/// else an XPM.
+std::optional<Path> bestIn(const std::vector<Path>& folders, const std::string& name) {
+    const auto png = widestPng(filesIn(folders, name + ".png"));
+    constexpr std::uint32_t largeEnough = 256; // below that, a drawing is sharper
+    if (png && png->width >= largeEnough) return png->file;
+    if (auto drawing = firstFile(filesIn(folders, name + ".svg"))) return drawing;
+    if (png) return png->file;
+    return firstFile(filesIn(folders, name + ".xpm"));
+}
+
+/// Where programs put their own pictures: the theme that all others inherit, and what belongs to no
+/// theme.
+std::vector<Path> commonFolders(const IconThemes& themes, const ambrel::UserPlaces& user,
+                                const Environment& environment) {
+    auto folders = themes.foldersOf("hicolor");
+    for (const auto& root : programDataFolders(user, environment)) {
+        folders.push_back(paths::join(root, "pixmaps"));
+    }
+    folders.insert(folders.end(), themes.places().begin(), themes.places().end());
+    return folders;
+}
+
 /// Entries give the name of an icon, and some of a file.
 std::string withoutPictureEnding(const std::string& icon) {
     for (const std::string_view ending : {".png", ".svg", ".xpm"}) {
@@ -88,12 +102,18 @@ std::optional<Path> findIcon(const std::string& icon, const ambrel::UserPlaces& 
     if (icon.starts_with('/')) return isFile(icon) ? std::optional(icon) : std::nullopt;
     if (icon.empty() || icon.find('/') != std::string::npos) return std::nullopt;
     const auto name = withoutPictureEnding(icon);
-    const auto png = widestPng(iconCandidates(name + ".png", user, environment));
-    constexpr std::uint32_t largeEnough = 256; // below that, a drawing is sharper
-    if (png && png->width >= largeEnough) return png->file;
-    if (auto drawing = firstFile(iconCandidates(name + ".svg", user, environment))) return drawing;
-    if (png) return png->file;
-    return firstFile(iconCandidates(name + ".xpm", user, environment));
+    const IconThemes themes(user, environment);
+    std::vector<std::vector<Path>> inOrder;
+    for (const auto& theme : themes.chosen()) inOrder.push_back(themes.foldersOf(theme));
+    inOrder.push_back(commonFolders(themes, user, environment));
+    for (const auto& theme : themes.others()) inOrder.push_back(themes.foldersOf(theme));
+    // One in a single colour, to be drawn over by the desktop, is better than none.
+    for (const auto& called : {name, name + "-symbolic"}) {
+        for (const auto& folders : inOrder) {
+            if (auto found = bestIn(folders, called)) return found;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace korvane
