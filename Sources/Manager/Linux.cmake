@@ -7,16 +7,20 @@ target_sources(KorvaneManager PRIVATE
     Desktop/Linux/ExistingEntry.cpp
     Desktop/Linux/Registration.cpp
     Desktop/Linux/ThemeIcons.cpp
+    Programs/Linux/AdoptedBundle.cpp
     Programs/Linux/Adoption.cpp
     Programs/Linux/BrowserIdentifiers.cpp
     Programs/Linux/DesktopEntry.cpp
     Programs/Linux/EngineMarks.cpp
+    Programs/Linux/EntryCall.cpp
     Programs/Linux/EntrySearch.cpp
     Programs/Linux/IconSearch.cpp
     Programs/Linux/IconTheme.cpp
     Programs/Linux/LinkedLibraries.cpp
     Programs/Linux/PackageVersion.cpp
+    Programs/Linux/ProgramFile.cpp
     Programs/Linux/ProgramFolders.cpp
+    Programs/Linux/ProgramList.cpp
     Programs/Linux/ProgramTraits.cpp
 )
 

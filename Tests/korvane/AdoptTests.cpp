@@ -1,6 +1,7 @@
 #include "Manager.h"
 
 #include "Ambrel/Icon/ImageReader.h"
+#include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Images.h"
 #include "Ambrel/Platform/PropertyList.h"
 #include "Manager/Programs/Linux/BrowserIdentifiers.h"
@@ -108,8 +109,125 @@ TEST_CASE("a program is adopted by the only entry that starts it plainly") {
     fixture.writeEntry("org.example.Mail", "Exec=mailer -- %U");
     CHECK(identifier("two") == "org.example.Mail");
     CHECK(identifier("path", fixture.program) == "org.example.Mail");
-    fixture.writeEntry("second", "Exec=" + fixture.program);
-    CHECK(identifier("three") == "mailer");
+    fixture.writeEntry("a.b.Mailer", "Exec=mailer --new-window %U");
+    CHECK(identifier("tied") == "a.b.Mailer");
+    fixture.writeEntry("mailer", "Exec=/usr/bin/env A=1 mailer --new-window %U");
+    CHECK(identifier("named") == "mailer");
+}
+
+TEST_CASE("entries between which nothing decides are listed") {
+    const Fixture fixture;
+    const auto one = fixture.writeEntry("one", "Exec=" + fixture.program + " %U");
+    const auto two = fixture.writeEntry("two", "Exec=" + fixture.program + " %U");
+
+    const auto byProgram = fixture.manager.refusal({"adopt", fixture.program});
+    const auto byName = fixture.manager.refusal({"adopt", "Mail Reader"});
+
+    CHECK(byProgram == "korvane: Several applications are called \"" + fixture.program +
+                           "\". Name one of them by its path:\n  " + one + "\n  " + two + "\n");
+    CHECK(says(byName, one + "\n  " + two));
+    CHECK(fixture.adopt(two) == fixture.manager.applications() + "/Mail Reader.app");
+}
+
+TEST_CASE("a program is found by all that it is called, in any case") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    fixture.writeEntry("org.example.Mail", "Name[de]=Briefe\nName[pt_BR]=Correio\nExec=mailer -b");
+    const auto app = manager.applications() + "/Mail Reader.app";
+    const auto found = [&](const std::string& text) {
+        const auto done = manager.run({"adopt", text}, {{"PATH", manager.tmp / "bin"}});
+        CAPTURE(done.error);
+        CHECK(done.output == app + "\n");
+    };
+
+    for (const int round : {1, 2}) { // made in the first, found in the second
+        CAPTURE(round);
+        for (const std::string text :
+             {"org.example.Mail", "ORG.EXAMPLE.MAIL", "Mail Reader", "MAIL reader", "Briefe",
+              "correio", "Org.Example.Mail.Desktop"}) {
+            CAPTURE(text);
+            found(text);
+        }
+    }
+}
+
+TEST_CASE("what fits exactly goes before what fits in another case") {
+    const Fixture fixture;
+    const auto entry = [&](const std::string& id, const std::string& name) {
+        writeFile(fixture.manager.tmp / ("share/applications/" + id + ".desktop"),
+                  "[Desktop Entry]\nType=Application\nName=" + name + "\nExec=" + fixture.program +
+                      "\n");
+    };
+    entry("mail", "First");
+    entry("second", "Mail");
+    entry("third", "MAIL");
+    writeFile(fixture.manager.tmp / "share/applications/hidden.desktop",
+              "[Desktop Entry]\nType=Application\nName=Mail\nNoDisplay=true\nExec=" +
+                  fixture.program + "\n");
+
+    CHECK(fixture.adopt("mail") == fixture.manager.applications() + "/First.app");
+    CHECK(fixture.adopt("Mail") == fixture.manager.applications() + "/Mail.app");
+    CHECK(*fixture.infoOf(fixture.manager.applications() + "/Mail.app")
+               .at("CFBundleIdentifier")
+               .string() == "second");
+    CHECK(says(fixture.manager.refusal({"adopt", "THIRDS"}), "Did you mean \"third\"?"));
+}
+
+TEST_CASE("names in other languages are kept, and find the application without its entry") {
+    const Fixture fixture;
+    const auto entry = fixture.writeEntry(
+        "mail", "Name[de]=Briefe\nName[sr@latin]=Pošta\nName[../x]=Bad\nName[en_GB]=Mail Reader\n"
+                "Exec=" +
+                    fixture.program);
+
+    const auto bundle = fixture.adopt("mail");
+
+    CHECK(*ambrel::readPropertyList(bundle + "/Contents/Resources/de.lproj/InfoPlist.strings")
+               ->at("CFBundleDisplayName")
+               .string() == "Briefe");
+    CHECK(namesIn(bundle + "/Contents/Resources") == Strings{"de.lproj", "sr@latin.lproj"});
+    ambrel::fileSystem::removeItem(entry);
+    CHECK(fixture.adopt("briefe") == bundle);
+    CHECK(
+        fixture.manager.configOf(fixture.manager.create({"app", "Work", "Pošta"})).targetAppPath ==
+        bundle);
+}
+
+TEST_CASE("an entry of an instance is no program") {
+    const Fixture fixture;
+    fixture.writeEntry("mail", "Exec=" + fixture.program);
+    fixture.manager.create({"app", "Mailer Two", "mail"});
+
+    CHECK(says(fixture.manager.refusal({"adopt", "mailer two"}),
+               "No application or installed program is called"));
+}
+
+TEST_CASE("a program that its entry says is not installed is not found, and refused by its id") {
+    const Fixture fixture;
+    fixture.writeEntry("gone", "TryExec=no-such-program-here\nExec=" + fixture.program);
+    const auto other = fixture.writeEntry("mail", "TryExec=/bin/sh\nExec=" + fixture.program);
+
+    CHECK(says(fixture.manager.refusal({"adopt", "gone"}),
+               "cannot be adopted: its program is not installed: there is no "
+               "\"no-such-program-here\"."));
+    fixture.adopt("Mail Reader");
+    CHECK(*fixture.infoOf(fixture.manager.applications() + "/Mail Reader.app")
+               .at("CFBundleIdentifier")
+               .string() == "mail");
+}
+
+TEST_CASE("what the session bus starts is refused with the reason") {
+    const Fixture fixture;
+    const auto tool = writeScript(fixture.manager.tmp / "bin/gapplication", "true");
+    for (const std::string& lines : {"Exec=" + tool + " launch org.example.Mail %U",
+                                     "Exec=env A=1 " + tool + " launch org.example.Mail",
+                                     std::string("DBusActivatable=true")}) {
+        CAPTURE(lines);
+        fixture.writeEntry("mail", lines);
+        CHECK(says(fixture.manager.refusal({"adopt", "mail"}),
+                   "it is started by the session bus, with your own home instead of an "
+                   "instance's."));
+    }
 }
 
 TEST_CASE("an adopted program is listed, cloned and run") {
@@ -323,7 +441,8 @@ TEST_CASE("programs that a bundle cannot start rightly are refused, and nothing 
               "[Desktop Entry]\nType=Link\nName=x\nURL=http://example.org/\nExec=true\n");
     CHECK(says(fixture.manager.refusal({"adopt", fixture.manager.tmp / "link.desktop"}),
                "no application"));
-    CHECK(says(fixture.manager.refusal({"adopt", "nothing-of-this-name"}), "Neither"));
+    CHECK(says(fixture.manager.refusal({"adopt", "nothing-of-this-name"}),
+               "No application or installed program is called"));
     CHECK(says(fixture.manager.refusal({"adopt", fixture.manager.tmp / "bin"}), "is no program"));
     CHECK(namesIn(fixture.manager.home.path()) == Strings{});
 }
@@ -526,22 +645,59 @@ TEST_CASE("a name in an entry cannot leave the folder") {
           fixture.manager.applications() + "/A-B.app");
 }
 
-TEST_CASE("what stands at the bundle's place is never touched") {
+TEST_CASE("what else stands at the bundle's place is never touched") {
     const Fixture fixture;
     fixture.writeEntry("mail", "Exec=" + fixture.program);
-    fixture.adopt("mail");
+    fixture.manager.installApp("Mail Reader", "org.example.other");
     const auto before = snapshot(fixture.manager.tmp.path());
 
-    CHECK(says(fixture.manager.refusal({"adopt", "mail"}), "already"));
+    CHECK(says(fixture.manager.refusal({"adopt", "mail"}),
+               "where the application of \"Mail Reader\" would stand."));
 
     CHECK(snapshot(fixture.manager.tmp.path()) == before);
 }
 
-TEST_CASE("adopt tells programs the bundle as JSON") {
+TEST_CASE("adopt tells programs the bundle as JSON, also of one that is there") {
     const Fixture fixture;
 
-    CHECK(fixture.manager.json({"adopt", fixture.program, "--json"}) ==
-          nlohmann::json{{"bundleURL", fixture.manager.applications() + "/mailer.app"}});
+    for (const bool existed : {false, true}) {
+        const auto done = fixture.manager.run({"adopt", fixture.program, "--json"});
+        CHECK(done.status == 0);
+        CHECK(nlohmann::json::parse(done.output) ==
+              nlohmann::json{{"bundleURL", fixture.manager.applications() + "/mailer.app"}});
+        CHECK(contains(done.error, "stands at") == existed);
+    }
+}
+
+TEST_CASE("create makes an application of a program and says so") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    fixture.writeEntry("org.example.Mail", "Exec=" + fixture.program + " %f");
+
+    const auto first = manager.run({"create", "app", "Work", "mail reader"});
+    const auto app = manager.applications() + "/Mail Reader.app";
+
+    CHECK(first.status == 0);
+    CHECK(first.output == manager.applications() + "/Work.app\n");
+    CHECK(says(first.error, "Adopted " + fixture.program +
+                                " as the application \"Mail Reader\", without an icon"));
+    CHECK(manager.configOf(manager.applications() + "/Work.app").targetAppPath == app);
+    const auto json = manager.json({"create", "app", "Two", fixture.program, "--json"});
+    CHECK_FALSE(json.contains("adopted"));
+    CHECK(manager.run({"create", "app", "Work", "org.example.Mail"}).status == 1);
+    CHECK(isThere(app));
+}
+
+TEST_CASE("an application that was made for an instance goes when that fails") {
+    const Fixture fixture;
+    fixture.writeEntry("org.example.Mail", "Exec=" + fixture.program + " %f");
+    const auto before = snapshot(fixture.manager.tmp.path());
+
+    CHECK(says(fixture.manager.refusal(
+                   {"create", "app", "Work", "mail reader", "--runner", "/no/such/runner"}),
+               "runner"));
+
+    CHECK(snapshot(fixture.manager.tmp.path()) == before);
 }
 
 } // namespace korvane::test

@@ -104,7 +104,6 @@ TEST_CASE("an application that is not there is refused with a hint") {
     CHECK(says(manager.refusal({"create", "app", "x", "Mail Raeder"}),
                "Did you mean \"Mail Reader\"?"));
     CHECK(says(manager.refusal({"create", "app", "x", "reader"}), "Did you mean \"Mail Reader\"?"));
-    CHECK(says(manager.refusal({"create", "app", "x", "true"}), "korvane adopt true"));
     CHECK(says(manager.refusal({"create", "app", "x", "/nope.app"}),
                "Not a readable .app: /nope.app"));
     CHECK_FALSE(isThere(manager.home / "KorvaneInstances"));

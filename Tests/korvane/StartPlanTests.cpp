@@ -197,7 +197,7 @@ TEST_CASE("a program of a toolkit is started by its desktop id") {
     CHECK_FALSE(plain.environment.contains("RESOURCE_NAME"));
 }
 
-TEST_CASE("a launcher's program keeps its name and is named by the environment") {
+TEST_CASE("a launcher passes the windows' name on, which edit changes in all its places") {
     const Fixture fixture;
     writeFile(fixture.manager.tmp / "share/applications/mail.desktop",
               "[Desktop Entry]\nType=Application\nName=Launched\nExec=" KORVANE_TEST_QT_PROGRAM
@@ -205,8 +205,72 @@ TEST_CASE("a launcher's program keeps its name and is named by the environment")
 
     const auto config = fixture.createOf("mail");
 
+    CHECK(config.infoPlistOverrides == ambrel::StringMap{{"KorvaneProcessName", id}});
+    CHECK(config.environment.at("RESOURCE_NAME") == id);
+    CHECK(config.environment.at("KORVANE_PROCESS_NAME") == id);
+    const auto given = fixture.createOf("mail", {"--replace", "--process-name", "other"});
+    CHECK(given.environment.at("KORVANE_PROCESS_NAME") == "other");
+    fixture.manager.result({"edit", "Work", "--set", "infoPlistOverrides.KorvaneProcessName=new"});
+    const auto edited = fixture.manager.configOf(fixture.manager.applications() + "/Work.app");
+    CHECK(edited.environment.at("KORVANE_PROCESS_NAME") == "new");
+}
+
+TEST_CASE("a launcher that can pass no name on leaves the program its own") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    writeFile(manager.tmp / "share/applications/mail.desktop",
+              "[Desktop Entry]\nType=Application\nName=Launched\nExec=" KORVANE_TEST_QT_PROGRAM
+              " --own %U\n");
+    const auto empty = makeFolder(manager.tmp / "no-shell");
+    REQUIRE(manager.run({"adopt", "mail"}, {{"PATH", empty}}).status == 0);
+
+    const auto config = manager.configOf(manager.create({"app", "Work", "Launched"}));
+
     CHECK(config.infoPlistOverrides.empty());
     CHECK(config.environment.at("RESOURCE_NAME") == id);
+    CHECK_FALSE(config.environment.contains("KORVANE_PROCESS_NAME"));
+}
+
+TEST_CASE("create says where windows keep the program's name") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    const auto says = [&](const Strings& more) {
+        Strings words{"create",   "app", "Work", "Mail", "--runner", KORVANE_TEST_RUNNER,
+                      "--replace"};
+        words.insert(words.end(), more.begin(), more.end());
+        const auto done = manager.run(words);
+        REQUIRE(done.status == 0);
+        return contains(done.error, "Its windows keep the name of \"Mail\" in dock and task list");
+    };
+
+    CHECK(says({}));
+    CHECK_FALSE(says({"--process-name", "x"}));
+    CHECK_FALSE(says({"--no-profile"}));
+    auto profile = profileOf("org.example.mail");
+    profile["windowName"] = {{"processName", true}};
+    fixture.writeProfile(profile);
+    CHECK_FALSE(says({}));
+    profile["windowName"] = nlohmann::json::object();
+    fixture.writeProfile(profile);
+    CHECK(says({}));
+}
+
+TEST_CASE("a Java program is told its home, and so is the user") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    const auto tool = writeScript(manager.tmp / "bin/tool", "exec java -jar tool.jar");
+    const auto create = [&](const Strings& more) {
+        Strings words{"create", "app", "Work", tool, "--runner", KORVANE_TEST_RUNNER, "--replace"};
+        words.insert(words.end(), more.begin(), more.end());
+        const auto done = manager.run(words);
+        CHECK(done.status == 0);
+        CHECK(contains(done.error, "\"tool\" is a Java program"));
+        return manager.configOf(manager.applications() + "/Work.app")
+            .environment.at("JAVA_TOOL_OPTIONS");
+    };
+
+    CHECK(create({}) == "-Duser.home=\"{{instanceHome}}\"");
+    CHECK(create({"--env", "JAVA_TOOL_OPTIONS=-Dx=y"}) == "-Dx=y");
 }
 
 TEST_CASE("a program in a terminal shows under the name that the terminal's toolkit heeds") {

@@ -5,9 +5,12 @@
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Wrapper/WrapperFactory.h"
+#include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Files/StagingFolder.h"
 #include "Manager/Programs/Adoption.h"
+#include "Manager/Programs/ProgramSearch.h"
+#include "Manager/Programs/StartPlan.h"
 #include "Manager/Rules/UserText.h"
 
 namespace korvane {
@@ -37,26 +40,83 @@ void build(const Adoption& adoption, const Path& folder, const Path& bundle) {
     staging.putInPlace(built, bundle);
 }
 
+/// Whether the bundle at `place` was made of the same program.
+bool isMadeOf(const Adoption& adoption, const Path& place) {
+    const auto app = ambrel::AppBundle::read(place);
+    return app && isAdopted(*app) && app->bundleId == adoption.identifier &&
+           programOf(*app) == adoption.program;
+}
+
+Adopted told(const Path& bundle, const std::string& name, const Path& program,
+             const UserPlaces& user) {
+    return {.bundle = bundle,
+            .name = name,
+            .program = program,
+            .reference = referenceTo(name, bundle, user),
+            .hasIcon = ambrel::fileSystem::exists(BundleLayout{bundle}.icon()),
+            .notices = {}};
+}
+
+Adopted known(const ambrel::AppBundle& app, const UserPlaces& user) {
+    const Path bundle{ambrel::paths::withoutTrailingSlashes(app.url)};
+    auto adopted = told(bundle, std::string(ambrel::paths::stem(bundle)), programOf(app), user);
+    adopted.existed = true;
+    return adopted;
+}
+
+Adopted made(const Adoption& adoption, const Path& folder, const UserPlaces& user) {
+    const auto bundle = BundleLayout::wrapper(folder, adoption.name).bundle;
+    const bool existed = isMadeOf(adoption, bundle);
+    if (!existed && ambrel::fileSystem::kindOf(bundle)) {
+        throw Refusal(Refusal::Kind::placeTaken, bundle,
+                      "Something else stands at " + ambrel::utf8::oneLine(bundle) +
+                          ", where the application of " + inQuotes(adoption.name) + " would stand.",
+                      Remedy::chooseFolder);
+    }
+    if (!existed) build(adoption, folder, bundle);
+    auto adopted = told(bundle, adoption.name, adoption.program, user);
+    adopted.existed = existed;
+    adopted.notices = adoption.notices;
+    return adopted;
+}
+
 } // namespace
 
 Adopted adopt(const AdoptRequest& request, const UserPlaces& user,
               const ambrel::Environment& environment) {
     if (request.folder) requireUtf8(*request.folder, "the folder");
-    const auto adoption = planAdoption(request.program, user, environment);
+    // In a folder of its own another bundle of the same program may be wanted.
+    const auto rule = request.folder ? KnownApplications::areLast : KnownApplications::areMeant;
+    const auto meant = requireMeantProgram(request.program, rule, user, environment);
+    if (const auto* app = std::get_if<ambrel::AppBundle>(&meant)) return known(*app, user);
     const auto folder = request.folder.value_or(ambrel::WrapperFactory::defaultOutputDir(user));
-    const auto bundle = BundleLayout::wrapper(folder, adoption.name).bundle;
-    if (ambrel::fileSystem::kindOf(bundle)) {
-        throw Refusal(Refusal::Kind::placeTaken, bundle,
-                      "Something stands at " + ambrel::utf8::oneLine(bundle) + " already.",
-                      Remedy::chooseFolder);
+    return made(std::get<Adoption>(meant), folder, user);
+}
+
+ApplicationForInstance::ApplicationForInstance(const std::string& program, const UserPlaces& user,
+                                               const ambrel::Environment& environment) {
+    const auto meant = requireMeantProgram(program, KnownApplications::areMeant, user, environment);
+    if (const auto* app = std::get_if<ambrel::AppBundle>(&meant)) {
+        adopted_ = known(*app, user);
+        return;
     }
-    build(adoption, folder, bundle);
-    return {.bundle = bundle,
-            .name = adoption.name,
-            .program = adoption.call.program,
-            .reference = referenceTo(adoption.name, bundle, user),
-            .hasIcon = ambrel::fileSystem::exists(BundleLayout{bundle}.icon()),
-            .notices = adoption.notices};
+    const auto folder = ambrel::WrapperFactory::defaultOutputDir(user);
+    folders_.make(folder);
+    adopted_ = made(std::get<Adoption>(meant), folder, user);
+}
+
+ApplicationForInstance::~ApplicationForInstance() {
+    if (isKept_ || adopted_.existed) return;
+    try {
+        ambrel::fileSystem::removeTree(adopted_.bundle);
+    } catch (const std::exception&) {
+        // An application too many harms nobody, and the first failure is the one to tell.
+    }
+}
+
+void ApplicationForInstance::keep() noexcept {
+    isKept_ = true;
+    folders_.keep();
 }
 
 } // namespace korvane

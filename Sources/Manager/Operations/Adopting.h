@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/Base/Path.h"
+#include "Ambrel/Home/NewFolders.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
 #include "Ambrel/Platform/UserPlaces.h"
 #include "Manager/Base/Notice.h"
@@ -12,9 +13,7 @@
 namespace korvane {
 
 struct AdoptRequest {
-    /// What is to become an application: on Linux the path or id of a desktop entry, or the path or
-    /// name of a program.
-    std::string program;
+    std::string program; ///< what is to become an application, for requireMeantProgram()
     std::optional<ambrel::Path> folder; ///< absolute; absent: "~/Applications"
 };
 
@@ -25,14 +24,35 @@ struct Adopted {
     ambrel::Path program;  ///< what it starts
     std::string reference; ///< its name where requireApplication() finds it by that, else `bundle`
     bool hasIcon = false;  ///< false where no picture was found for it that could be read
+    bool existed = false;  ///< it was an application before, and nothing was made
     std::vector<Notice> notices;
 };
 
-/// Makes an application bundle out of an installed program. Throws Refusal placeTaken where
-/// something stands in its place, badText, unknownProgram, notAdoptable and, on a system where
-/// programs are applications already, notOffered; FileError, EncodingError and LibraryError. After
-/// each of these everything is as it was before.
+/// Makes an application bundle out of an installed program, unless it is one already: without a
+/// folder, wherever the catalog lists it, else in that folder. Throws what requireMeantProgram()
+/// throws, Refusal placeTaken where something else stands in its place, and badText; FileError,
+/// EncodingError and LibraryError. After each of these everything is as it was before.
 Adopted adopt(const AdoptRequest& request, const ambrel::UserPlaces& user,
               const ambrel::Environment& environment);
+
+/// An application for an instance that is being made, of a program that becomes one where it is
+/// none. Unless keep() is called, what was made of it is taken away again.
+class ApplicationForInstance {
+public:
+    /// Throws what adopt() throws.
+    ApplicationForInstance(const std::string& program, const ambrel::UserPlaces& user,
+                           const ambrel::Environment& environment);
+    ApplicationForInstance(const ApplicationForInstance&) = delete;
+    ApplicationForInstance& operator=(const ApplicationForInstance&) = delete;
+    ~ApplicationForInstance();
+
+    const Adopted& adopted() const { return adopted_; }
+    void keep() noexcept;
+
+private:
+    ambrel::NewFolders folders_;
+    Adopted adopted_;
+    bool isKept_ = false;
+};
 
 } // namespace korvane

@@ -30,6 +30,7 @@ void requireAllUtf8(const CreateRequest& request) {
         {request.runner.value_or(""), "the runner's path"},
         {request.processName.value_or(""), "the process name"},
         {request.targetApp, "the application's path"},
+        {request.program.value_or(""), "the application"},
         {request.url, "the address"},
         {request.openPath, "the document's path"},
         {request.commandPath, "the program's path"},
@@ -53,7 +54,7 @@ void requireAbsolute(const std::optional<Path>& path, Tilde tilde) {
 std::string subjectOf(const CreateRequest& request) {
     switch (request.kind) {
     case ShortcutKind::app:
-        return request.targetApp;
+        return request.program.value_or(request.targetApp);
     case ShortcutKind::web:
         return request.url;
     case ShortcutKind::file:
@@ -70,7 +71,8 @@ void requireSubject(const CreateRequest& request) {
         throw Refusal(Kind::nothingToOpen, "",
                       "There is nothing to make an instance of: the text is empty.");
     }
-    if (request.kind == ShortcutKind::app) requireAbsolute(subject, Tilde::isNoStart);
+    const bool isBundle = request.kind == ShortcutKind::app && !request.program;
+    if (isBundle) requireAbsolute(subject, Tilde::isNoStart);
     const bool isStored =
         request.kind == ShortcutKind::file || request.kind == ShortcutKind::command;
     if (isStored) requireAbsolute(subject, Tilde::isKept);

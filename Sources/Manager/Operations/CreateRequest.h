@@ -17,7 +17,10 @@ enum class Existing { refuse, replace };
 struct CreateRequest {
     std::string name; ///< of the instance and its bundle; blanks around it are taken away
     ambrel::ShortcutKind kind{};
-    ambrel::Path targetApp;               ///< app kind: the application's bundle
+    ambrel::Path targetApp; ///< app kind: the application's bundle
+    /// App kind, in place of `targetApp`: what requireMeantProgram() is asked for. An installed
+    /// program that is no application yet becomes one with the instance.
+    std::optional<std::string> program;
     std::string url;                      ///< web kind
     ambrel::Path openPath;                ///< file kind, stored
     ambrel::Path commandPath;             ///< command kind, stored

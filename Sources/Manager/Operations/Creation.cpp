@@ -2,10 +2,12 @@
 
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/Presence.h"
 #include "Manager/Files/IconConversion.h"
 #include "Manager/Files/StagingFolder.h"
+#include "Manager/Operations/Adopting.h"
 #include "Manager/Operations/CreationNotices.h"
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Rules/InstanceHome.h"
@@ -116,6 +118,7 @@ Created build(const CreationPlan& plan, const UserPlaces& user) {
                     .replaced = plan.replaced,
                     .reference = plan.reference,
                     .profile = {},
+                    .adopted = {},
                     .notices = {}};
     const auto& config = created.record.config;
     const auto home = usableHome(config, user);
@@ -144,6 +147,24 @@ Created make(const CreationPlan& plan, const UserPlaces& user) {
     return created;
 }
 
+CreateRequest forApplication(CreateRequest request, const ApplicationForInstance& application) {
+    request.program.reset();
+    request.targetApp = application.adopted().bundle;
+    return request;
+}
+
+void tellOfAdoption(const Adopted& adopted, Created& created) {
+    created.adopted = adopted.bundle;
+    created.notices.insert(
+        created.notices.begin(),
+        {.kind = Notice::Kind::programAdopted,
+         .severity = Notice::Severity::information,
+         .subject = adopted.bundle,
+         .sentence = "Adopted " + ambrel::utf8::oneLine(adopted.program) + " as the application " +
+                     inQuotes(adopted.name) +
+                     (adopted.hasIcon ? "." : ", without an icon: no picture was found for it.")});
+}
+
 } // namespace
 
 Created perform(const CreationPlan& plan, const UserPlaces& user, const Environment& environment) {
@@ -153,7 +174,14 @@ Created perform(const CreationPlan& plan, const UserPlaces& user, const Environm
 
 Created create(const CreateRequest& request, const UserPlaces& user,
                const Environment& environment) {
-    return make(planCreation(request, user, environment), user);
+    if (!request.program) return make(planCreation(request, user, environment), user);
+    requireSensible(request);
+    ApplicationForInstance application(*request.program, user, environment);
+    auto created =
+        make(planCreation(forApplication(request, application), user, environment), user);
+    application.keep();
+    if (!application.adopted().existed) tellOfAdoption(application.adopted(), created);
+    return created;
 }
 
 } // namespace korvane

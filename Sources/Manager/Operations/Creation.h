@@ -16,6 +16,7 @@ struct Created {
     std::string reference; ///< what it is called: its name where that alone finds it, else its path
     bool homeExisted = false;
     std::optional<ProgramProfile> profile; ///< that it was made with; absent without one
+    std::optional<ambrel::Path> adopted;   ///< the application that was made for it
     std::vector<Notice> notices;           ///< in the order in which they came up
 };
 
@@ -28,7 +29,8 @@ struct Created {
 Created perform(const CreationPlan& plan, const ambrel::UserPlaces& user,
                 const ambrel::Environment& environment);
 
-/// Both at once, for when nobody is to be asked in between: nothing is looked at twice.
+/// Both at once, for when nobody is to be asked in between: nothing is looked at twice. A program
+/// that is no application yet becomes one before, and none again where the instance is not made.
 Created create(const CreateRequest& request, const ambrel::UserPlaces& user,
                const ambrel::Environment& environment);
 

@@ -3,6 +3,7 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/ProcessName.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Files/IconConversion.h"
 #include "Manager/Rules/InstanceHome.h"
@@ -26,6 +27,10 @@ public:
                          .sentence = std::move(sentence),
                          .remedy = remedy});
     }
+    void inform(Kind kind, std::string subject, std::string sentence) {
+        add(kind, std::move(subject), std::move(sentence));
+        found.back().severity = Notice::Severity::information;
+    }
     std::vector<Notice> found;
 };
 
@@ -41,6 +46,28 @@ void addTarget(const ambrel::AppBundle& target, NoticeList& list) {
         list.add(Kind::targetRunsOnce, subject,
                  name + " allows only one running copy: while one runs, opening another may lead "
                         "to that one, and what you do there will not be kept apart.");
+    }
+}
+
+void addStart(const CreationPlan& plan, NoticeList& list) {
+    const auto& start = *plan.start;
+    const std::string subject{ambrel::paths::stem(plan.target->url)};
+    const auto name = inQuotes(subject);
+    if (start.isActivatable) {
+        list.add(Kind::handsOverToRunningCopy, subject,
+                 name + " can be activated over the session bus: this instance may hand over to a "
+                        "copy that runs, and will not be kept apart then.");
+    }
+    if (start.asksAccountForHome) {
+        list.inform(Kind::homeFromAccount, subject,
+                    name + " is a Java program, which asks the account for the home: the instance "
+                           "tells it its own by JAVA_TOOL_OPTIONS.");
+    }
+    const bool isNamed = !start.keepsWindowName || processNameOf(plan.request);
+    if (!isNamed && ambrel::processNameNamesWindows()) {
+        list.inform(Kind::windowsKeepName, subject,
+                    "Its windows keep the name of " + name +
+                        " in dock and task list: nothing is known that gives them another.");
     }
 }
 
@@ -127,6 +154,7 @@ std::vector<Notice> noticesOn(const CreationPlan& plan, const InstanceRecord& ma
                               const UserPlaces& user) {
     NoticeList list;
     if (plan.target) addTarget(*plan.target, list);
+    if (plan.start) addStart(plan, list);
     addUnusedFields(plan.request, list);
     addMissingHosts(plan.request, list);
     addLabel(made, list);

@@ -7,6 +7,7 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/Registration.h"
+#include "Manager/Programs/ApplicationLookup.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "Manager/Rules/Running.h"
@@ -98,17 +99,21 @@ void setPlaces(const CreateRequest& request, const UserPlaces& user,
     wrapper.shareUserFolders = request.shareUserFolders;
 }
 
-void setSubject(CreationPlan& plan) {
+ambrel::AppBundle targetOf(const CreateRequest& request, const UserPlaces& user,
+                           const Environment& environment) {
+    if (request.program) return requireApplication(*request.program, user, environment);
+    if (auto app = ambrel::AppBundle::read(request.targetApp)) return *app;
+    throw Refusal(Kind::unreadableApplication, request.targetApp,
+                  "Not a readable .app: " + ambrel::utf8::oneLine(request.targetApp));
+}
+
+void setSubject(CreationPlan& plan, const UserPlaces& user, const Environment& environment) {
     const auto& request = plan.request;
     auto& wrapper = plan.wrapper;
     wrapper.kind = request.kind;
     switch (request.kind) {
     case ambrel::ShortcutKind::app:
-        plan.target = ambrel::AppBundle::read(request.targetApp);
-        if (!plan.target) {
-            throw Refusal(Kind::unreadableApplication, request.targetApp,
-                          "Not a readable .app: " + ambrel::utf8::oneLine(request.targetApp));
-        }
+        plan.target = targetOf(request, user, environment);
         wrapper.targetApp = plan.target->url;
         break;
     case ambrel::ShortcutKind::web:
@@ -201,7 +206,7 @@ CreationPlan planCreation(const CreateRequest& request, const UserPlaces& user,
     requireIconFile(request.icon);
     setLook(plan.request, plan.wrapper);
     setPlaces(plan.request, user, plan.wrapper);
-    setSubject(plan);
+    setSubject(plan, user, environment);
     setStart(plan, user, environment);
     plan.bundle = BundleLayout::wrapper(*plan.wrapper.outputDir, plan.request.name).bundle;
     // The only look at all of them: an identifier and a home can be those of any.

@@ -30,8 +30,9 @@ struct CreationPlan {
 
 /// Looks at everything that a new instance depends on; writes nothing. Throws what
 /// requireSensible() throws, and Refusal unreadableApplication, unusableIcon, unusableProfile, and
-/// what requirePossible() throws; LibraryError where the system lacks what applications are read
-/// with.
+/// what requirePossible() throws; for a request with a program what requireApplication() throws, so
+/// that one which is no application yet is refused with adoptFirst. LibraryError where the system
+/// lacks what applications are read with.
 CreationPlan planCreation(const CreateRequest& request, const ambrel::UserPlaces& user,
                           const ambrel::Environment& environment);
 

@@ -8,10 +8,8 @@
 
 namespace korvane {
 
-/// The application that `text` means: the path of a bundle, or the name or identifier of one that
-/// the catalog lists. Throws Refusal unknownApplication, with what can be done about it,
-/// severalApplications, with their bundles as alternatives, and unreadableApplication for a path.
-/// `environment` says where an installed program of that name would be found.
+/// The application that `text` means by the rules of requireMeantProgram(), and with its refusals.
+/// For an installed program that is none yet, throws unknownApplication with the remedy adoptFirst.
 ambrel::AppBundle requireApplication(const std::string& text, const ambrel::UserPlaces& user,
                                      const ambrel::Environment& environment);
 

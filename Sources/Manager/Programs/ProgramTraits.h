@@ -24,8 +24,9 @@ struct WindowNaming {
 
 /// Told by the libraries that `program` links, directly or not. `started` is the file that an
 /// instance starts, the program itself or a launcher of it. A script's own name reaches no window,
-/// and a program that is reached by a link of another name may act by that: neither is given
-/// another name. On macOS nothing is.
+/// unless it is a launcher of ours that passes on the one it is told by a variable, and a program
+/// that is reached by a link of another name may act by that: neither is given another name. On
+/// macOS nothing is.
 WindowNaming windowNamingOf(const ambrel::Path& started, const ambrel::Path& program);
 
 /// The arguments that give the windows of programs with this engine the name `name`; none where the
@@ -35,5 +36,9 @@ std::vector<std::string> windowNameArguments(ambrel::AppEngine engine, const std
 /// The variables that keep an application of this system apart beside its home folder. On Linux
 /// GSETTINGS_BACKEND: settings are otherwise written by a service that has the user's own home.
 ambrel::StringMap separatingVariables();
+
+/// The variables that tell `program` (absolute) its home where it asks the account for that instead
+/// of HOME, with the placeholder for an instance's; empty for others. On Linux for Java programs.
+ambrel::StringMap homeVariables(const ambrel::Path& program);
 
 } // namespace korvane::installedProgram

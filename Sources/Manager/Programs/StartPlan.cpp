@@ -34,13 +34,17 @@ std::string withDesktopId(const std::string& text, const std::string& desktopId)
                      underscored);
 }
 
-/// The program that `adopt` has noted under `key`.
-std::optional<Path> adoptedPath(const AppBundle& app, const char* key) {
+/// What `adopt` has noted under `key`.
+std::optional<ambrel::PropertyListValue> adoptedValue(const AppBundle& app, const char* key) {
     const auto info = ambrel::readPropertyList(ambrel::BundleLayout{app.url}.infoPlist());
     if (!info) return std::nullopt;
     const auto entry = info->find(key);
-    if (entry == info->end()) return std::nullopt;
-    const auto* const path = entry->second.string();
+    return entry == info->end() ? std::nullopt : std::optional(entry->second);
+}
+
+std::optional<Path> adoptedPath(const AppBundle& app, const char* key) {
+    const auto value = adoptedValue(app, key);
+    const auto* const path = value ? value->string() : nullptr;
     const bool isPath = path != nullptr && path->starts_with('/');
     return isPath ? std::optional(*path) : std::nullopt;
 }
@@ -82,6 +86,8 @@ void addWindowName(StartPlan& plan, const WindowName& name, const std::string& d
         if (value == desktopIdPlaceholder) plan.nameVariables.push_back(key);
     }
     if (name.byProcessName) plan.processName = desktopId;
+    plan.keepsWindowName =
+        name.arguments.empty() && name.environment.empty() && !name.byProcessName;
     if (name.startupWmClass) {
         plan.windowClass = withDesktopId(*name.startupWmClass, desktopId);
     } else if (!name.arguments.empty()) {
@@ -100,6 +106,21 @@ void addProfile(StartPlan& plan, ProgramProfile found, const AppBundle& app,
     plan.profile = std::move(found);
 }
 
+/// Whether a copy that runs may be asked over the bus to do what a second one was started for. A
+/// profile with arguments says by which the program does without the bus.
+bool mayBeActivated(const StartPlan& plan, const AppBundle& app) {
+    const auto value = adoptedValue(app, adoptedActivatableKey);
+    const bool isKeptApart = plan.profile && !plan.profile->profile.extraArgs.empty() &&
+                             plan.profile->profile.confidence != ambrel::Confidence::broken;
+    return value && value->exactBoolean().value_or(false) && !isKeptApart;
+}
+
+void addHome(StartPlan& plan, const AppBundle& app) {
+    auto variables = installedProgram::homeVariables(programOf(app));
+    plan.asksAccountForHome = !variables.empty();
+    plan.environment.merge(std::move(variables));
+}
+
 } // namespace
 
 StartPlan planStart(const AppBundle& app, const std::string& desktopId, UseProfile use,
@@ -107,14 +128,17 @@ StartPlan planStart(const AppBundle& app, const std::string& desktopId, UseProfi
     StartPlan plan;
     plan.arguments = WrapperFactory::autoDataDirArgs(app.url, app.bundleId);
     plan.environment = installedProgram::separatingVariables();
+    addHome(plan, app);
+    auto found = use == UseProfile::yes ? findProfile(app.bundleId, user) : std::nullopt;
+    if (found) addProfile(plan, std::move(*found), app, environment);
+    plan.isActivatable = mayBeActivated(plan, app);
     if (use == UseProfile::no) return plan;
-    if (auto found = findProfile(app.bundleId, user)) {
-        addProfile(plan, std::move(*found), app, environment);
-    }
     const bool isSaid = plan.profile && plan.profile->windowName;
     addWindowName(plan, isSaid ? *plan.profile->windowName : windowNameFor(app), desktopId);
     return plan;
 }
+
+bool isAdopted(const AppBundle& app) { return adoptedPath(app, adoptedProgramKey).has_value(); }
 
 Path programOf(const AppBundle& app) {
     return adoptedPath(app, adoptedProgramKey).value_or(app.executableURL());

@@ -20,14 +20,20 @@ struct StartPlan {
     std::optional<std::string> processName; ///< absent: the program is started by its own name
     std::vector<std::string> nameVariables; ///< those in `environment` that name the windows
     std::optional<std::string> windowClass; ///< the windows' name where none of these decides it
-    std::optional<ProgramProfile> profile;  ///< reconciled with `signature`
-    std::string signature;                  ///< the environment here; empty when not known
+    bool keepsWindowName = false;    ///< nothing is known that names the windows after the instance
+    bool asksAccountForHome = false; ///< and is told of the instance's by a variable
+    bool isActivatable = false; ///< by the session bus, and no profile says what keeps it from that
+    std::optional<ProgramProfile> profile; ///< reconciled with `signature`
+    std::string signature;                 ///< the environment here; empty when not known
 };
 
 /// Looks the profile of `app` up and puts the plan together for an instance that the desktop knows
 /// as `desktopId`. Throws Refusal unusableProfile.
 StartPlan planStart(const ambrel::AppBundle& app, const std::string& desktopId, UseProfile use,
                     const ambrel::UserPlaces& user, const ambrel::Environment& environment);
+
+/// Whether the bundle of `app` was made by adopting a program.
+bool isAdopted(const ambrel::AppBundle& app);
 
 /// The program behind `app`: what an adopted program's launcher starts, else its executable.
 ambrel::Path programOf(const ambrel::AppBundle& app);

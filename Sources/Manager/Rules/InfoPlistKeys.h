@@ -9,10 +9,12 @@ inline constexpr const char* windowClassKey = "KorvaneWindowClass";
 
 /// In an adopted bundle: the program behind the launcher, the terminal that it is opened in, the
 /// menu's categories that its entry names (Desktop Menu Specification), and the types of files and
-/// addresses that it opens. The last two are lists with ";" between their words.
+/// addresses that it opens, the last two as lists with ";" between their words. Whether the session
+/// bus can start it.
 inline constexpr const char* adoptedProgramKey = "KorvaneProgram";
 inline constexpr const char* adoptedTerminalKey = "KorvaneTerminal";
 inline constexpr const char* adoptedCategoriesKey = "KorvaneCategories";
 inline constexpr const char* adoptedMimeTypesKey = "KorvaneMimeTypes";
+inline constexpr const char* adoptedActivatableKey = "KorvaneActivatable";
 
 } // namespace korvane

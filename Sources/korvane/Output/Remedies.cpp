@@ -15,7 +15,8 @@ namespace {
 /// the place of the sentence's dot.
 constexpr std::array<std::pair<Remedy, const char*>, 14> remedySentences{{
     {Remedy::chooseName, " Choose another name, or another folder with --output."},
-    {Remedy::chooseFolder, " Remove it first, or choose another folder with --into."},
+    {Remedy::chooseFolder,
+     " Remove it first, or choose another folder with: korvane adopt … --into DIR"},
     {Remedy::chooseHome, " Choose another one with --home."},
     {Remedy::chooseIdentifier, " Choose another one with --bundle-id."},
     {Remedy::chooseRunner, " Name its file with --runner."},

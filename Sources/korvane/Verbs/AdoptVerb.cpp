@@ -32,9 +32,14 @@ AdoptRequest requestFrom(const AdoptOptions& options, const Surroundings& surrou
 
 void tellAbout(const Adopted& adopted, const Surroundings& surroundings) {
     tell(surroundings, adopted.notices);
-    say(surroundings, "Adopted " + ambrel::utf8::oneLine(adopted.program) + " as " +
-                          inQuotes(adopted.name) + ".");
-    if (!adopted.hasIcon) {
+    if (adopted.existed) {
+        say(surroundings, "The application " + inQuotes(adopted.name) + " stands at " +
+                              ambrel::utf8::oneLine(adopted.bundle) + " already.");
+    } else {
+        say(surroundings, "Adopted " + ambrel::utf8::oneLine(adopted.program) + " as " +
+                              inQuotes(adopted.name) + ".");
+    }
+    if (!adopted.hasIcon && !adopted.existed) {
         say(surroundings, "It has no icon: no picture was found for it that could be read.");
     }
     say(surroundings,
@@ -56,24 +61,25 @@ int adoptProgram(const AdoptOptions& options, const Surroundings& surroundings) 
 } // namespace
 
 Verb adoptVerb() {
-    return {"adopt",
-            "Make an application bundle out of an installed program.",
-            {"korvane adopt chromium",
-             "korvane adopt /usr/share/applications/firefox-esr.desktop --into ~/Applications",
-             "korvane adopt /usr/bin/xterm"},
-            [](CLI::App& app, const Surroundings& surroundings) -> Action {
-                const auto given = std::make_shared<AdoptOptions>();
-                options::text(app, "PROGRAM", given->program,
-                              "A desktop entry's path or id, or a program's path or name")
-                    ->required();
-                options::text(app, "--into", given->into,
-                              "Where the bundle goes (default: ~/Applications)")
-                    ->type_name("DIR");
-                options::asJson(app, given->asJson);
-                return [given, &surroundings](const auto&) {
-                    return adoptProgram(*given, surroundings);
-                };
-            }};
+    return {
+        "adopt",
+        "Make an application bundle out of an installed program.",
+        {"korvane adopt chromium",
+         "korvane adopt /usr/share/applications/firefox-esr.desktop --into ~/Applications",
+         "korvane adopt /usr/bin/xterm"},
+        [](CLI::App& app, const Surroundings& surroundings) -> Action {
+            const auto given = std::make_shared<AdoptOptions>();
+            options::text(app, "PROGRAM", given->program,
+                          "Its name in the menu, a desktop id, a command, or the path of a desktop "
+                          "entry or program")
+                ->required();
+            options::text(app, "--into", given->into,
+                          "Where the bundle goes (default: ~/Applications)")
+                ->type_name("DIR");
+            options::asJson(app, given->asJson);
+            return
+                [given, &surroundings](const auto&) { return adoptProgram(*given, surroundings); };
+        }};
 }
 
 } // namespace korvane

@@ -1,7 +1,6 @@
 #include "korvane/Verbs/CreateOptions.h"
 
 #include "Manager/Base/Quoting.h"
-#include "Manager/Programs/ApplicationLookup.h"
 #include "Manager/Programs/PathSearch.h"
 #include "Manager/Rules/UserText.h"
 #include "korvane/CommandLine/EnumText.h"
@@ -82,8 +81,7 @@ void setSubject(const CreateOptions& options, const Surroundings& surroundings,
     if (subject.empty()) return;
     switch (options.kind) {
     case ShortcutKind::app:
-        request.targetApp =
-            requireApplication(subject, surroundings.user, surroundings.environment).url;
+        request.program = subject;
         break;
     case ShortcutKind::web:
         request.url = subject;

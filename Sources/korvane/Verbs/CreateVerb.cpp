@@ -105,6 +105,7 @@ int createInstance(const CreateOptions& options, const Surroundings& surrounding
     if (options.asJson) {
         auto object = json::bundle(created.record.bundleURL);
         object["profile"] = json::profile(created.profile);
+        if (created.adopted) object["adopted"] = json::text(*created.adopted);
         json::write(object, surroundings.results);
     } else {
         surroundings.results << created.record.bundleURL << '\n';

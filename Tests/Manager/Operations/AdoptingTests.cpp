@@ -68,7 +68,7 @@ TEST_CASE("what cannot become an application is refused, and nothing is made") {
     const auto taken = refusalOf(scene, [&] { scene.adopt(scene.program); });
     const auto noText = refusalOf(scene, [&] { scene.adopt("x\xff"); });
 
-    CHECK(unknown.kind == Kind::unknownProgram);
+    CHECK(unknown.kind == Kind::unknownApplication);
     CHECK(unknown.subject == "no-such-program");
     CHECK(hidden.kind == Kind::notAdoptable);
     CHECK(hidden.subject == entry);
@@ -76,6 +76,93 @@ TEST_CASE("what cannot become an application is refused, and nothing is made") {
     CHECK(taken.subject == scene.home / "Applications/mailer.app");
     CHECK(taken.remedy == Remedy::chooseFolder);
     CHECK(noText.kind == Kind::badText);
+}
+
+TEST_CASE("a program that is an application already is told as it stands") {
+    const Adoptable scene;
+    const auto entry = scene.entry("");
+    const auto first = scene.adopt("org.example.Mail");
+    const auto before = scene.everything();
+
+    for (const std::string text : {"org.example.Mail", "Mail Reader", "mail reader"}) {
+        CAPTURE(text);
+        const auto again = scene.adopt(text);
+        CHECK(again.existed);
+        CHECK(again.bundle == first.bundle);
+        CHECK(again.program == scene.program);
+        CHECK(again.reference == "Mail Reader");
+    }
+    CHECK(scene.adopt(entry).existed);
+    CHECK(scene.adopt(first.bundle + "/").bundle == first.bundle);
+    CHECK(korvane::adopt({.program = entry, .folder = scene.home / "Applications"}, scene.user,
+                         scene.environment)
+              .existed);
+    CHECK_FALSE(first.existed);
+    CHECK(scene.everything() == before);
+}
+
+TEST_CASE("an application of another program that stands in the place is refused") {
+    const Adoptable scene;
+    scene.entry("");
+    scene.adopt("org.example.Mail");
+    const auto other = writeFile(
+        scene.tmp / "share/applications/other.desktop",
+        "[Desktop Entry]\nType=Application\nName=Mail Reader\nExec=" + scene.program + "\n");
+
+    const auto taken = refusalOf(scene, [&] { scene.adopt(other); });
+
+    CHECK(taken.kind == Kind::placeTaken);
+    CHECK(taken.subject == scene.home / "Applications/Mail Reader.app");
+}
+
+TEST_CASE("an instance of an installed program is made together with its application") {
+    const Adoptable scene;
+    scene.entry("");
+    auto request = scene.request();
+    request.kind = ambrel::ShortcutKind::app;
+    request.program = "mail reader";
+
+    const auto created = scene.make(request);
+
+    const auto app = scene.home / "Applications/Mail Reader.app";
+    CHECK(created.record.config.targetAppPath == app);
+    CHECK(created.adopted == app);
+    const auto notice = noticeOf(created.notices, Notice::Kind::programAdopted);
+    CHECK(notice.subject == app);
+    CHECK(notice.severity == Notice::Severity::information);
+
+    request.name = "Second";
+    const auto second = scene.make(request);
+    CHECK(second.record.config.targetAppPath == app);
+    CHECK_FALSE(second.adopted);
+    CHECK(find(second.notices, Notice::Kind::programAdopted) == nullptr);
+}
+
+TEST_CASE("where the instance cannot be made, its application is not either") {
+    const Adoptable scene;
+    scene.entry("");
+    auto request = scene.request();
+    request.kind = ambrel::ShortcutKind::app;
+    request.program = "org.example.Mail";
+    request.runner = scene.tmp / "no-runner";
+
+    CHECK(refusalOf(scene, [&] { scene.make(request); }).kind == Kind::unusableRunner);
+
+    scene.adopt("org.example.Mail");
+    CHECK(refusalOf(scene, [&] { scene.make(request); }).kind == Kind::unusableRunner);
+}
+
+TEST_CASE("a plan for a program that is no application yet is refused") {
+    const Adoptable scene;
+    scene.entry("");
+    auto request = scene.request();
+    request.kind = ambrel::ShortcutKind::app;
+    request.program = "org.example.Mail";
+
+    const auto refusal = refusalOf(scene, [&] { scene.plan(request); });
+
+    CHECK(refusal.kind == Kind::unknownApplication);
+    CHECK(refusal.remedy == Remedy::adoptFirst);
 }
 
 } // namespace korvane::test

@@ -15,7 +15,8 @@ struct Applications {
     TempDir tmp;
     UserHome home{tmp};
     ambrel::UserPlaces user = home.places();
-    ambrel::Environment environment{{"PATH", tmp / "bin"}};
+    ambrel::Environment environment{{"PATH", tmp / "bin"},
+                                    {"XDG_DATA_DIRS", makeFolder(tmp / "share")}};
 
     Path install(const std::string& name, const std::string& identifier) const {
         return AppBundleBuilder(home / ("Applications/" + name + ".app"))

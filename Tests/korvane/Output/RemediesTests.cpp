@@ -18,7 +18,7 @@ TEST_CASE("a refusal is told with its remedy in words of the command line") {
     CHECK(text(Kind::notAnInstance, Remedy::chooseName) ==
           "No. Choose another name, or another folder with --output.");
     CHECK(text(Kind::placeTaken, Remedy::chooseFolder) ==
-          "No. Remove it first, or choose another folder with --into.");
+          "No. Remove it first, or choose another folder with: korvane adopt … --into DIR");
     CHECK(text(Kind::homeTaken, Remedy::chooseHome) == "No. Choose another one with --home.");
     CHECK(text(Kind::homeTaken, Remedy::changeHome) == "No. Choose another one.");
     CHECK(text(Kind::identifierTaken, Remedy::chooseIdentifier) ==

@@ -242,6 +242,18 @@ std::optional<std::string> DesktopEntry::string(const std::string& key) const {
     return unescaped(found->second);
 }
 
+std::map<std::string, std::string> DesktopEntry::translations(const std::string& key) const {
+    std::map<std::string, std::string> found;
+    const auto start = key + "[";
+    for (auto value = values_.lower_bound(start);
+         value != values_.end() && value->first.starts_with(start); ++value) {
+        if (!value->first.ends_with(']')) continue;
+        const auto length = value->first.size() - start.size() - 1;
+        found.emplace(value->first.substr(start.size(), length), unescaped(value->second));
+    }
+    return found;
+}
+
 bool DesktopEntry::isTrue(const std::string& key) const {
     const auto found = values_.find(key);
     return found != values_.end() && found->second == "true";

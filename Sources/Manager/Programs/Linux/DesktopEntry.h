@@ -17,8 +17,7 @@ struct DesktopEntryError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The group [Desktop Entry] of an entry. Keys of other groups, and those for a language, are left
-/// out.
+/// The group [Desktop Entry] of an entry. Keys of other groups are left out.
 class DesktopEntry {
 public:
     /// Throws DesktopEntryError when `text` is no desktop entry.
@@ -26,6 +25,8 @@ public:
 
     /// The value of a string key with its escapes resolved; absent without the key.
     std::optional<std::string> string(const std::string& key) const;
+    /// The values of a localised string key, by the language as it stands in the brackets.
+    std::map<std::string, std::string> translations(const std::string& key) const;
     /// Whether a Boolean key is there and true.
     bool isTrue(const std::string& key) const;
     bool has(const std::string& key) const { return values_.count(key) > 0; }

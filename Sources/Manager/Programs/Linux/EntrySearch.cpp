@@ -25,7 +25,38 @@ void addEntriesIn(const Path& folder, const std::string& id, std::vector<Path>& 
     }
 }
 
+/// Walks the folders for entries. Folders that link back to one above them end the walk.
+class EntryWalk {
+public:
+    void add(const Path& folder, const std::string& prefix = "", std::size_t depth = 0) {
+        constexpr std::size_t deepest = 8;
+        constexpr std::string_view ending = ".desktop";
+        for (const auto& name : sortedNamesIn(folder)) {
+            const auto file = paths::join(folder, name);
+            if (fileSystem::isFolder(file)) {
+                if (depth < deepest) add(file, prefix + name + "-", depth + 1);
+            } else if (name.ends_with(ending)) {
+                auto id = prefix + name.substr(0, name.size() - ending.size());
+                if (seen_.insert(id).second) found.push_back({std::move(id), file});
+            }
+        }
+    }
+    std::vector<IdentifiedEntry> found;
+
+private:
+    std::set<std::string> seen_;
+};
+
 } // namespace
+
+std::vector<IdentifiedEntry> identifiedEntries(const ambrel::UserPlaces& user,
+                                               const Environment& environment) {
+    EntryWalk walk;
+    for (const auto& root : programDataFolders(user, environment)) {
+        walk.add(paths::join(root, "applications"));
+    }
+    return std::move(walk.found);
+}
 
 std::vector<Path> findDesktopEntries(const std::string& id, const ambrel::UserPlaces& user,
                                      const Environment& environment) {

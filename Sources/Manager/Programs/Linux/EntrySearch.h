@@ -23,4 +23,16 @@ std::optional<ambrel::Path> findDesktopEntry(const std::string& id, const ambrel
 std::vector<ambrel::Path> listDesktopEntries(const ambrel::UserPlaces& user,
                                              const ambrel::Environment& environment);
 
+/// A desktop entry by its id: its path below the folder for entries with "-" for "/", and without
+/// its ending.
+struct IdentifiedEntry {
+    std::string id;
+    ambrel::Path file;
+};
+
+/// All desktop entries, those in sub-folders too; one that another of the same id hides is left
+/// out.
+std::vector<IdentifiedEntry> identifiedEntries(const ambrel::UserPlaces& user,
+                                               const ambrel::Environment& environment);
+
 } // namespace korvane

@@ -5,12 +5,11 @@
 #include "Ambrel/Platform/Pipe.h"
 #include "Manager/Programs/Linux/LinkedLibraries.h"
 #include "Manager/Programs/Linux/PackageVersion.h"
+#include "Manager/Programs/Linux/ProgramFile.h"
 #include "Manager/Programs/PathSearch.h"
 
 #include <algorithm>
-#include <array>
 #include <fcntl.h>
-#include <fstream>
 
 namespace korvane::installedProgram {
 
@@ -67,16 +66,6 @@ bool isToolkit(const std::string& library, std::initializer_list<std::string_vie
                        [&](std::string_view name) { return library.starts_with(name); });
 }
 
-/// The kernel starts a script's interpreter by a name of its own. What cannot be read counts as a
-/// script: nothing is known of it, so nothing is changed.
-bool isScript(const Path& program) {
-    if (!fileSystem::isExecutableFile(program)) return true;
-    std::array<char, 2> start{};
-    std::ifstream stream(program, std::ios::binary);
-    const bool isKnown = static_cast<bool>(stream.read(start.data(), start.size()));
-    return !isKnown || std::string_view(start.data(), start.size()) == "#!";
-}
-
 /// Emacs looks for the image of its memory by its name, and ends without it.
 bool actsByItsName(const Path& program, const Path& file) {
     const auto name = paths::lastComponent(file);
@@ -109,8 +98,10 @@ WindowNaming windowNamingOf(const Path& started, const Path& program) {
                                                      "libgtk-4.so", "libwx_gtk"});
     }
     WindowNaming naming;
-    naming.byProcessName =
-        (heedsName || heedsResource) && !isScript(started) && !actsByItsName(program, *file);
+    const bool isPassedOn = isNamingLauncher(started);
+    naming.byProcessName = (heedsName || heedsResource) && (isPassedOn || !isScript(started)) &&
+                           !actsByItsName(program, *file);
+    if (naming.byProcessName && isPassedOn) naming.variables.emplace_back(processNameVariable);
     if (heedsResource) naming.variables.emplace_back("RESOURCE_NAME"); // X Toolkit Intrinsics
     return naming;
 }
@@ -123,5 +114,12 @@ std::vector<std::string> windowNameArguments(ambrel::AppEngine engine, const std
 }
 
 ambrel::StringMap separatingVariables() { return {{"GSETTINGS_BACKEND", "keyfile"}}; }
+
+ambrel::StringMap homeVariables(const Path& program) {
+    if (!isJavaProgram(program)) return {};
+    // The quotes are taken away by the machine, which takes the value apart at blanks.
+    return {{"JAVA_TOOL_OPTIONS",
+             "-Duser.home=\"" + std::string(ambrel::instanceHomePlaceholder) + "\""}};
+}
 
 } // namespace korvane::installedProgram

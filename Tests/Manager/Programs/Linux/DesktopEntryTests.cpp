@@ -1,7 +1,11 @@
-#include "Manager/Programs/Linux/Adoption.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Programs/Linux/AdoptedBundle.h"
 #include "Manager/Programs/Linux/DesktopEntry.h"
+#include "Manager/Programs/Linux/ProgramFile.h"
+#include "Support/Builders.h"
 #include "Support/Expect.h"
 #include "Support/Programs.h"
+#include "Support/TempDir.h"
 
 namespace korvane::test {
 
@@ -93,6 +97,57 @@ TEST_CASE("the launcher gives the program exactly the entry's arguments and then
     const auto done = run({"/bin/sh", "-c", launcherScript(adoption), "sh", "-a", "b c"});
 
     CHECK(done.output == "<it's>\n<$(x) `y` \"z\" \\>\n<two\nlines>\n<>\n<-a>\n<b c>\n<--last>\n");
+}
+
+TEST_CASE("the launcher of a naming shell starts the program by the name in the variable") {
+    const TempDir tmp;
+    const auto shown = "printf '<%s>' \"$0\" \"$@\"; echo \"$A-$B\"; env | grep -c KORVANE_PROCESS";
+    Adoption adoption;
+    adoption.call = {"/usr/bin/env", {"A=it's", "B=2", "/bin/sh", "-c", shown}, {}};
+    adoption.program = "/bin/sh";
+    adoption.namingShell = "/bin/bash";
+    const auto launcher = writeFile(tmp / "launcher", launcherScript(adoption));
+    ambrel::fileSystem::setPermissions(launcher, 0755);
+    const auto start = [&](const std::string& name) {
+        return run({"/usr/bin/env", name, launcher, "one two"}).output;
+    };
+
+    // What a shell tells as its own name is its argv[0] where "-c" has no word behind it.
+    CHECK(run({launcher}).output == "</bin/sh>it's-2\n0\n");
+    CHECK(run({"/usr/bin/env", "KORVANE_PROCESS_NAME=app.work", launcher}).output ==
+          "<app.work>it's-2\n0\n");
+    CHECK(start("KORVANE_PROCESS_NAME=app.work") == "<one two>it's-2\n0\n");
+    CHECK(isNamingLauncher(launcher));
+    CHECK_FALSE(isNamingLauncher("/bin/sh"));
+}
+
+TEST_CASE("a Java program is told by its script, its archive and its links") {
+    struct Row {
+        std::string text;
+        bool isJava;
+    };
+    const Row rows[] = {
+        {". /usr/lib/java-wrappers/java-wrappers.sh\nrun_java org.example.Main", true},
+        {"exec java -jar /usr/share/tool.jar", true},
+        {"\"$JAVA_HOME/bin/java\" -cp x Main", true},
+        {"# needs java -jar\nexec python3 main.py", false},
+        {"exec node javascript.js", false},
+    };
+    const TempDir tmp;
+    for (const auto& row : rows) {
+        CAPTURE(row.text);
+        CHECK(isJavaProgram(writeScript(tmp / "tool", row.text)) == row.isJava);
+    }
+    makeLink(tmp / "link", writeFile(tmp / "share/tool.jar"));
+    makeLink(tmp / "machine", writeScript(tmp / "jvm/bin/java", "true"));
+    copyProgram("/bin/true", tmp / "own/bin/app");
+    CHECK_FALSE(isJavaProgram(tmp / "own/bin/app"));
+    writeFile(tmp / "own/lib/runtime/lib/server/libjvm.so");
+
+    CHECK(isJavaProgram(tmp / "link"));
+    CHECK(isJavaProgram(tmp / "machine"));
+    CHECK(isJavaProgram(tmp / "own/bin/app"));
+    CHECK_FALSE(isJavaProgram("/nothing/here"));
 }
 
 } // namespace korvane::test

@@ -1,0 +1,148 @@
+#include "Manager/Programs/Linux/AdoptedBundle.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/PropertyList.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Files/IconConversion.h"
+#include "Manager/Programs/Linux/EngineMarks.h"
+#include "Manager/Programs/Linux/EntryCall.h"
+#include "Manager/Programs/Linux/ProgramFile.h"
+#include "Manager/Rules/InfoPlistKeys.h"
+
+#include <algorithm>
+#include <array>
+
+namespace korvane {
+
+using ambrel::BundleLayout;
+using ambrel::Path;
+namespace fileSystem = ambrel::fileSystem;
+namespace paths = ambrel::paths;
+
+namespace {
+
+/// What an instance's home is made of (XDG Base Directory Specification).
+constexpr std::array homeVariables{"HOME",          "CFFIXED_USER_HOME", "XDG_CONFIG_HOME",
+                                   "XDG_DATA_HOME", "XDG_STATE_HOME",    "XDG_CACHE_HOME"};
+
+/// The words of a command line, each in quotes.
+class CommandText {
+public:
+    explicit CommandText(std::string start) : text(std::move(start)) {}
+
+    void add(const std::string& word) { text.append(" ").append(shellQuoted(word)); }
+    void addAll(const std::vector<std::string>& words) {
+        for (const auto& word : words) add(word);
+    }
+    void addCall(const ProgramCall& call) {
+        add(call.program);
+        addAll(call.before);
+    }
+    std::string text;
+};
+
+std::string plainScript(const Adoption& adoption) {
+    CommandText line("exec");
+    if (adoption.terminal) {
+        line.addCall(*adoption.terminal);
+        // A terminal may hand over to a server, which has the user's home.
+        line.text += " env";
+        for (const auto* name : homeVariables) {
+            line.text.append(" \"").append(name).append("=$").append(name).append("\"");
+        }
+    }
+    line.addCall(adoption.call);
+    line.text += " \"$@\"";
+    line.addAll(adoption.call.behind);
+    return "#!/bin/sh\n" + line.text + "\n";
+}
+
+/// A script's own name is the kernel's choice, so the name comes by a variable. Without "-p" a
+/// variable of the user's could make bash read a file first.
+std::string namingScript(const Adoption& adoption) {
+    const auto started = startedBy(adoption.call);
+    const std::string variable = processNameVariable;
+    std::string text = "#!" + *adoption.namingShell + " -p\nexport -n " + variable + "\n";
+    for (const auto& setting : started.settings) {
+        text += "export " + shellQuoted(setting) + "\n";
+    }
+    text +=
+        "[ -n \"$" + variable + "\" ] || " + variable + "=" + shellQuoted(adoption.program) + "\n";
+    CommandText line("exec -a \"$" + variable + "\"");
+    line.add(adoption.program);
+    line.addAll(started.arguments);
+    line.text += " \"$@\"";
+    line.addAll(adoption.call.behind);
+    return text + line.text + "\n";
+}
+
+/// A name of a language that is also that of a folder.
+bool isLanguage(const std::string& text) {
+    return !text.empty() && !text.starts_with('.') && std::ranges::all_of(text, [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               std::string_view("_@.-").find(c) != std::string_view::npos;
+    });
+}
+
+/// The names in other languages, where applications have them.
+void writeNames(const Adoption& adoption, const BundleLayout& layout) {
+    for (const auto& [language, name] : adoption.names) {
+        if (!isLanguage(language) || ambrel::utf8::oneLine(name) != name) continue;
+        const auto folder = paths::join(layout.resources(), language + ".lproj");
+        fileSystem::createFolders(folder);
+        fileSystem::write(paths::join(folder, "InfoPlist.strings"),
+                          ambrel::xmlPropertyList({{"CFBundleDisplayName", {name}}}));
+    }
+}
+
+ambrel::PropertyListDictionary infoOf(const Adoption& adoption, const std::string& executable) {
+    ambrel::PropertyListDictionary info{
+        {"CFBundleIdentifier", {adoption.identifier}},
+        {"CFBundleExecutable", {executable}},
+        {"CFBundleName", {adoption.name}},
+        {adoptedProgramKey, {adoption.program}},
+    };
+    if (adoption.terminal) info.insert({adoptedTerminalKey, {adoption.terminal->program}});
+    if (!adoption.categories.empty()) info.insert({adoptedCategoriesKey, {adoption.categories}});
+    if (!adoption.mimeTypes.empty()) info.insert({adoptedMimeTypesKey, {adoption.mimeTypes}});
+    if (adoption.isActivatable) info.insert({adoptedActivatableKey, {true}});
+    return info;
+}
+
+void writeExecutable(const Adoption& adoption, const Path& place) {
+    if (adoption.call.hasArguments() || adoption.terminal) {
+        fileSystem::write(place, launcherScript(adoption));
+        fileSystem::setPermissions(place, 0755);
+    } else {
+        fileSystem::createSymbolicLink(adoption.call.program, place);
+    }
+}
+
+} // namespace
+
+std::string launcherScript(const Adoption& adoption) {
+    return adoption.namingShell ? namingScript(adoption) : plainScript(adoption);
+}
+
+void writeAdoptedBundle(const Adoption& adoption, const Path& bundle) {
+    const BundleLayout layout{bundle};
+    const std::string executable{paths::lastComponent(adoption.call.program)};
+    auto info = infoOf(adoption, executable);
+    fileSystem::createFolders(layout.executables());
+    fileSystem::createFolders(layout.resources());
+    if (adoption.icon && tryConvertToIconFile(*adoption.icon, layout.icon())) {
+        info.insert({"CFBundleIconFile", {std::string(BundleLayout::iconName)}});
+    }
+    writeExecutable(adoption, paths::join(layout.executables(), executable));
+    writeNames(adoption, layout);
+    for (const auto& mark : engineMarksOf(adoption.program, adoption.identifier)) {
+        const auto link = paths::join(bundle, mark.place);
+        fileSystem::createFolders(Path(paths::deletingLastComponent(link)));
+        fileSystem::createSymbolicLink(mark.proof, link);
+    }
+    fileSystem::write(layout.infoPlist(), ambrel::xmlPropertyList(info));
+}
+
+} // namespace korvane
