@@ -669,6 +669,25 @@ TEST_CASE("adopt tells programs the bundle as JSON, also of one that is there") 
     }
 }
 
+TEST_CASE("what adopt made is taken away again, and nothing else") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    fixture.writeEntry("mail", "Name[de]=Briefe\nExec=" + fixture.program + " --own");
+    const auto other = manager.installApp("Other", "org.example.other");
+    makeFolder(manager.applications());
+    const auto before = snapshot(manager.tmp.path());
+    const auto bundle = fixture.adopt("mail");
+
+    CHECK(says(manager.refusal({"unadopt", other}), "was not made by adopting a program"));
+    const auto done = manager.run({"unadopt", "briefe"});
+
+    CHECK(done.status == 0);
+    CHECK(done.error == "Removed the application \"Mail Reader\" at " + bundle +
+                            "; its program stays installed.\n");
+    CHECK(snapshot(manager.tmp.path()) == before);
+    CHECK(says(manager.refusal({"unadopt", "mail"}), "No application was made of \"Mail Reader\""));
+}
+
 TEST_CASE("create makes an application of a program and says so") {
     const Fixture fixture;
     const auto& manager = fixture.manager;

@@ -5,9 +5,9 @@ namespace korvane::test {
 namespace {
 
 const Strings verbs{
-    "create app", "create web", "create file", "create command", "adopt",    "list",
-    "show",       "open",       "run",         "logs",           "edit",     "migrate",
-    "delete",     "apps",       "inspect",     "profile check",  "register", "unregister"};
+    "create app", "create web",    "create file", "create command", "adopt",   "list",   "show",
+    "open",       "run",           "logs",        "edit",           "migrate", "delete", "apps",
+    "inspect",    "profile check", "register",    "unregister",     "unadopt"};
 
 Strings wordsOf(const std::string& verb, const Strings& more) {
     Strings words;

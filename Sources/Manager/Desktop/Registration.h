@@ -38,6 +38,9 @@ std::optional<Entry> findEntry(const ambrel::InstanceRecord& record,
 std::vector<Entry> findFormer(const ambrel::InstanceRecord& record,
                               const ambrel::UserPlaces& user) noexcept;
 
+/// The bundles that entries of this user stand for, whether they are there or not. Never fails.
+std::vector<ambrel::Path> registeredBundles(const ambrel::UserPlaces& user) noexcept;
+
 /// Throws Refusal entryTaken, with this remedy, where an instance with this identifier at `bundle`
 /// could not be registered or would hide something: an entry of its name that is not its own lies
 /// in one of the folders for entries, or a file lies in the place of its icons or script. Writes

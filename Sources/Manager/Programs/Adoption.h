@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ambrel/Application/AppBundle.h"
 #include "Ambrel/Base/Path.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
 #include "Ambrel/Platform/UserPlaces.h"
@@ -66,5 +67,9 @@ Adoption planAdoption(const ambrel::Path& file, const ambrel::UserPlaces& user,
 /// Makes the bundle of `adoption` at `bundle`, in a folder that exists. Throws FileError,
 /// EncodingError or LibraryError, with a part of it left there.
 void writeAdoptedBundle(const Adoption& adoption, const ambrel::Path& bundle);
+
+/// Something in the bundle of `app`, relative to it, that writeAdoptedBundle() never makes; absent
+/// where there is nothing of the kind. Throws FileError where it cannot be looked at.
+std::optional<ambrel::Path> findForeignItem(const ambrel::AppBundle& app);
 
 } // namespace korvane

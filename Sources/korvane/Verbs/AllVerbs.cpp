@@ -21,6 +21,7 @@
 #include "korvane/Verbs/RegisterVerb.h"
 #include "korvane/Verbs/RunVerb.h"
 #include "korvane/Verbs/ShowVerb.h"
+#include "korvane/Verbs/UnadoptVerb.h"
 #include "korvane/Verbs/UnregisterVerb.h"
 
 namespace korvane {
@@ -29,7 +30,7 @@ namespace {
 
 /// Whether this system has what the verb is about.
 bool isOffered(const Verb& verb) {
-    if (verb.name == "adopt") return adoptionIsOffered();
+    if (verb.name == "adopt" || verb.name == "unadopt") return adoptionIsOffered();
     const bool isOnDesktop = verb.name == "register" || verb.name == "unregister";
     return !isOnDesktop || registration::isOffered();
 }
@@ -38,10 +39,11 @@ bool isOffered(const Verb& verb) {
 
 std::vector<Verb> allVerbs() {
     std::vector<Verb> verbs{
-        createAppVerb(), createWebVerb(), createFileVerb(),   createCommandVerb(), adoptVerb(),
-        listVerb(),      showVerb(),      openVerb(),         runVerb(),           logsVerb(),
-        editVerb(),      migrateVerb(),   registerVerb(),     unregisterVerb(),    deleteVerb(),
-        appsVerb(),      inspectVerb(),   profileCheckVerb(), iconVerb(),          iconLintVerb(),
+        createAppVerb(), createWebVerb(), createFileVerb(), createCommandVerb(), adoptVerb(),
+        unadoptVerb(),   listVerb(),      showVerb(),       openVerb(),          runVerb(),
+        logsVerb(),      editVerb(),      migrateVerb(),    registerVerb(),      unregisterVerb(),
+        deleteVerb(),    appsVerb(),      inspectVerb(),    profileCheckVerb(),  iconVerb(),
+        iconLintVerb(),
     };
     std::erase_if(verbs, [](const Verb& verb) { return !isOffered(verb); });
     return verbs;

@@ -187,6 +187,22 @@ std::vector<Entry> findFormer(const InstanceRecord& record,
     return former;
 }
 
+std::vector<Path> registeredBundles(const ambrel::UserPlaces& user) noexcept {
+    constexpr std::string_view ending = ".desktop";
+    std::vector<Path> bundles;
+    try {
+        for (const auto& name : fileSystem::list(ambrel::paths::join(user.data, "applications"))) {
+            if (!name.ends_with(ending)) continue;
+            const auto existing =
+                readEntry({name.substr(0, name.size() - ending.size()), user.data});
+            if (existing) bundles.push_back(existing->bundle);
+        }
+    } catch (const std::exception&) {
+        // What cannot be listed shows nothing either.
+    }
+    return bundles;
+}
+
 void requireFree(const std::string& bundleId, const Path& bundle, const ambrel::UserPlaces& user,
                  const ambrel::Environment& environment, Remedy remedy) {
     const auto places = placesFor(bundleId, user);

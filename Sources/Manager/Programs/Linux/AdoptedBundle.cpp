@@ -120,7 +120,56 @@ void writeExecutable(const Adoption& adoption, const Path& place) {
     }
 }
 
+/// Looks through a bundle for what adopting does not make.
+class ForeignItemSearch {
+public:
+    explicit ForeignItemSearch(const ambrel::AppBundle& app)
+        : bundle_(app.url), executable_("Contents/MacOS/" + app.executableName) {}
+
+    std::optional<Path> in(const Path& folder) const {
+        for (const auto& name : fileSystem::list(paths::join(bundle_, folder))) {
+            const auto item = folder.empty() ? Path(name) : paths::join(folder, name);
+            const auto kind = fileSystem::kindOf(paths::join(bundle_, item));
+            const bool isFolder = kind == fileSystem::ItemKind::folder;
+            if (!(isFolder ? isOwnFolder(item) : isOwnFile(item))) return item;
+            if (!isFolder) continue;
+            if (auto found = in(item)) return found;
+        }
+        return std::nullopt;
+    }
+
+private:
+    static bool isNames(const Path& folder) {
+        return paths::deletingLastComponent(folder) == "Contents/Resources" &&
+               paths::extension(folder) == "lproj";
+    }
+    static bool isOwnFolder(const Path& item) {
+        constexpr std::string_view own[] = {"Contents", "Contents/MacOS", "Contents/Resources",
+                                            "Contents/Frameworks", "Contents/Eclipse"};
+        return isNames(item) || std::ranges::find(own, item) != std::end(own);
+    }
+    bool isOwnFile(const Path& item) const {
+        constexpr std::string_view own[] = {
+            "Contents/Info.plist",
+            "Contents/Resources/AppIcon.icns",
+            "Contents/Resources/application.ini",
+            "Contents/Frameworks/Electron Framework.framework",
+            "Contents/Eclipse/eclipse.ini",
+        };
+        if (item == executable_ || std::ranges::find(own, item) != std::end(own)) return true;
+        return paths::lastComponent(item) == "InfoPlist.strings" &&
+               isNames(Path(paths::deletingLastComponent(item)));
+    }
+
+    Path bundle_;
+    Path executable_;
+};
+
 } // namespace
+
+std::optional<Path> findForeignItem(const ambrel::AppBundle& app) {
+    return ForeignItemSearch(app).in("");
+}
 
 std::string launcherScript(const Adoption& adoption) {
     return adoption.namingShell ? namingScript(adoption) : plainScript(adoption);

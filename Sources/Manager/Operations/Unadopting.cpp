@@ -1,0 +1,116 @@
+#include "Manager/Operations/Unadopting.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
+#include "Manager/Desktop/Registration.h"
+#include "Manager/Files/StagingFolder.h"
+#include "Manager/Programs/ProgramSearch.h"
+#include "Manager/Programs/StartPlan.h"
+#include "Manager/Rules/InstanceLookup.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace korvane {
+
+using ambrel::AppBundle;
+using ambrel::InstanceRecord;
+using ambrel::Path;
+using ambrel::UserPlaces;
+using Kind = Refusal::Kind;
+namespace fileSystem = ambrel::fileSystem;
+namespace paths = ambrel::paths;
+
+namespace {
+
+AppBundle requireKnown(const std::string& text, const UserPlaces& user,
+                       const ambrel::Environment& environment) {
+    auto meant = requireMeantProgram(text, KnownApplications::areMeant, user, environment);
+    if (auto* app = std::get_if<AppBundle>(&meant)) return std::move(*app);
+    throw Refusal(Kind::unknownApplication, text,
+                  "No application was made of " + inQuotes(std::get<Adoption>(meant).name) + ".",
+                  Remedy::listApplications);
+}
+
+void requireMadeByAdopting(const AppBundle& app, const Path& bundle) {
+    const auto shown = ambrel::utf8::oneLine(bundle);
+    if (fileSystem::kindOf(bundle) == fileSystem::ItemKind::symbolicLink) {
+        throw Refusal(Kind::notAdopted, bundle, shown + " is a link, and stays.");
+    }
+    if (!isAdopted(app)) {
+        throw Refusal(Kind::notAdopted, bundle,
+                      shown + " was not made by adopting a program, and stays.");
+    }
+    if (const auto foreign = findForeignItem(app)) {
+        throw Refusal(Kind::notAdopted, bundle,
+                      shown + " stays: it holds " + ambrel::utf8::oneLine(*foreign) +
+                          ", which was not made by adopting a program.");
+    }
+}
+
+/// All that can be known: those in the usual folder, beside the bundle, and on the desktop.
+std::vector<InstanceRecord> knownInstances(const Path& bundle, const UserPlaces& user) {
+    auto instances = instancesWith(Path(paths::deletingLastComponent(bundle)), user);
+    const ambrel::InstanceRegistry registry(user);
+    for (const auto& place : registration::registeredBundles(user)) {
+        const bool isListed = std::ranges::any_of(instances, [&](const auto& record) {
+            return fileSystem::isSameItem(record.bundleURL, place);
+        });
+        auto record = isListed ? std::nullopt : registry.recordFor(place);
+        if (record) instances.push_back(std::move(*record));
+    }
+    return instances;
+}
+
+void requireUnneeded(const Path& bundle, const UserPlaces& user) {
+    std::vector<std::string> names;
+    for (const auto& record : knownInstances(bundle, user)) {
+        const bool isStarted = record.config.kind == ambrel::ShortcutKind::app &&
+                               fileSystem::isSameItem(record.config.targetAppURL(), bundle);
+        if (isStarted) names.push_back(nameFor(record, user));
+    }
+    if (names.empty()) return;
+    throw Refusal(Kind::applicationNeeded, bundle,
+                  "Instances are made of the application " + inQuotes(paths::stem(bundle)) + ".",
+                  Remedy::deleteFirst, std::move(names));
+}
+
+/// Out of the way in one step, so that a failure leaves it whole.
+std::unique_ptr<StagingFolder> movedAside(const Path& bundle) {
+    try {
+        auto staging = std::make_unique<StagingFolder>(Path(paths::deletingLastComponent(bundle)));
+        fileSystem::move(bundle, paths::join(staging->path(), paths::lastComponent(bundle)));
+        return staging;
+    } catch (const ambrel::FileError& error) {
+        throw Refusal(Kind::notRemoved, bundle,
+                      "Cannot remove " + ambrel::utf8::oneLine(bundle) + ". " +
+                          error.description());
+    }
+}
+
+} // namespace
+
+Unadopted unadopt(const std::string& application, const UserPlaces& user,
+                  const ambrel::Environment& environment) {
+    const auto app = requireKnown(application, user, environment);
+    const Path bundle{paths::withoutTrailingSlashes(app.url)};
+    requireMadeByAdopting(app, bundle);
+    requireUnneeded(bundle, user);
+    const auto staging = movedAside(bundle);
+    const auto hidden = staging->path();
+    Unadopted done{.bundle = bundle, .name = std::string(paths::stem(bundle)), .notices = {}};
+    try {
+        staging->remove();
+    } catch (const ambrel::FileError& error) {
+        done.notices.push_back({.kind = Notice::Kind::remainsLeft,
+                                .subject = hidden,
+                                .sentence = "Its remains could not be removed and lie in " +
+                                            ambrel::utf8::oneLine(hidden) + ". " +
+                                            error.description()});
+    }
+    return done;
+}
+
+} // namespace korvane
