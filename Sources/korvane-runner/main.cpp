@@ -2,13 +2,16 @@
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Launch/LaunchCheck.h"
+#include "Ambrel/Launch/OpenedItems.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/MainBundle.h"
 #include "korvane-runner/Hosts.h"
 #include "korvane-runner/WaitingHost.h"
 
 #include <cstdio>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -30,22 +33,34 @@ void prepareHome(const ResolvedInstance& instance, const UserPlaces& user) noexc
     HomePreparation::ensure(instance, user, [&] { return !findLaunchObstacle(instance); });
 }
 
+/// What this process was started with, which only an application has a use for.
+struct Arguments {
+    int count;
+    const char* const* words;
+};
+
+std::vector<std::string> openedBy(const InstanceConfig& config, const Arguments& arguments) {
+    if (config.kind != ShortcutKind::app) return {};
+    return openedItems(arguments.count, arguments.words);
+}
+
 /// Runs the instance to its end and returns its status.
-int host(InstanceConfig config, const SignalHold& signals) {
+int host(InstanceConfig config, const Arguments& arguments, const SignalHold& signals) {
     switch (hostFor(config)) {
     case Host::web:     // nothing shows a web site yet; the launcher refuses it in its own words
     case Host::menuBar: // there is no status item yet; the program runs without
     case Host::waiting:
         break;
     }
+    const auto opened = openedBy(config, arguments);
     const auto user = UserPlaces::ofThisProcess();
     const auto instance = ResolvedInstance::of(std::move(config), user);
     prepareHome(instance, user);
-    auto program = InstanceLauncher::launch(instance, user, processEnvironment());
+    auto program = InstanceLauncher::launch(instance, user, processEnvironment(), {}, opened);
     return WaitingHost::run(program, signals);
 }
 
-int run(const SignalHold& signals) {
+int run(const Arguments& arguments, const SignalHold& signals) {
     const auto executable = MainBundle::current().executableURL;
     if (!executable) return fail("no executable URL");
     InstanceConfig config;
@@ -56,7 +71,7 @@ int run(const SignalHold& signals) {
         return fail(std::string("unreadable instance.json — ") + error.what());
     }
     try {
-        return host(std::move(config), signals);
+        return host(std::move(config), arguments, signals);
     } catch (const std::exception& error) {
         return fail(std::string("failed to launch instance — ") + error.what());
     }
@@ -64,7 +79,7 @@ int run(const SignalHold& signals) {
 
 } // namespace
 
-int main() {
+int main(int count, char** words) {
     const SignalHold signals; // first: a signal that comes early is passed on, not lost
-    return run(signals);
+    return run({count, words}, signals);
 }

@@ -503,6 +503,69 @@ TEST_CASE("the runner reads no arguments and writes nothing to standard output")
     CHECK(result.error.empty());
 }
 
+TEST_CASE("the runner of an application hands over what it is to open behind its own arguments") {
+    const Wrapper wrapper;
+    const auto seen = wrapper.tmp / "seen";
+    auto config = smallestConfig();
+    config.instanceHome = wrapper.tmp / "h";
+    config.targetAppPath =
+        AppBundleBuilder(wrapper.tmp / "T.app")
+            .executable("run", "printf '%s\\0' \"$@\" > " + quoted(seen) + "; exit 6")
+            .write();
+    config.extraArgs = {"--own", "/of its own"};
+    wrapper.configure(config);
+    const auto here = makeFolder(wrapper.tmp / "here");
+    const auto argumentsWith = [&](Strings words) {
+        words.insert(words.begin(), wrapper.runner);
+        const auto result = run({.command = words, .currentDirectory = here});
+        CHECK(result.status == 6);
+        CHECK(result.error.empty());
+        return readFile(seen);
+    };
+    const auto zeroEnded = [](const Strings& words) {
+        std::string text;
+        for (const auto& word : words) text.append(word).append(1, '\0');
+        return text;
+    };
+
+    CHECK(argumentsWith({"--open", "-x", "a b", "new\nline", "%41", "file:///a%20b",
+                         "file://otherhost/x", "\xff", "--open", "https://example.org/?a=b"}) ==
+          zeroEnded({"--own", "/of its own", here + "/-x", here + "/a b", here + "/new\nline",
+                     here + "/%41", "/a b", "file://otherhost/x", here + "/\xff", here + "/--open",
+                     "https://example.org/?a=b"}));
+    for (const auto& words : std::vector<Strings>{
+             {}, {"--open"}, {"--open", ""}, {"/a", "--open", "/b"}, {"--help"}, {"--open=/a"}}) {
+        CHECK(argumentsWith(words) == zeroEnded({"--own", "/of its own"}));
+    }
+}
+
+TEST_CASE("an application that wants a mark in front of what it opens gets it only then") {
+    const Wrapper wrapper;
+    auto config = smallestConfig();
+    config.instanceHome = wrapper.tmp / "h";
+    config.targetAppPath = AppBundleBuilder(wrapper.tmp / "T.app")
+                               .executable("run", "echo \"$@\"")
+                               .entry("KorvaneOpenMark", "<string>--</string>")
+                               .write();
+    config.extraArgs = {"--own"};
+    wrapper.configure(config);
+
+    CHECK(wrapper.open().status == 0);
+    CHECK(run({wrapper.runner, "--open", "/a", "/b"}).status == 0);
+
+    CHECK(readFile(wrapper.tmp / "h/korvane-instance.log") == "--own\n--own -- /a /b\n");
+}
+
+TEST_CASE("the runner of anything but an application reads no arguments at all") {
+    const Wrapper wrapper;
+    wrapper.configure(
+        commandConfig(wrapper.tmp / "h", probe, {"report", wrapper.tmp / "report", "own"}));
+
+    CHECK(run({wrapper.runner, "--open", "/a"}).status == 0);
+
+    CHECK(Report(wrapper.tmp / "report").lines("arg") == Strings{"own"});
+}
+
 TEST_CASE("the configuration lies two folders above the runner, whatever the folders are called") {
     const TempDir tmp;
     const OwnUserHome user(tmp);

@@ -241,6 +241,20 @@ TEST_CASE("an adopted program is listed, cloned and run") {
     CHECK(fixture.manager.result({"logs", "Work"}) == "<a b>\n");
 }
 
+TEST_CASE("a mark in front of files stays between them and what an instance adds") {
+    const Fixture fixture;
+    fixture.writeEntry("mail", "Exec=" + fixture.program + " --write -- %u\nMimeType=x/y");
+    const auto bundle = fixture.adopt("mail");
+    CHECK(*fixture.infoOf(bundle).at("KorvaneOpenMark").string() == "--");
+    const auto made = fixture.manager.create({"app", "Work", "Mail Reader", "--arg", "-a"});
+
+    CHECK(run({made + "/Contents/MacOS/runner"}).status == 0);
+    CHECK(run({made + "/Contents/MacOS/runner", "--open", "/b c", "mailto:x"}).status == 0);
+
+    CHECK(fixture.manager.result({"logs", "Work"}) ==
+          "<--write><-a>\n<--write><-a><--></b c><mailto:x>\n");
+}
+
 TEST_CASE("an entry's own arguments go into a launcher") {
     const Fixture fixture;
     fixture.writeEntry("mail", "Exec=" + fixture.program + R"( --write "it's $x" %U 100%%)");

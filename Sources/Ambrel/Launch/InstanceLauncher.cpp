@@ -3,8 +3,11 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Home/DesktopAccess.h"
 #include "Ambrel/Home/SharedUserFolders.h"
+#include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Launch/OpenedItems.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/ProcessName.h"
+#include "Ambrel/Platform/PropertyList.h"
 
 namespace ambrel {
 
@@ -118,15 +121,37 @@ std::optional<std::string> configuredProcessName(const InstanceConfig& config) {
     return isUsable ? std::optional(entry->second) : std::nullopt;
 }
 
+/// The argument that the application's program wants in front of what it opens; mostly absent.
+std::optional<std::string> openMarkOf(const Path& appURL) {
+    const auto info = readPropertyList(BundleLayout{appURL}.infoPlist());
+    if (!info) return std::nullopt;
+    const auto entry = info->find(openMarkKey);
+    const auto* mark = entry == info->end() ? nullptr : entry->second.string();
+    return mark == nullptr ? std::nullopt : std::optional(*mark);
+}
+
+/// Only a start that opens something looks for more than there always is.
+std::vector<std::string> argumentsWith(const std::vector<std::string>& opened,
+                                       const ResolvedInstance& instance) {
+    auto arguments = instance.args;
+    if (opened.empty()) return arguments;
+    if (auto mark = openMarkOf(instance.config.targetAppURL())) {
+        arguments.push_back(std::move(*mark));
+    }
+    arguments.insert(arguments.end(), opened.begin(), opened.end());
+    return arguments;
+}
+
 ChildProcess launchApp(const ResolvedInstance& instance, const UserPlaces& user,
-                       const Environment& inherited, const SystemTools& tools) {
+                       const Environment& inherited, const SystemTools& tools,
+                       const std::vector<std::string>& opened) {
     const auto& config = instance.config;
     // Before the bundle is looked at, and whatever the strategy.
     if (config.shareUserFolders) SharedUserFolders::ensure(instance.home, user);
     return startApp(readBundle(config.targetAppURL(), tools),
                     {.home = instance.home,
                      .strategy = config.strategy,
-                     .arguments = instance.args,
+                     .arguments = argumentsWith(opened, instance),
                      .environment = instance.environment,
                      .processName = configuredProcessName(config),
                      .sharesTrash = config.shareUserFolders},
@@ -136,7 +161,8 @@ ChildProcess launchApp(const ResolvedInstance& instance, const UserPlaces& user,
 } // namespace
 
 ChildProcess InstanceLauncher::launch(const ResolvedInstance& instance, const UserPlaces& user,
-                                      const Environment& inherited, const SystemTools& tools) {
+                                      const Environment& inherited, const SystemTools& tools,
+                                      const std::vector<std::string>& opened) {
     switch (instance.config.kind) {
     case ShortcutKind::web:
         break;
@@ -145,7 +171,7 @@ ChildProcess InstanceLauncher::launch(const ResolvedInstance& instance, const Us
     case ShortcutKind::command:
         return launchCommand(instance, inherited);
     case ShortcutKind::app:
-        return launchApp(instance, user, inherited, tools);
+        return launchApp(instance, user, inherited, tools, opened);
     }
     throw LaunchError::unsupported("web shortcuts run in the runner's web host");
 }

@@ -25,9 +25,12 @@ struct InstanceLauncher {
     /// Starts the instance and returns its running process, which the caller owns and must wait
     /// for. Throws LaunchError for a web instance, a missing path or command, and an unreadable or
     /// unclonable application; ChildProcessError, FileError and LibraryError pass through. Shared
-    /// folders, home and log may exist after a failure; no process does.
+    /// folders, home and log may exist after a failure; no process does. An application gets
+    /// `opened` behind its arguments, with the mark of its openMarkKey in front; other kinds have
+    /// no use for it.
     static ChildProcess launch(const ResolvedInstance& instance, const UserPlaces& user,
-                               const Environment& inherited, const SystemTools& tools = {});
+                               const Environment& inherited, const SystemTools& tools = {},
+                               const std::vector<std::string>& opened = {});
 
     /// Starts the main executable of `app` with its home folder pointed at `home` (absolute).
     /// `home`, `extraArgs` and `environment` are used exactly as given; `environment` has the last

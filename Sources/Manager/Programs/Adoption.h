@@ -33,6 +33,8 @@ struct Adoption {
     std::optional<ambrel::Path> namingShell;
     bool isActivatable = false;  ///< the session bus can start it, and a copy that runs may answer
     std::vector<Notice> notices; ///< what will not work as the user may expect
+    /// The entry has a "--" between what the program is given and the files that it opens.
+    bool wantsOpenMark = false;
 };
 
 /// Whether programs are adopted on this system; not on macOS, where they are applications already.

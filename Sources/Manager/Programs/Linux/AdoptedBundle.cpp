@@ -2,6 +2,7 @@
 
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Launch/OpenedItems.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/PropertyList.h"
 #include "Manager/Base/Quoting.h"
@@ -107,6 +108,7 @@ ambrel::PropertyListDictionary infoOf(const Adoption& adoption, const std::strin
     if (adoption.terminal) info.insert({adoptedTerminalKey, {adoption.terminal->program}});
     if (!adoption.categories.empty()) info.insert({adoptedCategoriesKey, {adoption.categories}});
     if (!adoption.mimeTypes.empty()) info.insert({adoptedMimeTypesKey, {adoption.mimeTypes}});
+    if (adoption.wantsOpenMark) info.insert({ambrel::openMarkKey, {std::string("--")}});
     if (adoption.isActivatable) info.insert({adoptedActivatableKey, {true}});
     return info;
 }

@@ -129,8 +129,10 @@ Adoption fromEntry(const Path& file, const ambrel::UserPlaces& user,
     adoption.identifier = wellKnownIdentifier(id).value_or(id);
     call.program = requireProgram(call.program, user, environment);
     completeShellCall(call);
-    // With nothing behind it, it keeps no file from being taken for an option.
-    if (call.behind == std::vector<std::string>{"--"}) call.behind.clear();
+    // With nothing behind it, it keeps no file from being taken for an option. Where there are
+    // files the start of an instance puts it there again: some take no others.
+    adoption.wantsOpenMark = call.behind == std::vector<std::string>{"--"};
+    if (adoption.wantsOpenMark) call.behind.clear();
     adoption.program = requireProgram(startedBy(call).program, user, environment);
     adoption.call = std::move(call);
     if (entry.isTrue("Terminal")) adoption.terminal = requireTerminal(environment);
