@@ -4,11 +4,14 @@
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Launch/LaunchCheck.h"
+#include "Ambrel/Launch/OpenedItems.h"
 #include "Ambrel/Platform/DetachedProcess.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
+
+#include <algorithm>
 
 namespace korvane {
 
@@ -77,6 +80,23 @@ void tryMakeHome(const InstanceRecord& record, const UserPlaces& user) noexcept 
     }
 }
 
+/// The runner's arguments for an instance that is to open `words`.
+std::vector<std::string> requireArguments(const InstanceRecord& record,
+                                          const std::vector<std::string>& words) {
+    if (words.empty()) return {};
+    if (record.config.kind != ambrel::ShortcutKind::app) {
+        throw Refusal(Refusal::Kind::hasNoEffect, words.front(),
+                      "Only an instance of an application can be given something to open: " +
+                          inQuotes(record.config.displayName) + " is none.");
+    }
+    if (std::ranges::find(words, "") != words.end()) {
+        throw Refusal(Refusal::Kind::badPath, "", "The name of a file to open is empty.");
+    }
+    std::vector<std::string> arguments{std::string(ambrel::openArgument)};
+    for (auto& item : ambrel::openedItems(words)) arguments.push_back(std::move(item));
+    return arguments;
+}
+
 Path requireRunner(const InstanceRecord& record) {
     requireNone(ambrel::findRunnerObstacle(record.bundleURL), record);
     return ambrel::BundleLayout{record.bundleURL}.runner();
@@ -95,14 +115,16 @@ void requireOpenable(const InstanceRecord& record, const UserPlaces& user) {
     requireNone(ambrel::findLaunchObstacle(ResolvedInstance::of(record.config, user)), record);
 }
 
-void open(const InstanceRecord& record, const UserPlaces& user) {
+void open(const InstanceRecord& record, const UserPlaces& user,
+          const std::vector<std::string>& words) {
+    const auto arguments = requireArguments(record, words);
     requireOpenable(record, user);
     const auto runner = prepareRun(record, user);
     // Nobody watches the runner's own messages: they go where the instance's are looked for.
     tryMakeHome(record, user);
     const auto home = usableHome(record.config, user);
     const auto log = home ? ambrel::InstanceLauncher::instanceLogHandle(*home) : nullptr;
-    ambrel::launchDetached(runner, log);
+    ambrel::launchDetached(runner, log, arguments);
 }
 
 } // namespace korvane

@@ -37,19 +37,24 @@ void setFreshStart(posix_spawnattr_t& attributes) {
 
 } // namespace
 
-void launchDetached(const Path& executable, const std::shared_ptr<const OwnedFd>& standardError) {
+void launchDetached(const Path& executable, const std::shared_ptr<const OwnedFd>& standardError,
+                    const std::vector<std::string>& arguments) {
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
     posix_spawn_file_actions_init(&actions);
     posix_spawnattr_init(&attributes);
     setStreams(actions, standardError);
     setFreshStart(attributes);
-    Path name = executable;
-    char* const arguments[] = {name.data(), nullptr};
+    std::vector<std::string> words{executable};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> pointers;
+    for (auto& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
     pid_t process = 0;
     int code = keepOnlyStandardStreams(actions, attributes);
     if (code == 0) {
-        code = posix_spawn(&process, executable.c_str(), &actions, &attributes, arguments, environ);
+        code = posix_spawn(&process, executable.c_str(), &actions, &attributes, pointers.data(),
+                           environ);
     }
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
