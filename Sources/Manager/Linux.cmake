@@ -5,8 +5,10 @@ target_sources(KorvaneManager PRIVATE
     Desktop/Linux/EntryFiles.cpp
     Desktop/Linux/EntryText.cpp
     Desktop/Linux/ExistingEntry.cpp
+    Desktop/Linux/OfferedTypes.cpp
     Desktop/Linux/Registration.cpp
     Desktop/Linux/ThemeIcons.cpp
+    Desktop/Linux/TypeIndex.cpp
     Programs/Linux/AdoptedBundle.cpp
     Programs/Linux/Adoption.cpp
     Programs/Linux/BrowserIdentifiers.cpp

@@ -40,6 +40,7 @@ struct Notice {
         notRegistered,   ///< subject: how the instance is named
         entryIsOutdated, ///< subject: how the instance is named
         entryNotRemoved, ///< subject: the entry's file
+        mayBeDefault,    ///< subject: how the instance is named, which offers itself
     };
 
     Kind kind{};

@@ -38,6 +38,15 @@ void add(const InstanceRecord& record, const UserPlaces& user, Notice failure,
     }
 }
 
+/// No entry can offer itself without that: a desktop without a choice takes what it finds.
+Notice offer(const InstanceRecord& record, const UserPlaces& user) {
+    return {.kind = Notice::Kind::mayBeDefault,
+            .severity = Notice::Severity::information,
+            .subject = shortNameOf(record, user),
+            .sentence = "It is offered for opening files or addresses; where you have chosen no "
+                        "program for them, the desktop may take it."};
+}
+
 void remove(const Entry& entry, const UserPlaces& user, std::vector<Notice>& notices) {
     try {
         registration::remove(entry, user);
@@ -61,6 +70,9 @@ std::vector<Notice> created(const InstanceRecord& made, const UserPlaces& user) 
          .subject = {},
          .sentence = "The desktop does not show it yet."},
         notices);
+    const bool isOffered =
+        registration::findEntry(made, user) && !registration::offeredTypes(made.config).empty();
+    if (isOffered) notices.push_back(offer(made, user));
     return notices;
 }
 

@@ -9,7 +9,8 @@
 namespace korvane::presence {
 
 /// Registers a new instance; notRegistered where that failed. Entries under which a bundle in its
-/// place was known before go; entryNotRemoved for each that could not.
+/// place was known before go; entryNotRemoved for each that could not. mayBeDefault where its entry
+/// offers it for opening something.
 std::vector<Notice> created(const ambrel::InstanceRecord& made,
                             const ambrel::UserPlaces& user) noexcept;
 

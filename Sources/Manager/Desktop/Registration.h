@@ -41,6 +41,12 @@ std::vector<Entry> findFormer(const ambrel::InstanceRecord& record,
 /// The bundles that entries of this user stand for, whether they are there or not. Never fails.
 std::vector<ambrel::Path> registeredBundles(const ambrel::UserPlaces& user) noexcept;
 
+/// What the entry of such an instance offers it for, as types of files and addresses: those that
+/// its application opens with openWithPassthrough, those of a browser with registerAsBrowser. Empty
+/// where neither has an effect: only the runner of an application passes on what is to be opened.
+/// Never makes an instance the default for anything.
+std::vector<std::string> offeredTypes(const ambrel::InstanceConfig& config);
+
 /// Throws Refusal entryTaken, with this remedy, where an instance with this identifier at `bundle`
 /// could not be registered or would hide something: an entry of its name that is not its own lies
 /// in one of the folders for entries, or a file lies in the place of its icons or script. Writes

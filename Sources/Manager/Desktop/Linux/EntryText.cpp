@@ -1,6 +1,7 @@
 #include "Manager/Desktop/Linux/EntryText.h"
 
 #include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Launch/OpenedItems.h"
 #include "Ambrel/Platform/Text.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
@@ -90,6 +91,12 @@ std::string execWord(const Path& path) {
     return word + "\"";
 }
 
+std::string joined(const std::vector<std::string>& words) {
+    std::string list;
+    for (const auto& word : words) list.append(word).append(";");
+    return list;
+}
+
 std::string path(const Path& text) {
     requireUtf8Value(text);
     return escaped(text);
@@ -106,13 +113,19 @@ std::string entryText(const EntryValues& values) {
     // Nothing newer is used, and checkers refuse versions that they do not know.
     add("Version", "1.0");
     add("Name", shown(values.name, "a name"));
-    add("Exec", path(execWord(values.program)));
+    const bool isOffered = !values.types.empty();
+    add("Exec", path(execWord(values.program)) + (isOffered ? " %U" : ""));
     add("Icon", shown(values.icon, "an icon"));
     add("Terminal", "false");
     // A runner does not tell when its program's first window is there.
     add("StartupNotify", "false");
     add("StartupWMClass", shown(values.windowClass, "a window name"));
     add("Categories", values.categories);
+    if (isOffered) {
+        add("MimeType", joined(values.types));
+        // Heeded by KDE alone: whatever else opens a type comes first.
+        add("InitialPreference", "0");
+    }
     add(bundleKey, path(values.bundle));
     return text;
 }
@@ -130,6 +143,11 @@ bool isPlainWord(std::string_view path) {
 
 std::string openerScript(const Path& program) {
     return "#!/bin/sh\nexec " + shellQuoted(program) + " \"$@\"\n";
+}
+
+std::string passingScript(const Path& runner) {
+    return "#!/bin/sh\nexec " + shellQuoted(runner) + " " + std::string(ambrel::openArgument) +
+           " \"$@\"\n";
 }
 
 } // namespace korvane::registration

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// The text of desktop entries by the Desktop Entry Specification, and of the scripts that they
 /// start.
@@ -15,10 +16,11 @@ inline constexpr const char* bundleKey = "X-Korvane-Bundle";
 /// What an entry of an instance holds, in plain text.
 struct EntryValues {
     std::string name;
-    ambrel::Path program; ///< what Exec starts, without arguments
+    ambrel::Path program; ///< what Exec starts; with `types`, on what is to be opened
     std::string icon;     ///< a name in the icon theme
     std::string windowClass;
-    std::string categories; ///< each with ";" behind it
+    std::string categories;         ///< each with ";" behind it
+    std::vector<std::string> types; ///< what it is offered for; none for most
     ambrel::Path bundle;
 };
 
@@ -32,5 +34,8 @@ bool isPlainWord(std::string_view path);
 
 /// A shell script that becomes the program.
 std::string openerScript(const ambrel::Path& program);
+
+/// One that becomes the runner and hands over what is to be opened.
+std::string passingScript(const ambrel::Path& runner);
 
 } // namespace korvane::registration

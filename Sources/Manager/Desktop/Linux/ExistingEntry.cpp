@@ -37,7 +37,7 @@ std::optional<ExistingEntry> readEntry(const Places& places) noexcept {
         if (!bundle || !bundle->starts_with('/')) return std::nullopt;
         return ExistingEntry{Path(ambrel::paths::withoutTrailingSlashes(*bundle)),
                              entry.string("Icon") == places.id,
-                             programOf(entry, file) == places.script()};
+                             programOf(entry, file) == places.script(), entry.has("MimeType")};
     } catch (const std::exception&) {
         return std::nullopt; // not readable, or no entry: nothing of ours
     }

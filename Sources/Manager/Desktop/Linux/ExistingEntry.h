@@ -11,6 +11,7 @@ struct ExistingEntry {
     ambrel::Path bundle; ///< as the entry names it
     bool hasIcons;       ///< its icons are those in the theme that carry its id
     bool hasScript;      ///< it starts the script that carries its id
+    bool offersItself;   ///< it names types that it opens
 
     /// Whether it stands for the bundle at `path`, whatever the way to it.
     bool isFor(const ambrel::Path& path) const;

@@ -11,6 +11,7 @@
 #include "Manager/Desktop/Linux/Categories.h"
 #include "Manager/Desktop/Linux/EntryFiles.h"
 #include "Manager/Desktop/Linux/EntryText.h"
+#include "Manager/Desktop/Linux/TypeIndex.h"
 #include "Manager/Programs/Linux/EntrySearch.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 
@@ -143,17 +144,24 @@ EntryFiles filesFor(const InstanceConfig& config, const Path& bundle, const Plac
     EntryFiles files;
     files.icons = themeIconsOf(layout.icon());
     auto program = layout.runner();
-    if (!isPlainWord(program)) {
-        files.script = openerScript(program);
-        program = places.script();
-    }
+    auto types = offeredTypes(config);
+    // Openers are sure to pass on what they open to one plain word alone.
+    if (!types.empty()) files.script = passingScript(program);
+    if (types.empty() && !isPlainWord(program)) files.script = openerScript(program);
+    if (files.script) program = places.script();
     files.entry = entryText({.name = config.displayName,
                              .program = program,
                              .icon = files.icons.empty() ? themeIconFor(config.kind) : places.id,
                              .windowClass = windowClassOf(config, places.id),
                              .categories = categoriesOf(config),
+                             .types = std::move(types),
                              .bundle = bundle});
     return files;
+}
+
+/// Openers look for programs in an index, which has to follow.
+void updateTypeIndex(const Places& places) noexcept {
+    ensureTypeIndex(Path(ambrel::paths::deletingLastComponent(places.entry())));
 }
 
 } // namespace
@@ -229,13 +237,17 @@ Entry add(const InstanceRecord& record, const ambrel::UserPlaces& user) {
         refuseStranger(*file, Remedy::none);
     }
     writeFiles(places, files, existing);
+    const bool offered = existing && existing->offersItself;
+    if (offered || !offeredTypes(record.config).empty()) updateTypeIndex(places);
     return {places.id, places.entry(), bundle};
 }
 
 void remove(const Entry& entry, const ambrel::UserPlaces& user) {
     const Places places{entry.id, user.data};
     const auto existing = readEntry(places);
-    if (existing && existing->bundle == entry.bundle) removeFiles(places, *existing);
+    if (!existing || existing->bundle != entry.bundle) return;
+    removeFiles(places, *existing);
+    if (existing->offersItself) updateTypeIndex(places);
 }
 
 } // namespace korvane::registration
