@@ -7,7 +7,7 @@ namespace {
 const Strings verbs{
     "create app", "create web",    "create file", "create command", "adopt",   "list",   "show",
     "open",       "run",           "logs",        "edit",           "migrate", "delete", "apps",
-    "inspect",    "profile check", "register",    "unregister",     "unadopt"};
+    "inspect",    "profile check", "register",    "unregister",     "unadopt", "repair"};
 
 Strings wordsOf(const std::string& verb, const Strings& more) {
     Strings words;

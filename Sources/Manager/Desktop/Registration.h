@@ -33,6 +33,10 @@ struct Entry {
 std::optional<Entry> findEntry(const ambrel::InstanceRecord& record,
                                const ambrel::UserPlaces& user);
 
+/// All entries of instances in the user's folder, sorted by their ids; the bundles of some may be
+/// gone. Never fails.
+std::vector<Entry> listEntries(const ambrel::UserPlaces& user) noexcept;
+
 /// Entries that stand for this bundle under other ids: those of an identifier that it had before.
 /// Never fails.
 std::vector<Entry> findFormer(const ambrel::InstanceRecord& record,
@@ -61,6 +65,27 @@ void requireFree(const std::string& bundleId, const ambrel::Path& bundle,
 /// in an entry (notDescribable), and FileError, with a part written
 /// perhaps; done again it continues.
 Entry add(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
+
+/// How the entry of an instance stands to what add() would make of it.
+struct EntryCheck {
+    enum class State {
+        current,  ///< it is as it should be, or there is no place for entries at all
+        missing,  ///< subject: where it should be
+        outdated, ///< subject: the first file of it that is not as it should be
+        stray,    ///< subject: the bundle that it names, which is gone or goes by another id
+        taken,    ///< subject: a file in its place that belongs to something else
+    };
+    State state = State::current;
+    ambrel::Path subject{};
+    std::string reason{}; ///< for `taken`, a sentence
+};
+
+/// Looks at the entry of this instance and changes nothing. Throws Refusal notDescribable as add()
+/// does.
+EntryCheck check(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
+
+/// As add(); an entry that is a stray to check() becomes this instance's.
+Entry mend(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 
 /// Removes the entry with all that belongs to it; none that stands for another bundle by now. The
 /// bundle itself may be gone. Throws FileError: where the entry could not be removed, with all left

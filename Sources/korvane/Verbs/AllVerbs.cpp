@@ -19,6 +19,7 @@
 #include "korvane/Verbs/OpenVerb.h"
 #include "korvane/Verbs/ProfileVerb.h"
 #include "korvane/Verbs/RegisterVerb.h"
+#include "korvane/Verbs/RepairVerb.h"
 #include "korvane/Verbs/RunVerb.h"
 #include "korvane/Verbs/ShowVerb.h"
 #include "korvane/Verbs/UnadoptVerb.h"
@@ -42,8 +43,8 @@ std::vector<Verb> allVerbs() {
         createAppVerb(), createWebVerb(), createFileVerb(), createCommandVerb(), adoptVerb(),
         unadoptVerb(),   listVerb(),      showVerb(),       openVerb(),          runVerb(),
         logsVerb(),      editVerb(),      migrateVerb(),    registerVerb(),      unregisterVerb(),
-        deleteVerb(),    appsVerb(),      inspectVerb(),    profileCheckVerb(),  iconVerb(),
-        iconLintVerb(),
+        repairVerb(),    deleteVerb(),    appsVerb(),       inspectVerb(),       profileCheckVerb(),
+        iconVerb(),      iconLintVerb(),
     };
     std::erase_if(verbs, [](const Verb& verb) { return !isOffered(verb); });
     return verbs;

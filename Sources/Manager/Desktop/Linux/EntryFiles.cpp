@@ -37,9 +37,13 @@ bool writeFile(const Path& file, const std::string& bytes) {
     return true;
 }
 
+bool isScript(const Path& file, const std::string& text) {
+    return holds(file, text) && fileSystem::isExecutableFile(file);
+}
+
 /// In place it is complete and can be run at once.
 void writeScript(const Path& file, const std::string& text) {
-    if (holds(file, text) && fileSystem::isExecutableFile(file)) return;
+    if (isScript(file, text)) return;
     constexpr unsigned executable = 0755;
     fileSystem::createFolders(Path(paths::deletingLastComponent(file)));
     fileSystem::replace(file, text, executable);
@@ -56,6 +60,17 @@ bool isAmong(const std::vector<ThemeIcon>& icons, std::uint32_t side) {
         if (icon.side == side) return true;
     }
     return false;
+}
+
+/// A file of the entry `existing` that is none of `files`.
+std::optional<Path> findSuperfluous(const Places& places, const EntryFiles& files,
+                                    const ExistingEntry& existing) {
+    if (existing.hasScript && !files.script && isFile(places.script())) return places.script();
+    for (const auto side : themeSides) {
+        const auto icon = places.icon(side);
+        if (existing.hasIcons && !isAmong(files.icons, side) && isFile(icon)) return icon;
+    }
+    return std::nullopt;
 }
 
 /// Removes files one by one, going on after a failure.
@@ -107,6 +122,16 @@ std::optional<Path> findStranger(const Places& places, const EntryFiles& files,
         if (isStranger(place, icon.png, hasIcons)) return place;
     }
     return std::nullopt;
+}
+
+std::optional<Path> findOutdated(const Places& places, const EntryFiles& files,
+                                 const ExistingEntry& existing) {
+    if (!holds(places.entry(), files.entry)) return places.entry();
+    if (files.script && !isScript(places.script(), *files.script)) return places.script();
+    for (const auto& icon : files.icons) {
+        if (!holds(places.icon(icon.side), icon.png)) return places.icon(icon.side);
+    }
+    return findSuperfluous(places, files, existing);
 }
 
 void writeFiles(const Places& places, const EntryFiles& files,

@@ -21,6 +21,11 @@ struct EntryFiles {
 std::optional<ambrel::Path> findStranger(const Places& places, const EntryFiles& files,
                                          const std::optional<ExistingEntry>& existing);
 
+/// The first file of `files` that is not on disk as it should be, or that `existing` has beyond
+/// them; absent when writeFiles() would change nothing.
+std::optional<ambrel::Path> findOutdated(const Places& places, const EntryFiles& files,
+                                         const ExistingEntry& existing);
+
 /// Writes what is not there yet, each file in one step and the entry last, then removes what
 /// `existing` had beyond it. Throws FileError.
 void writeFiles(const Places& places, const EntryFiles& files,

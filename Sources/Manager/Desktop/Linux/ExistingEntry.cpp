@@ -22,9 +22,11 @@ Path programOf(const DesktopEntry& entry, const Path& file) {
 
 } // namespace
 
-bool ExistingEntry::isFor(const Path& path) const {
-    return bundle == ambrel::paths::withoutTrailingSlashes(path) ||
-           fileSystem::isSameItem(bundle, path);
+bool ExistingEntry::isFor(const Path& path) const { return isSameBundle(bundle, path); }
+
+bool isSameBundle(const Path& named, const Path& path) {
+    return named == ambrel::paths::withoutTrailingSlashes(path) ||
+           fileSystem::isSameItem(named, path);
 }
 
 std::optional<ExistingEntry> readEntry(const Places& places) noexcept {

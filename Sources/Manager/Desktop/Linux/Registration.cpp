@@ -2,6 +2,7 @@
 
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Instance/BundleScan.h"
 #include "Ambrel/Instance/DesktopId.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/LibraryError.h"
@@ -14,6 +15,8 @@
 #include "Manager/Desktop/Linux/TypeIndex.h"
 #include "Manager/Programs/Linux/EntrySearch.h"
 #include "Manager/Rules/InfoPlistKeys.h"
+
+#include <algorithm>
 
 namespace korvane::registration {
 
@@ -41,6 +44,13 @@ std::optional<ExistingEntry> findOwn(const Places& places, const Path& bundle) {
     auto existing = readEntry(places);
     if (existing && !existing->isFor(bundle)) existing.reset();
     return existing;
+}
+
+/// Whether an entry stands for nothing any more. One whose bundle only cannot be seen is no stray.
+bool isStray(const Places& places, const ExistingEntry& existing) {
+    if (fileSystem::isMissing(existing.bundle)) return true;
+    const auto config = ambrel::configIn(existing.bundle);
+    return config && ambrel::desktopId(config->bundleId) != places.id;
 }
 
 /// Why what stands in the place of the entry is not touched.
@@ -77,11 +87,13 @@ void requireNoOther(const Places& places, const ambrel::UserPlaces& user,
     }
 }
 
+std::string strangeFile(const Path& file) {
+    return "In the place of a file that belongs to the desktop entry is another one: " +
+           ambrel::utf8::oneLine(file) + ".";
+}
+
 [[noreturn]] void refuseStranger(const Path& file, Remedy remedy) {
-    throw Refusal(Refusal::Kind::entryTaken, file,
-                  "In the place of a file that belongs to the desktop entry is another one: " +
-                      ambrel::utf8::oneLine(file) + "." + endOf(remedy),
-                  remedy);
+    throw Refusal(Refusal::Kind::entryTaken, file, strangeFile(file) + endOf(remedy), remedy);
 }
 
 /// Without an entry nothing may lie where its script and icons go.
@@ -159,9 +171,42 @@ EntryFiles filesFor(const InstanceConfig& config, const Path& bundle, const Plac
     return files;
 }
 
+/// The names of the entries in the user's folder, whosever they are, without their ending. Throws
+/// FileError.
+std::vector<std::string> idsIn(const ambrel::UserPlaces& user) {
+    constexpr std::string_view ending = ".desktop";
+    std::vector<std::string> ids;
+    const Path folder(ambrel::paths::deletingLastComponent(Places{"x", user.data}.entry()));
+    for (const auto& name : fileSystem::list(folder)) {
+        if (name.ends_with(ending)) ids.push_back(name.substr(0, name.size() - ending.size()));
+    }
+    return ids;
+}
+
+void requirePlace(const Places& places) {
+    if (!places.data.empty()) return;
+    throw Refusal(Refusal::Kind::homeIsMissing, "", "There is no home folder for desktop entries.");
+}
+
 /// Openers look for programs in an index, which has to follow.
 void updateTypeIndex(const Places& places) noexcept {
     ensureTypeIndex(Path(ambrel::paths::deletingLastComponent(places.entry())));
+}
+
+/// Writes the entry of `record` over `existing`, which is its own or a stray, or where none is.
+Entry write(const InstanceRecord& record, const Places& places,
+            const std::optional<ExistingEntry>& existing) {
+    // One bundle can have several paths; the entry keeps its own.
+    const bool isKept = existing && existing->isFor(record.bundleURL);
+    const auto bundle = isKept ? existing->bundle : bundleOf(record.bundleURL);
+    const auto files = filesFor(record.config, bundle, places);
+    if (const auto file = findStranger(places, files, existing)) {
+        refuseStranger(*file, Remedy::none);
+    }
+    writeFiles(places, files, existing);
+    const bool wasOffered = existing && existing->offersItself;
+    if (wasOffered || !offeredTypes(record.config).empty()) updateTypeIndex(places);
+    return {places.id, places.entry(), bundle};
 }
 
 } // namespace
@@ -175,23 +220,29 @@ std::optional<Entry> findEntry(const InstanceRecord& record, const ambrel::UserP
     return Entry{places.id, places.entry(), existing->bundle};
 }
 
-std::vector<Entry> findFormer(const InstanceRecord& record,
-                              const ambrel::UserPlaces& user) noexcept {
-    constexpr std::string_view ending = ".desktop";
-    std::vector<Entry> former;
+std::vector<Entry> listEntries(const ambrel::UserPlaces& user) noexcept {
+    std::vector<Entry> entries;
+    if (user.data.empty()) return entries;
     try {
-        const auto own = placesFor(record.config.bundleId, user);
-        const Path folder(ambrel::paths::deletingLastComponent(own.entry()));
-        for (const auto& name : fileSystem::list(folder)) {
-            if (!name.ends_with(ending) || name == own.fileName()) continue;
-            const Places places{name.substr(0, name.size() - ending.size()), own.data};
+        for (const auto& id : idsIn(user)) {
+            const Places places{id, user.data};
             const auto existing = readEntry(places);
-            if (!existing || !existing->isFor(record.bundleURL)) continue;
-            former.push_back({places.id, places.entry(), existing->bundle});
+            if (existing) entries.push_back({id, places.entry(), existing->bundle});
         }
     } catch (const std::exception&) {
         // What cannot be listed shows nothing either.
     }
+    std::ranges::sort(entries, {}, &Entry::id);
+    return entries;
+}
+
+std::vector<Entry> findFormer(const InstanceRecord& record,
+                              const ambrel::UserPlaces& user) noexcept {
+    const auto own = ambrel::desktopId(record.config.bundleId);
+    auto former = listEntries(user);
+    std::erase_if(former, [&](const Entry& entry) {
+        return entry.id == own || !isSameBundle(entry.bundle, record.bundleURL);
+    });
     return former;
 }
 
@@ -224,22 +275,36 @@ void requireFree(const std::string& bundleId, const Path& bundle, const ambrel::
 
 Entry add(const InstanceRecord& record, const ambrel::UserPlaces& user) {
     const auto places = placesFor(record.config.bundleId, user);
-    if (places.data.empty()) {
-        throw Refusal(Refusal::Kind::homeIsMissing, "",
-                      "There is no home folder for desktop entries.");
-    }
+    requirePlace(places);
     requireOwnPlace(places, record.bundleURL, Remedy::none);
-    const auto existing = findOwn(places, record.bundleURL);
-    // One bundle can have several paths; the entry keeps its own.
-    const auto bundle = existing ? existing->bundle : bundleOf(record.bundleURL);
-    const auto files = filesFor(record.config, bundle, places);
-    if (const auto file = findStranger(places, files, existing)) {
-        refuseStranger(*file, Remedy::none);
+    return write(record, places, findOwn(places, record.bundleURL));
+}
+
+EntryCheck check(const InstanceRecord& record, const ambrel::UserPlaces& user) {
+    using State = EntryCheck::State;
+    const auto places = placesFor(record.config.bundleId, user);
+    if (places.data.empty()) return {};
+    if (!fileSystem::kindOf(places.entry())) return {State::missing, places.entry()};
+    const auto existing = readEntry(places);
+    if (!existing) return {State::taken, places.entry(), foreignEntry(places)};
+    if (!existing->isFor(record.bundleURL)) {
+        if (isStray(places, *existing)) return {State::stray, existing->bundle};
+        return {State::taken, places.entry(), foreignEntry(places)};
     }
-    writeFiles(places, files, existing);
-    const bool offered = existing && existing->offersItself;
-    if (offered || !offeredTypes(record.config).empty()) updateTypeIndex(places);
-    return {places.id, places.entry(), bundle};
+    const auto files = filesFor(record.config, existing->bundle, places);
+    if (const auto file = findStranger(places, files, existing)) {
+        return {State::taken, *file, strangeFile(*file)};
+    }
+    const auto outdated = findOutdated(places, files, *existing);
+    return outdated ? EntryCheck{State::outdated, *outdated} : EntryCheck{};
+}
+
+Entry mend(const InstanceRecord& record, const ambrel::UserPlaces& user) {
+    const auto places = placesFor(record.config.bundleId, user);
+    const auto existing = readEntry(places);
+    const bool takesOver =
+        existing && !existing->isFor(record.bundleURL) && isStray(places, *existing);
+    return takesOver ? write(record, places, existing) : add(record, user);
 }
 
 void remove(const Entry& entry, const ambrel::UserPlaces& user) {
