@@ -17,7 +17,11 @@ target_link_libraries(korvane-test-indirect-program
     PRIVATE -Wl,--no-as-needed korvane-test-between)
 add_executable(korvane-test-qt-program ToolkitProgram.cpp)
 target_link_libraries(korvane-test-qt-program PRIVATE -Wl,--no-as-needed korvane-test-qt)
+add_executable(korvane-test-bus-program BusProgram.cpp)
+target_link_libraries(korvane-test-bus-program PRIVATE korvane-test-gtk)
 target_compile_definitions(KorvaneTests PRIVATE
     KORVANE_TEST_INDIRECT_PROGRAM="$<TARGET_FILE:korvane-test-indirect-program>"
+    KORVANE_TEST_BUS_PROGRAM="$<TARGET_FILE:korvane-test-bus-program>"
     KORVANE_TEST_QT_PROGRAM="$<TARGET_FILE:korvane-test-qt-program>")
-add_dependencies(KorvaneTests korvane-test-indirect-program korvane-test-qt-program)
+add_dependencies(KorvaneTests
+    korvane-test-bus-program korvane-test-indirect-program korvane-test-qt-program)

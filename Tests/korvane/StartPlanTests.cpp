@@ -255,6 +255,52 @@ TEST_CASE("create says where windows keep the program's name") {
     CHECK(says({}));
 }
 
+TEST_CASE("create warns of a program that registers on the bus, unless a profile knows it") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    const std::string name{ambrel::paths::lastComponent(KORVANE_TEST_BUS_PROGRAM)};
+    const auto warns = [&](const std::string& program) {
+        const auto done = manager.run(
+            {"create", "app", "Work", program, "--runner", KORVANE_TEST_RUNNER, "--replace"});
+        REQUIRE(done.status == 0);
+        return contains(done.error, "registers on the session bus: while another copy runs");
+    };
+
+    CHECK(warns(KORVANE_TEST_BUS_PROGRAM));
+    CHECK_FALSE(warns(KORVANE_TEST_QT_PROGRAM));
+    writeFile(
+        manager.tmp / "share/applications/mail.desktop",
+        "[Desktop Entry]\nType=Application\nName=Bus\nDBusActivatable=true\nExec=/bin/true\n");
+    CHECK(warns("mail"));
+    auto profile = profileOf(name);
+    profile["extraArgs"] = nlohmann::json::array();
+    fixture.writeProfile(profile, name);
+    CHECK_FALSE(warns(KORVANE_TEST_BUS_PROGRAM));
+    profile["confidence"] = "broken";
+    fixture.writeProfile(profile, name);
+    CHECK(warns(KORVANE_TEST_BUS_PROGRAM));
+    fixture.writeProfile(profileOf("mail"), "mail");
+    CHECK_FALSE(warns("mail"));
+}
+
+TEST_CASE("a profile's name for windows reaches the program through a launcher") {
+    const Fixture fixture;
+    writeFile(fixture.manager.tmp / "share/applications/mail.desktop",
+              "[Desktop Entry]\nType=Application\nName=Launched\nExec=" + Path(KORVANE_TEST_PROBE) +
+                  " --own %U\n");
+    auto profile = profileOf("mail");
+    profile["windowName"] = {{"processName", true}};
+    fixture.writeProfile(profile, "mail");
+
+    CHECK(fixture.createOf("mail").environment.at("KORVANE_PROCESS_NAME") == id);
+    profile["windowName"] = nlohmann::json::object();
+    fixture.writeProfile(profile, "mail");
+    CHECK_FALSE(
+        fixture.createOf("mail", {"--replace"}).environment.contains("KORVANE_PROCESS_NAME"));
+    CHECK(fixture.createOf("mail", {"--replace", "--process-name", "x"})
+              .environment.at("KORVANE_PROCESS_NAME") == "x");
+}
+
 TEST_CASE("a Java program is told its home, and so is the user") {
     const Fixture fixture;
     const auto& manager = fixture.manager;

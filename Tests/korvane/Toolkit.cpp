@@ -1,4 +1,8 @@
-// Stands for a library of which only the name is looked at.
-extern "C" __attribute__((visibility("default"))) int korvaneTestToolkit();
+// Stands for a library of which only the names are looked at, its own and that of its function.
+extern "C" {
+__attribute__((visibility("default"))) int korvaneTestToolkit();
+__attribute__((visibility("default"))) int g_application_run();
+}
 
 int korvaneTestToolkit() { return 0; }
+int g_application_run() { return 0; }

@@ -53,10 +53,10 @@ void addStart(const CreationPlan& plan, NoticeList& list) {
     const auto& start = *plan.start;
     const std::string subject{ambrel::paths::stem(plan.target->url)};
     const auto name = inQuotes(subject);
-    if (start.isActivatable) {
+    if (start.mayHandOver) {
         list.add(Kind::handsOverToRunningCopy, subject,
-                 name + " can be activated over the session bus: this instance may hand over to a "
-                        "copy that runs, and will not be kept apart then.");
+                 name + " registers on the session bus: while another copy runs, this instance may "
+                        "hand over to that, and will not be kept apart then.");
     }
     if (start.asksAccountForHome) {
         list.inform(Kind::homeFromAccount, subject,

@@ -106,13 +106,23 @@ void addProfile(StartPlan& plan, ProgramProfile found, const AppBundle& app,
     plan.profile = std::move(found);
 }
 
-/// Whether a copy that runs may be asked over the bus to do what a second one was started for. A
-/// profile with arguments says by which the program does without the bus.
-bool mayBeActivated(const StartPlan& plan, const AppBundle& app) {
+/// A profile with arguments says by which a program does without the bus; one that says nothing of
+/// arguments was tried with a program that needs none, unless the bus starts it.
+bool mayHandOver(const StartPlan& plan, const AppBundle& app) {
+    const bool isKnown =
+        plan.profile && plan.profile->profile.confidence != ambrel::Confidence::broken;
+    if (isKnown && !plan.profile->profile.extraArgs.empty()) return false;
     const auto value = adoptedValue(app, adoptedActivatableKey);
-    const bool isKeptApart = plan.profile && !plan.profile->profile.extraArgs.empty() &&
-                             plan.profile->profile.confidence != ambrel::Confidence::broken;
-    return value && value->exactBoolean().value_or(false) && !isKeptApart;
+    if (value && value->exactBoolean().value_or(false)) return true;
+    return !isKnown && installedProgram::registersOnBus(programOf(app));
+}
+
+/// A launcher is told by variables what it is to call its program.
+void addLauncherVariables(StartPlan& plan, const AppBundle& app) {
+    for (const auto& variable : installedProgram::launcherVariables(app.executableURL())) {
+        plan.nameVariables.push_back(variable);
+        if (plan.processName) plan.environment.insert_or_assign(variable, *plan.processName);
+    }
 }
 
 void addHome(StartPlan& plan, const AppBundle& app) {
@@ -131,10 +141,11 @@ StartPlan planStart(const AppBundle& app, const std::string& desktopId, UseProfi
     addHome(plan, app);
     auto found = use == UseProfile::yes ? findProfile(app.bundleId, user) : std::nullopt;
     if (found) addProfile(plan, std::move(*found), app, environment);
-    plan.isActivatable = mayBeActivated(plan, app);
+    plan.mayHandOver = mayHandOver(plan, app);
     if (use == UseProfile::no) return plan;
     const bool isSaid = plan.profile && plan.profile->windowName;
     addWindowName(plan, isSaid ? *plan.profile->windowName : windowNameFor(app), desktopId);
+    addLauncherVariables(plan, app);
     return plan;
 }
 

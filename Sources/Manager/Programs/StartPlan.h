@@ -22,7 +22,9 @@ struct StartPlan {
     std::optional<std::string> windowClass; ///< the windows' name where none of these decides it
     bool keepsWindowName = false;    ///< nothing is known that names the windows after the instance
     bool asksAccountForHome = false; ///< and is told of the instance's by a variable
-    bool isActivatable = false; ///< by the session bus, and no profile says what keeps it from that
+    /// Whether a copy that runs may do what the instance was started for: by what its entry and the
+    /// program itself tell, and no profile tells otherwise.
+    bool mayHandOver = false;
     std::optional<ProgramProfile> profile; ///< reconciled with `signature`
     std::string signature;                 ///< the environment here; empty when not known
 };

@@ -67,6 +67,34 @@ void addEntries(DynamicSection& section, Elf* elf, Elf_Scn* part, const GElf_Shd
     }
 }
 
+bool importsIn(Elf* elf, Elf_Scn* part, const GElf_Shdr& header, const std::string& name) {
+    Elf_Data* const data = elf_getdata(part, nullptr);
+    if (data == nullptr || header.sh_entsize == 0) return false;
+    const auto count = header.sh_size / header.sh_entsize;
+    for (std::size_t i = 0; i < count; ++i) {
+        GElf_Sym symbol;
+        if (gelf_getsym(data, static_cast<int>(i), &symbol) == nullptr) return false;
+        const char* found = elf_strptr(elf, header.sh_link, symbol.st_name);
+        if (symbol.st_shndx == SHN_UNDEF && found != nullptr && name == found) return true;
+    }
+    return false;
+}
+
+bool requireLookForImport(const Path& file, const std::string& name) {
+    if (!ambrel::fileSystem::exists(file) || ambrel::fileSystem::isFolder(file)) return false;
+    const auto fd = OwnedFd::open("read", file, O_RDONLY | O_NONBLOCK);
+    elf_version(EV_CURRENT);
+    const ElfPtr elf(elf_begin(fd.get(), ELF_C_READ, nullptr));
+    if (!elf || elf_kind(elf.get()) != ELF_K_ELF) return false;
+    Elf_Scn* part = nullptr;
+    while ((part = elf_nextscn(elf.get(), part)) != nullptr) {
+        GElf_Shdr header;
+        const bool isTable = gelf_getshdr(part, &header) != nullptr && header.sh_type == SHT_DYNSYM;
+        if (isTable && importsIn(elf.get(), part, header, name)) return true;
+    }
+    return false;
+}
+
 /// Absent for what is no ELF file, or cannot be read.
 std::optional<DynamicSection> dynamicSectionOf(const Path& file) {
     if (!ambrel::fileSystem::exists(file) || ambrel::fileSystem::isFolder(file)) return {};
@@ -167,6 +195,14 @@ private:
 };
 
 } // namespace
+
+bool importsFunction(const Path& program, const std::string& name) {
+    try {
+        return requireLookForImport(program, name);
+    } catch (const std::exception&) {
+        return false; // what cannot be read tells nothing
+    }
+}
 
 std::set<std::string> linkedLibraries(const Path& program) { return Walk().from(program); }
 

@@ -12,4 +12,8 @@ namespace korvane {
 /// are named, but not looked into.
 std::set<std::string> linkedLibraries(const ambrel::Path& program);
 
+/// Whether `program` itself, without its libraries, calls the function `name` of a shared library.
+/// False for what is no ELF file.
+bool importsFunction(const ambrel::Path& program, const std::string& name);
+
 } // namespace korvane

@@ -101,7 +101,6 @@ WindowNaming windowNamingOf(const Path& started, const Path& program) {
     const bool isPassedOn = isNamingLauncher(started);
     naming.byProcessName = (heedsName || heedsResource) && (isPassedOn || !isScript(started)) &&
                            !actsByItsName(program, *file);
-    if (naming.byProcessName && isPassedOn) naming.variables.emplace_back(processNameVariable);
     if (heedsResource) naming.variables.emplace_back("RESOURCE_NAME"); // X Toolkit Intrinsics
     return naming;
 }
@@ -111,6 +110,16 @@ std::vector<std::string> windowNameArguments(ambrel::AppEngine engine, const std
     if (engine == Engine::chromium) return {"--class=" + name};
     if (engine == Engine::firefox) return {"--class", name, "--name", name};
     return {};
+}
+
+std::vector<std::string> launcherVariables(const Path& started) {
+    if (!isNamingLauncher(started)) return {};
+    return {processNameVariable};
+}
+
+bool registersOnBus(const Path& program) {
+    const auto file = fileSystem::resolved(program);
+    return file && importsFunction(*file, "g_application_run");
 }
 
 ambrel::StringMap separatingVariables() { return {{"GSETTINGS_BACKEND", "keyfile"}}; }
