@@ -237,28 +237,40 @@ Difference sharedIdentifier(const InstanceRecord& record, const InstanceRecord& 
             {}};
 }
 
-/// What `entry` stands for where no instance goes by its id; absent when nothing is wrong with it.
-std::optional<Difference> differenceOf(const Entry& entry, const UserPlaces& user) {
+/// What is wrong with `entry`, by whose id no instance goes.
+Difference differenceOf(const Entry& entry, const UserPlaces& user) {
     const auto subject = "The desktop entry " + oneLine(entry.file) + " stands for ";
+    const auto bundle = oneLine(entry.bundle);
     if (fileSystem::isMissing(entry.bundle)) {
-        return Difference{Kind::entryOrphaned,
-                          {},
-                          entry.file,
-                          subject + oneLine(entry.bundle) + ", which is gone",
-                          entry};
+        return {Kind::entryOrphaned, {}, entry.file, subject + bundle + ", which is gone", entry};
     }
     const auto record = InstanceRegistry(user).recordFor(entry.bundle);
     if (!record) {
-        return Difference{Kind::bundleUnreadable,
-                          {},
-                          entry.bundle,
-                          subject + oneLine(entry.bundle) + ", which is no readable instance",
-                          {}};
+        const auto sentence = subject + bundle + ", which is no readable instance";
+        return {Kind::bundleUnreadable, {}, entry.bundle, sentence, {}};
     }
-    return Difference{Kind::entryFormer, record, entry.file,
-                      subject + inQuotes(record->config.displayName) +
-                          " under another identifier than it has",
-                      entry};
+    const auto name = inQuotes(record->config.displayName);
+    return {Kind::entryFormer, record, entry.file,
+            subject + name + " under another identifier than it has", entry};
+}
+
+/// Whether nothing has taken the entry's id up again.
+bool isAsPlanned(const Difference& difference, const UserPlaces& user) {
+    const auto& entry = *difference.entry;
+    const auto record = InstanceRegistry(user).recordFor(entry.bundle);
+    const bool isOwn = record && ambrel::desktopId(record->config.bundleId) == entry.id;
+    return !isOwn && differenceOf(entry, user).kind == difference.kind;
+}
+
+void removeEntry(const Difference& difference, const UserPlaces& user) {
+    const auto& entry = *difference.entry;
+    if (!isAsPlanned(difference, user)) {
+        throw Refusal(Refusal::Kind::changedMeanwhile, entry.bundle,
+                      "What stands at " + oneLine(entry.bundle) +
+                          " has changed since it was looked at.",
+                      Remedy::lookAgain);
+    }
+    registration::remove(entry, user);
 }
 
 /// Bundles in the default folder that are instances but for what their configuration holds.
@@ -299,7 +311,7 @@ void replaceInfoPlist(const InstanceRecord& record) {
 
 void mend(const Difference& difference, const std::string& runner, const UserPlaces& user) {
     if (difference.entry) {
-        registration::remove(*difference.entry, user);
+        removeEntry(difference, user);
         return;
     }
     const auto& record = difference.record.value();
@@ -338,9 +350,7 @@ RepairPlan planRepair(const std::optional<InstanceRecord>& only, const std::opti
     for (const auto& entry : known.entries) {
         if (known.isClaimed(entry) || isAmong(plan.differences, entry.bundle)) continue;
         if (only && !isSameBundle(entry.bundle, only->bundleURL)) continue;
-        if (auto difference = differenceOf(entry, user)) {
-            plan.differences.push_back(std::move(*difference));
-        }
+        plan.differences.push_back(differenceOf(entry, user));
     }
     return plan;
 }
