@@ -55,6 +55,10 @@ class Desktop:
         # One that has been closed since it was listed has neither.
         return Window(identifier, int(process[1]), names.groups()) if process and names else None
 
+    def titleOf(self, window):
+        shown = self._xprop("-id", window.identifier, "_NET_WM_NAME")
+        return shown.partition(" = ")[2].strip()
+
     def _xprop(self, *arguments):
         return subprocess.run(["timeout", "20", "xprop", *arguments], capture_output=True,
                               text=True, env=self.user.environment()).stdout

@@ -99,6 +99,32 @@ class FromTheMenu(InDesktop):
                            lambda: f"{self.desktop.windows()}, not {expected}")
 
 
+class OpenedFromTheDesktop(InDesktop):
+    """What a click on a file does, with openers of several desktops."""
+
+    openers = {"gio": ["gio", "open"], "XFCE": ["xdg-open"],
+               "none": ["env", "XDG_CURRENT_DESKTOP=", "xdg-open"]}
+
+    def test_a_file_reaches_the_instance_that_is_offered_for_it(self):
+        app = self.adopt("/usr/share/applications/org.xfce.mousepad.desktop")
+        self.create("My letters", app, "--open-with")
+        entry = self.show("My letters")["desktopEntry"]
+        self.user.run("xdg-mime", "default", os.path.basename(entry), "text/plain")
+        expected = self.desktopEntry("My letters")["StartupWMClass"]
+
+        for name, opener in self.openers.items():
+            letter = self.user.home / "Documents" / f"a letter of {name}.txt"
+            letter.write_text("Dear reader\n")
+            self.start(*opener, letter)
+
+            def titles():
+                return [self.desktop.titleOf(window) for window in self.desktop.windows()
+                        if expected in window.names]
+            awaitCondition(lambda: any(letter.name in title for title in titles()),
+                           lambda: f"{name}: {titles()}, {self.desktop.windows()}, "
+                                   f"{self.log('My letters')}")
+
+
 class Chromium(ThreeCopies, InDesktop):
     entry = "/usr/share/applications/chromium.desktop"
     program = "/usr/bin/chromium"
