@@ -7,20 +7,98 @@
 
 namespace korvane {
 
+using ambrel::FolderLock;
 using ambrel::Path;
 namespace fileSystem = ambrel::fileSystem;
+namespace paths = ambrel::paths;
+
+namespace {
+
+constexpr std::string_view suffix = "-unfinished";
+/// An empty file: one that is made in a single step is whole wherever a process is killed.
+constexpr std::string_view markerName = "this-folder-may-be-removed";
+
+std::string stagingName() { return ambrel::randomName().append(suffix); }
+
+bool isStagingName(std::string_view name) {
+    return name.starts_with(".korvane-") && name.ends_with(suffix) &&
+           name.size() == stagingName().size();
+}
+
+Path markerIn(const Path& folder) { return paths::join(folder, markerName); }
+
+bool hasMarker(const Path& folder) {
+    const auto marker = markerIn(folder);
+    return fileSystem::kindOf(marker) == fileSystem::ItemKind::file &&
+           fileSystem::read(marker).empty();
+}
+
+/// The marker goes last, so that what is left of the folder after a failure may still go.
+void removeWhole(const Path& folder) {
+    for (const auto& name : fileSystem::list(folder)) {
+        if (name != markerName) fileSystem::removeTree(paths::join(folder, name));
+    }
+    fileSystem::removeTree(folder);
+}
+
+/// Removes a folder that nobody uses, unless it holds something that is not ours to remove. One
+/// without anything in it was left before it was marked.
+void removeIfAbandoned(const Path& folder) {
+    const auto lock = FolderLock::tryTake(folder);
+    if (!lock) return;
+    if (hasMarker(folder)) {
+        removeWhole(folder);
+    } else if (fileSystem::list(folder).empty()) {
+        fileSystem::removeItem(folder);
+    }
+}
+
+/// What stays is tried again by the next command, and hinders nobody meanwhile.
+void tryRemoveAbandoned(const Path& parent) noexcept {
+    try {
+        for (const auto& name : fileSystem::list(parent)) {
+            if (!isStagingName(name)) continue;
+            try {
+                removeIfAbandoned(paths::join(parent, name));
+            } catch (const std::exception&) {
+                continue;
+            }
+        }
+    } catch (const std::exception&) {
+        return;
+    }
+}
+
+} // namespace
 
 StagingFolder::StagingFolder(const Path& parent) {
     above_.make(parent);
-    path_ = ambrel::paths::join(parent, ambrel::randomName());
+    tryRemoveAbandoned(parent);
+    make(parent);
+    try {
+        mayGo();
+    } catch (const ambrel::FileError&) {
+        fileSystem::removeItem(path_);
+        throw;
+    }
+}
+
+/// Until it is locked, another process may take the new folder for an abandoned one.
+void StagingFolder::make(const Path& parent) {
+    constexpr int attempts = 5;
     constexpr unsigned ownerOnly = 0700;
-    fileSystem::createFolder(path_, ownerOnly);
+    for (int attempt = 0; attempt < attempts && !lock_; ++attempt) {
+        path_ = paths::join(parent, stagingName());
+        fileSystem::createFolder(path_, ownerOnly);
+        lock_ = FolderLock::tryTake(path_);
+        if (!lock_ && !fileSystem::isMissing(path_)) return; // no locks here
+    }
 }
 
 StagingFolder::~StagingFolder() {
     if (path_.empty()) return;
     try {
-        fileSystem::removeTree(path_);
+        removeWhole(path_);
     } catch (const std::exception&) {
         // A hidden folder that stays behind harms nobody, and the first failure is the one to tell.
     }
@@ -32,10 +110,24 @@ void StagingFolder::putInPlace(const Path& built, const Path& place) {
 }
 
 void StagingFolder::exchange(const Path& built, const Path& place) {
+    if (fileSystem::kindOf(markerIn(path_))) fileSystem::removeItem(markerIn(path_));
     fileSystem::exchange(built, place);
     above_.keep();
 }
 
-void StagingFolder::remove() { fileSystem::removeTree(std::exchange(path_, {})); }
+void StagingFolder::mayGo() {
+    if (lock_) fileSystem::write(markerIn(path_), "");
+}
+
+void StagingFolder::remove() { removeWhole(std::exchange(path_, {})); }
+
+void StagingFolder::leave() {
+    const auto folder = std::exchange(path_, {});
+    try {
+        if (fileSystem::kindOf(markerIn(folder))) fileSystem::removeItem(markerIn(folder));
+    } catch (const ambrel::FileError&) {
+        // Only exchange() comes before this, and has removed it already.
+    }
+}
 
 } // namespace korvane

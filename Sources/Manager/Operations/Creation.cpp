@@ -80,7 +80,7 @@ void replace(StagingFolder& staging, const Path& built, const CreationPlan& plan
     requireNotRunning(*plan.replaced, user);
     staging.exchange(built, plan.bundle);
     const auto old = ambrel::InstanceRegistry(user).recordFor(built);
-    if (old && isUnchanged(*plan.replaced, {plan.bundle, old->config})) return;
+    if (old && isUnchanged(*plan.replaced, {plan.bundle, old->config})) return staging.mayGo();
     try {
         staging.exchange(built, plan.bundle);
     } catch (const ambrel::FileError&) {
