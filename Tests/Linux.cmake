@@ -76,3 +76,11 @@ add_doctest(FaultInjectionTests
     Support/Faults.cpp
 )
 target_link_options(FaultInjectionTests PRIVATE ${KORVANE_WRAPPED_CALLS})
+
+# Processes that are killed in place of one call after another.
+add_doctest(KillTests
+    Manager/Operations/Linux/KillTests.cpp
+    Support/Faults.cpp
+)
+target_link_libraries(KillTests PRIVATE Korvane::Manager)
+target_link_options(KillTests PRIVATE ${KORVANE_WRAPPED_CALLS})

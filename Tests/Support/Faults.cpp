@@ -1,6 +1,7 @@
 #include "Support/Faults.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +21,7 @@ struct State {
     korvane::test::faults::Failure failure{};
     long calls = 0;
     const char* failedCall = "";
+    bool kills = false;
 } state;
 
 bool mustFail(const char* name) {
@@ -28,6 +30,7 @@ bool mustFail(const char* name) {
     const bool fails =
         state.calls == state.failing || (state.failure.lasting && state.calls > state.failing);
     if (!fails) return false;
+    if (state.kills) ::raise(SIGKILL);
     if (*state.failedCall == '\0') state.failedCall = name;
     errno = state.failure.code;
     return true;
@@ -37,7 +40,9 @@ bool mustFail(const char* name) {
 
 namespace korvane::test::faults {
 
-void arm(long failing, const Failure& failure) { state = {true, failing, failure, 0, ""}; }
+void arm(long failing, const Failure& failure) { state = {true, failing, failure, 0, "", false}; }
+
+void armKill(long last) { state = {true, last, {}, 0, "", true}; }
 
 Outcome disarm() {
     state.armed = false;

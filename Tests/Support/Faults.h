@@ -21,6 +21,9 @@ struct Outcome {
 void arm(long failing, const Failure& failure);
 Outcome disarm();
 
+/// From now on kills this process, as nothing can prevent, in place of call number `last`.
+void armKill(long last);
+
 /// The names of all calls that can be made to fail.
 std::vector<std::string> wrappedCalls();
 

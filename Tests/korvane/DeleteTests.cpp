@@ -207,7 +207,8 @@ TEST_CASE("a link to a bundle deletes no data") {
     CHECK(snapshot(fixture.manager.tmp.path()) == before);
 }
 
-TEST_CASE("data that is still there afterwards is told, and is a failure") {
+TEST_CASE(
+    "data that cannot be deleted is told with its reason, and the instance can be deleted again") {
     const Fixture fixture;
     const auto& manager = fixture.manager;
 
@@ -217,8 +218,14 @@ TEST_CASE("data that is still there afterwards is told, and is a failure") {
     const auto done = run(setup);
 
     CHECK(done.status == 1);
-    CHECK(says(done.error, "could not be deleted and is still in"));
+    CHECK(says(done.error, "Not all of its data in " + manager.instanceHome("Work")));
+    CHECK(says(done.error, "Permission denied"));
+    CHECK(isThere(fixture.bundle));
+
+    setMode(manager.home / "KorvaneInstances", 0755);
+    CHECK(run(setup).status == 0);
     CHECK_FALSE(isThere(fixture.bundle));
+    CHECK_FALSE(isThere(manager.instanceHome("Work")));
 }
 
 TEST_CASE("a home that is a link to elsewhere is refused with nothing touched") {

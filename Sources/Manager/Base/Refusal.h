@@ -32,6 +32,7 @@ struct Refusal : std::runtime_error {
         unusableProfile,
         unusableIcon,
         unusableRunner, ///< subject: its path; empty where none was found
+        unknownHome,    ///< subject: a path at which no instance left its home behind
         // What is in the way.
         notAnInstance,   ///< subject: the path at which something else stands
         instanceExists,  ///< subject: the bundle
@@ -65,7 +66,7 @@ struct Refusal : std::runtime_error {
         notStopped,       ///< subject: how the instance is named; something of it still runs
         notWritten,       ///< subject: the file, which holds what it held before
         notRestored,      ///< subject: the file, which may hold anything now
-        dataRemains,      ///< subject: the home; the bundle is gone
+        dataRemains,      ///< subject: the home, of which a part may be gone; the bundle stays
         notAllMoved,      ///< subject: the home; the rest was moved
     };
 

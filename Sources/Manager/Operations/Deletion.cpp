@@ -65,27 +65,42 @@ void removeLink(const Path& link) {
     }
 }
 
-std::unique_ptr<StagingFolder> movedAside(const Path& bundle) {
+/// The folder into which the bundle goes in one step, so that it is never half there. Made before
+/// anything is removed: where it cannot be made, the bundle could not go either.
+std::unique_ptr<StagingFolder> folderAside(const Path& bundle) {
     try {
-        auto staging =
-            std::make_unique<StagingFolder>(Path(ambrel::paths::deletingLastComponent(bundle)));
-        ambrel::fileSystem::move(
-            bundle, ambrel::paths::join(staging->path(), ambrel::paths::lastComponent(bundle)));
-        return staging;
+        return std::make_unique<StagingFolder>(Path(ambrel::paths::deletingLastComponent(bundle)));
     } catch (const ambrel::FileError& error) {
         throw notRemoved(bundle, error);
     }
 }
 
-/// Moves the bundle aside in one step before anything in it is removed, so that a failure leaves
-/// it whole.
-std::vector<Notice> removeBundle(const InstanceRecord& record, const UserPlaces& user) {
+/// The instance stays, and with it what the desktop knows of it.
+void restoreEntry(const InstanceRecord& record, const UserPlaces& user) noexcept {
+    try {
+        registration::add(record, user);
+    } catch (const std::exception&) {
+        // That the bundle could not be removed is what is told.
+    }
+}
+
+/// Takes the bundle off the desktop and then away, so that whoever deletes again after a kill in
+/// between still finds it by its name.
+std::vector<Notice> removeBundle(StagingFolder& staging, const InstanceRecord& record,
+                                 const UserPlaces& user) {
+    const auto bundle = bundleOf(record);
+    const auto hidden = staging.path();
     const auto entry = registration::findEntry(record, user);
-    const auto staging = movedAside(bundleOf(record));
-    const auto hidden = staging->path();
     auto notices = presence::deleted(entry, user);
     try {
-        staging->remove();
+        ambrel::fileSystem::move(bundle,
+                                 ambrel::paths::join(hidden, ambrel::paths::lastComponent(bundle)));
+    } catch (const ambrel::FileError& error) {
+        if (entry) restoreEntry(record, user);
+        throw notRemoved(bundle, error);
+    }
+    try {
+        staging.remove();
     } catch (const ambrel::FileError& error) {
         notices.push_back({.kind = Notice::Kind::remainsLeft,
                            .subject = hidden,
@@ -95,21 +110,32 @@ std::vector<Notice> removeBundle(const InstanceRecord& record, const UserPlaces&
     return notices;
 }
 
-/// The data alone: what stands where the bundle was may be another one by now.
+/// Before the bundle, which says where the data lies: with it there, deleting can be done again.
 void removeData(const Path& home, Deleted& deleted) {
     if (!exists(home)) return;
     try {
         ambrel::fileSystem::removeTree(home);
-    } catch (const ambrel::FileError&) {
-        // Whether it is there still is what counts.
+    } catch (const ambrel::FileError& error) {
+        if (exists(home)) {
+            throw Refusal(Kind::dataRemains, home,
+                          "Not all of its data in " + ambrel::utf8::oneLine(home) +
+                              " could be deleted, and the instance stays. " + error.description());
+        }
     }
-    if (!exists(home)) {
-        deleted.removedHome = home;
-        return;
+    deleted.removedHome = home;
+}
+
+Deleted deleteInstance(const DeletionPlan& plan, const UserPlaces& user) {
+    Deleted deleted{.record = plan.record, .keptHome = {}, .removedHome = {}, .notices = {}};
+    const auto staging = folderAside(bundleOf(plan.record));
+    if (plan.home && plan.data == UserData::remove) {
+        removeData(*plan.home, deleted);
+        // Removing much takes its time, and what came to the bundle's place in it is not removed.
+        requireUnchanged(plan.record, user);
     }
-    deleted.failure = Refusal(Kind::dataRemains, home,
-                              "Its data could not be deleted and is still in " +
-                                  ambrel::utf8::oneLine(home) + ".");
+    forgetHome(plan.record.config, user);
+    deleted.notices = removeBundle(*staging, plan.record, user);
+    return deleted;
 }
 
 } // namespace
@@ -132,24 +158,17 @@ DeletionPlan planDeletion(const InstanceRecord& record, UserData data, const Use
 
 Deleted perform(const DeletionPlan& plan, const UserPlaces& user) {
     requireAsPlanned(plan, user);
-    Deleted deleted{.record = plan.record,
-                    .wasLink = plan.isLink,
-                    .keptHome = {},
-                    .removedHome = {},
-                    .notices = {},
-                    .failure = {}};
     if (plan.isLink) {
         removeLink(bundleOf(plan.record));
-    } else {
-        deleted.notices = removeBundle(plan.record, user);
-        forgetHome(plan.record.config, user);
+        return {.record = plan.record,
+                .wasLink = true,
+                .keptHome = {},
+                .removedHome = {},
+                .notices = {}};
     }
-    if (!plan.home) return deleted;
-    if (plan.data == UserData::remove) {
-        removeData(*plan.home, deleted);
-    } else if (exists(*plan.home)) {
-        deleted.keptHome = plan.home;
-    }
+    auto deleted = deleteInstance(plan, user);
+    const bool isKept = plan.home && plan.data == UserData::keep && exists(*plan.home);
+    if (isKept) deleted.keptHome = plan.home;
     return deleted;
 }
 

@@ -38,14 +38,15 @@ struct Deleted {
     std::optional<ambrel::Path> keptHome;    ///< the data that stays, where there is any
     std::optional<ambrel::Path> removedHome; ///< the data that went, where there was any
     std::vector<Notice> notices;
-    /// dataRemains where the data could not be removed, or not all of it; all else is done.
-    std::optional<Refusal> failure;
 };
 
-/// Deletes the instance: moves its bundle aside in one step, takes it off the desktop, and removes
-/// bundle and data for good. Looks again at what may have changed since the plan was made, and
-/// throws changedMeanwhile, or what planDeletion() throws for it; also notRemoved for the bundle.
-/// After each of these everything is as it was before.
+/// Deletes the instance: removes its data, takes it off the desktop, and removes the bundle, which
+/// goes out of its place in one step. The bundle is last, so that after a failure, or when this
+/// process is killed, the same can be asked for again. Looks again at what may have changed since
+/// the plan was made, and throws changedMeanwhile, or what planDeletion() throws for it; notRemoved
+/// for a bundle that cannot go; and dataRemains where the data could not be removed, or not all of
+/// it. After each of these the instance is there as before; its data is so too where not even the
+/// folder of the bundle can be written, and where something had changed before anything was done.
 Deleted perform(const DeletionPlan& plan, const ambrel::UserPlaces& user);
 
 } // namespace korvane

@@ -4,7 +4,10 @@
 
 #include "Ambrel/Home/UserFolders.h"
 #include "Manager/Desktop/Registration.h"
+#include "Support/Programs.h"
 #include "Support/Waiting.h"
+
+#include <unistd.h>
 
 namespace korvane::test {
 
@@ -57,7 +60,7 @@ TEST_CASE("a plan that nobody is shown the size of does not look for it") {
     CHECK(plan.hasData);
     CHECK(plan.bundleSize == TreeSize());
     CHECK(plan.dataSize == TreeSize());
-    CHECK_FALSE(perform(plan, scene.user).failure.has_value());
+    perform(plan, scene.user);
     CHECK_FALSE(isThere(scene.homeOf()));
 }
 
@@ -70,7 +73,6 @@ TEST_CASE("deleting an instance keeps its data and takes it off the desktop") {
     CHECK(deleted.record.bundleURL == scene.record.bundleURL);
     CHECK(deleted.keptHome == scene.homeOf());
     CHECK_FALSE(deleted.removedHome);
-    CHECK_FALSE(deleted.failure);
     CHECK(deleted.notices.empty());
     CHECK_FALSE(isThere(scene.record.bundleURL));
     CHECK_FALSE(registration::findEntry(scene.record, scene.user));
@@ -87,7 +89,6 @@ TEST_CASE("deleting an instance with its data leaves neither, and follows no lin
 
     CHECK(deleted.removedHome == scene.homeOf());
     CHECK_FALSE(deleted.keptHome);
-    CHECK_FALSE(deleted.failure);
     CHECK_FALSE(isThere(scene.record.bundleURL));
     CHECK_FALSE(isThere(scene.homeOf()));
     CHECK(readFile(letter) == "dear");
@@ -229,6 +230,55 @@ TEST_CASE("an instance that runs is not deleted, with its data or without, but a
         CHECK(refusal.remedy == Remedy::stopFirst);
     }
     CHECK(perform(planDeletion(link, UserData::keep, scene.user), scene.user).wasLink);
+}
+
+TEST_CASE(
+    "data that cannot be removed leaves the instance as it was, and says what is in the way") {
+    const Deletable scene;
+    const auto locked = makeFolder(scene.homeOf() + "/locked");
+    writeFile(locked + "/file");
+    giveToOrdinaryUser(scene.tmp.path());
+    // What belongs to somebody else cannot be unlocked.
+    REQUIRE(::chown(locked.c_str(), 0, 0) == 0);
+
+    const auto said = asOrdinaryUser([&]() -> std::string {
+        const auto plan = planDeletion(scene.record, UserData::remove, scene.user);
+        try {
+            perform(plan, scene.user);
+        } catch (const Refusal& refusal) {
+            const bool isKind = refusal.kind == Kind::dataRemains;
+            return std::string(isKind ? "remains: " : "other: ") + refusal.sentence();
+        }
+        return "deleted";
+    });
+
+    CHECK(beginsWith(said, "remains: Not all of its data in " + scene.homeOf()));
+    CHECK(contains(said, locked));
+    CHECK(contains(said, "Permission denied"));
+    CHECK(isRealFolder(scene.record.bundleURL));
+    CHECK(registration::findEntry(scene.record, scene.user));
+    CHECK(scene.configOf(scene.record.bundleURL).displayName == "Work");
+
+    perform(planDeletion(scene.record, UserData::remove, scene.user), scene.user);
+
+    CHECK_FALSE(isThere(scene.homeOf()));
+    CHECK_FALSE(isThere(scene.record.bundleURL));
+    CHECK_FALSE(registration::findEntry(scene.record, scene.user));
+}
+
+TEST_CASE("a bundle whose folder cannot be written stays with its data and its entry") {
+    const Deletable scene;
+    giveToOrdinaryUser(scene.tmp.path());
+    setMode(scene.home / "Applications", 0555);
+
+    const auto said = asOrdinaryUser([&]() -> std::string {
+        perform(planDeletion(scene.record, UserData::remove, scene.user), scene.user);
+        return "deleted";
+    });
+
+    CHECK(beginsWith(said, "threw: Cannot delete " + scene.record.bundleURL));
+    CHECK(readFile(scene.data) == "mine");
+    CHECK(registration::findEntry(scene.record, scene.user));
 }
 
 } // namespace korvane::test
