@@ -31,6 +31,7 @@ enum class Remedy {
     listInstances,    ///< look at the instances; the name of `alternatives` may be meant
     listApplications, ///< look at the applications
     nameSuggested,    ///< the name of `alternatives` is probably meant
+    listLeftovers,    ///< look at the homes that no instance has any more
 };
 
 } // namespace korvane

@@ -42,7 +42,8 @@ std::vector<Entry> listEntries(const ambrel::UserPlaces& user) noexcept;
 std::vector<Entry> findFormer(const ambrel::InstanceRecord& record,
                               const ambrel::UserPlaces& user) noexcept;
 
-/// The bundles that entries of this user stand for, whether they are there or not. Never fails.
+/// The bundles that entries of ours stand for, there or not, each as its entry names it. Never
+/// fails.
 std::vector<ambrel::Path> registeredBundles(const ambrel::UserPlaces& user) noexcept;
 
 /// What the entry of such an instance offers it for, as types of files and addresses: those that

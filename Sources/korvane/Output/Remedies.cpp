@@ -13,7 +13,7 @@ namespace {
 
 /// Remedies that are said in the same words whatever they are for. What begins with a colon takes
 /// the place of the sentence's dot.
-constexpr std::array<std::pair<Remedy, const char*>, 14> remedySentences{{
+constexpr std::array<std::pair<Remedy, const char*>, 15> remedySentences{{
     {Remedy::chooseName, " Choose another name, or another folder with --output."},
     {Remedy::chooseFolder,
      " Remove it first, or choose another folder with: korvane adopt … --into DIR"},
@@ -30,6 +30,7 @@ constexpr std::array<std::pair<Remedy, const char*>, 14> remedySentences{{
      " An instance gets another identifier with: korvane create … --replace --bundle-id ID"},
     {Remedy::lookAgain, " Try again."},
     {Remedy::listApplications, " See: korvane apps"},
+    {Remedy::listLeftovers, " See: korvane leftovers"},
 }};
 
 /// The options that fill the fields of a request.

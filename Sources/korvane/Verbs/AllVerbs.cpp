@@ -13,6 +13,7 @@
 #include "korvane/Verbs/IconLintVerb.h"
 #include "korvane/Verbs/IconVerb.h"
 #include "korvane/Verbs/InspectVerb.h"
+#include "korvane/Verbs/LeftoversVerb.h"
 #include "korvane/Verbs/ListVerb.h"
 #include "korvane/Verbs/LogsVerb.h"
 #include "korvane/Verbs/MigrateVerb.h"
@@ -40,11 +41,30 @@ bool isOffered(const Verb& verb) {
 
 std::vector<Verb> allVerbs() {
     std::vector<Verb> verbs{
-        createAppVerb(), createWebVerb(), createFileVerb(), createCommandVerb(), adoptVerb(),
-        unadoptVerb(),   listVerb(),      showVerb(),       openVerb(),          runVerb(),
-        logsVerb(),      editVerb(),      migrateVerb(),    registerVerb(),      unregisterVerb(),
-        repairVerb(),    deleteVerb(),    appsVerb(),       inspectVerb(),       profileCheckVerb(),
-        iconVerb(),      iconLintVerb(),
+        createAppVerb(),
+        createWebVerb(),
+        createFileVerb(),
+        createCommandVerb(),
+        adoptVerb(),
+        unadoptVerb(),
+        listVerb(),
+        showVerb(),
+        openVerb(),
+        runVerb(),
+        logsVerb(),
+        editVerb(),
+        migrateVerb(),
+        registerVerb(),
+        unregisterVerb(),
+        repairVerb(),
+        deleteVerb(),
+        leftoversVerb(),
+        leftoversDeleteVerb(),
+        appsVerb(),
+        inspectVerb(),
+        profileCheckVerb(),
+        iconVerb(),
+        iconLintVerb(),
     };
     std::erase_if(verbs, [](const Verb& verb) { return !isOffered(verb); });
     return verbs;

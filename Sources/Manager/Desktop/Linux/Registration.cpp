@@ -247,18 +247,8 @@ std::vector<Entry> findFormer(const InstanceRecord& record,
 }
 
 std::vector<Path> registeredBundles(const ambrel::UserPlaces& user) noexcept {
-    constexpr std::string_view ending = ".desktop";
     std::vector<Path> bundles;
-    try {
-        for (const auto& name : fileSystem::list(ambrel::paths::join(user.data, "applications"))) {
-            if (!name.ends_with(ending)) continue;
-            const auto existing =
-                readEntry({name.substr(0, name.size() - ending.size()), user.data});
-            if (existing) bundles.push_back(existing->bundle);
-        }
-    } catch (const std::exception&) {
-        // What cannot be listed shows nothing either.
-    }
+    for (auto& entry : listEntries(user)) bundles.push_back(std::move(entry.bundle));
     return bundles;
 }
 

@@ -1,0 +1,181 @@
+#include "Manager/Operations/Leftovers.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Home/FolderRelation.h"
+#include "Ambrel/Home/HomesElsewhere.h"
+#include "Ambrel/Instance/BundleScan.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
+#include "Manager/Desktop/Registration.h"
+#include "Manager/Rules/DataSafety.h"
+#include "Manager/Rules/UserText.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+namespace korvane {
+
+using ambrel::InstanceRecord;
+using ambrel::InstanceRegistry;
+using ambrel::Path;
+using ambrel::UserPlaces;
+namespace fileSystem = ambrel::fileSystem;
+namespace folders = ambrel::folders;
+namespace paths = ambrel::paths;
+using Kind = Refusal::Kind;
+
+namespace {
+
+Path usualFolder(const UserPlaces& user) {
+    return paths::join(user.home, ambrel::homesElsewhere::usualFolder);
+}
+
+bool isRealFolder(const Path& path) {
+    return fileSystem::kindOf(path) == fileSystem::ItemKind::folder;
+}
+
+/// Every bundle of which may be known where its home lies, readable or not.
+std::set<Path> knownBundles(const UserPlaces& user) {
+    std::set<Path> bundles;
+    for (auto& bundle : ambrel::bundlesIn(InstanceRegistry::defaultSearchDirs(user))) {
+        bundles.insert(std::move(bundle));
+    }
+    for (auto& bundle : registration::registeredBundles(user)) bundles.insert(std::move(bundle));
+    return bundles;
+}
+
+/// What homes may belong to.
+struct Owners {
+    std::vector<InstanceRecord> instances;
+    std::set<std::string> unreadable; ///< names of bundles that do not tell their home
+};
+
+/// A bundle on a disk that is not there now, or one that is damaged, may still have its home. An
+/// application has none.
+Owners findOwners(const UserPlaces& user) {
+    Owners owners;
+    const InstanceRegistry registry(user);
+    for (const auto& bundle : knownBundles(user)) {
+        if (auto record = registry.recordFor(bundle)) {
+            owners.instances.push_back(std::move(*record));
+        } else {
+            owners.unreadable.emplace(paths::stem(bundle));
+        }
+    }
+    return owners;
+}
+
+/// Throws what speaks against removing it.
+void requireUnused(const Path& home, const Owners& owners, const UserPlaces& user) {
+    InstanceRecord nobody;
+    nobody.config.instanceHome = home;
+    requireDeletableData(nobody, owners.instances, user);
+    const std::string name(paths::lastComponent(home));
+    if (!owners.unreadable.contains(name)) return;
+    throw Refusal(Kind::homeIsShared, home,
+                  "The data is not deleted: " + ambrel::utf8::oneLine(home) +
+                      " may be the home of " + inQuotes(name) +
+                      ", whose bundle is missing or cannot be read.");
+}
+
+bool isUnused(const Path& home, const Owners& owners, const UserPlaces& user) {
+    try {
+        requireUnused(home, owners, user);
+        return true;
+    } catch (const Refusal&) {
+        return false;
+    }
+}
+
+std::vector<std::string> namesIn(const Path& folder) {
+    try {
+        return fileSystem::list(folder);
+    } catch (const ambrel::FileError&) {
+        return {}; // there is none, or nothing in it can be removed
+    }
+}
+
+/// Folders that were homes, in use or not, each once.
+std::vector<Path> candidates(const UserPlaces& user) {
+    std::vector<Path> homes;
+    const auto usual = usualFolder(user);
+    // Where the folder is itself a link, what lies in it is somebody's own affair.
+    if (isRealFolder(usual)) {
+        for (const auto& name : namesIn(usual)) {
+            if (!name.starts_with('.')) homes.push_back(paths::join(usual, name));
+        }
+    }
+    for (const auto& home : ambrel::homesElsewhere::all(user)) {
+        const auto isSame = [&](const Path& other) { return folders::areSame(other, home); };
+        if (std::ranges::none_of(homes, isSame)) homes.push_back(home);
+    }
+    std::erase_if(homes, [](const Path& home) { return !isRealFolder(home); });
+    std::ranges::sort(homes);
+    return homes;
+}
+
+std::optional<std::chrono::sys_seconds> lastUse(const Path& home) {
+    const auto log = paths::join(home, ambrel::InstanceLauncher::instanceLogName);
+    for (const auto& place : {log, home}) {
+        std::error_code code;
+        const auto time = std::filesystem::last_write_time(place, code);
+        if (code) continue;
+        return std::chrono::floor<std::chrono::seconds>(std::chrono::file_clock::to_sys(time));
+    }
+    return std::nullopt;
+}
+
+LeftoverHome described(const Path& home, Measure measure) {
+    return {.home = home,
+            .size = measure == Measure::yes ? sizeOfTree(home) : TreeSize{},
+            .lastUsed = lastUse(home)};
+}
+
+Path meantBy(const std::string& nameOrPath, const UserPlaces& user) {
+    const bool isName = nameOrPath.find('/') == std::string::npos && !nameOrPath.empty() &&
+                        !nameOrPath.starts_with('~');
+    return isName ? paths::join(usualFolder(user), nameOrPath) : usablePath(nameOrPath, user);
+}
+
+} // namespace
+
+std::vector<LeftoverHome> findLeftovers(const UserPlaces& user, Measure measure) {
+    std::vector<LeftoverHome> found;
+    const auto owners = findOwners(user);
+    for (const auto& home : candidates(user)) {
+        if (isUnused(home, owners, user)) found.push_back(described(home, measure));
+    }
+    return found;
+}
+
+LeftoverHome requireLeftover(const std::string& nameOrPath, const UserPlaces& user,
+                             Measure measure) {
+    const auto meant = meantBy(nameOrPath, user);
+    const auto homes = candidates(user);
+    const auto found = std::ranges::find_if(
+        homes, [&](const Path& home) { return folders::areSame(home, meant); });
+    if (found == homes.end() || !isRealFolder(meant)) {
+        throw Refusal(Kind::unknownHome, meant,
+                      ambrel::utf8::oneLine(meant) + " is no home that an instance left behind.",
+                      Remedy::listLeftovers);
+    }
+    requireUnused(*found, findOwners(user), user);
+    return described(*found, measure);
+}
+
+void removeLeftover(const LeftoverHome& leftover, const UserPlaces& user) {
+    const auto home = requireLeftover(leftover.home, user, Measure::no).home;
+    try {
+        fileSystem::removeTree(home);
+    } catch (const ambrel::FileError& error) {
+        throw Refusal(Kind::dataRemains, home,
+                      "Not all of " + ambrel::utf8::oneLine(home) + " could be deleted. " +
+                          error.description());
+    }
+    ambrel::homesElsewhere::forget(home, user);
+}
+
+} // namespace korvane
