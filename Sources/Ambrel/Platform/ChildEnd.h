@@ -3,6 +3,8 @@
 #include "Ambrel/Platform/ChildProcess.h"
 #include "Ambrel/Platform/OwnedFd.h"
 
+#include <chrono>
+
 namespace ambrel {
 
 /// The end of a child for an event loop: a descriptor that can be read, or has come to its end,
@@ -15,6 +17,9 @@ public:
 
     /// For waiting only; what became of the child is asked of the child.
     int descriptor() const noexcept { return fd_.get(); }
+
+    /// Blocks until the child has ended, at most for `limit`. Returns whether it has.
+    bool wait(std::chrono::milliseconds limit) const;
 
 private:
     OwnedFd fd_;

@@ -38,6 +38,8 @@ public:
         std::shared_ptr<const OwnedFd> standardOutput{}; ///< null: inherited
         std::shared_ptr<const OwnedFd> standardError{};  ///< null: inherited
         std::optional<std::string> processName{};        ///< argv[0]; absent: the executable's path
+        std::shared_ptr<const OwnedFd> standardInput{};  ///< null: inherited
+        bool ownSession = false; ///< away from this one's terminal; an ignored SIGHUP is not kept
     };
     /// Called once with the termination status, on a thread of its own.
     using TerminationHandler = std::function<void(int status)>;

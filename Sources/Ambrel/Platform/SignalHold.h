@@ -33,6 +33,9 @@ public:
     /// construction or since the last call is not missed.
     std::optional<ArrivedSignal> wait() const;
 
+    /// Has wait() return without a signal, now or when it is next called. For any thread.
+    void wake() const noexcept;
+
     bool hangUpIsIgnored() const noexcept { return hangUpIsIgnored_; }
 
 private:

@@ -1,6 +1,7 @@
 #include "Ambrel/Platform/ChildEnd.h"
 
 #include "Ambrel/Platform/FileError.h"
+#include "Ambrel/Platform/Posix/PollUntil.h"
 
 #include <cerrno>
 #include <sys/eventfd.h>
@@ -27,6 +28,11 @@ OwnedFd open(const ChildProcess& child) {
 
 ChildEnd::ChildEnd(const ChildProcess& child) : fd_(open(child)) {
     if (!fd_) throwFileError("watch", "process " + std::to_string(child.processIdentifier()));
+}
+
+bool ChildEnd::wait(std::chrono::milliseconds limit) const {
+    pollfd source{fd_.get(), POLLIN, 0};
+    return pollUntil(&source, 1, std::chrono::steady_clock::now() + limit) > 0;
 }
 
 } // namespace ambrel

@@ -53,14 +53,15 @@ FileWatch::FileWatch(const Path& folder, std::string name)
     }
 }
 
-FileWatch::Event FileWatch::wait(int output) {
+FileWatch::Event FileWatch::wait(int output, int stop) {
     while (true) {
-        pollfd sources[] = {{notifications_.get(), POLLIN, 0}, {output, 0, 0}};
-        if (::poll(sources, 2, -1) < 0) {
+        pollfd sources[] = {{notifications_.get(), POLLIN, 0}, {output, 0, 0}, {stop, POLLIN, 0}};
+        if (::poll(sources, 3, -1) < 0) {
             if (errno == EINTR) continue;
             throwFileError(std::string(action), name_);
         }
         if ((sources[1].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) return Event::outputClosed;
+        if (sources[2].revents != 0) return Event::stopped;
         if ((sources[0].revents & POLLIN) == 0) continue;
         if (const auto event = readEvents(notifications_.get(), name_)) return *event;
     }

@@ -46,7 +46,7 @@ public:
         if (folder) check(posix_spawn_file_actions_addchdir_np(&actions_, folder->c_str()));
     }
 
-    void resetSignals() {
+    void resetSignals(bool ownSession) {
         sigset_t defaults;
         sigset_t mask;
         sigfillset(&defaults);
@@ -54,11 +54,12 @@ public:
         struct sigaction hangUp {};
         sigaction(SIGHUP, nullptr, &hangUp);
         // "nohup" reaches through to the program.
-        if (hangUp.sa_handler == SIG_IGN) sigdelset(&defaults, SIGHUP);
+        if (hangUp.sa_handler == SIG_IGN && !ownSession) sigdelset(&defaults, SIGHUP);
         check(posix_spawnattr_setsigdefault(&attributes_, &defaults));
         check(posix_spawnattr_setsigmask(&attributes_, &mask));
-        check(
-            posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK));
+        const int session = ownSession ? POSIX_SPAWN_SETSID : 0;
+        const int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | session;
+        check(posix_spawnattr_setflags(&attributes_, static_cast<short>(flags)));
         check(keepOnlyStandardStreams(actions_, attributes_));
     }
 
@@ -190,10 +191,11 @@ void ChildProcess::launch() {
     requireNoNul({setup_.currentDirectory.value_or(Path())}, "the working directory", executable);
 
     SpawnPlan plan;
+    plan.useStream(setup_.standardInput, STDIN_FILENO);
     plan.useStream(setup_.standardOutput, STDOUT_FILENO);
     plan.useStream(setup_.standardError, STDERR_FILENO);
     plan.useFolder(setup_.currentDirectory);
-    plan.resetSignals();
+    plan.resetSignals(setup_.ownSession);
     const auto argv = pointersTo(arguments);
     const auto envp = pointersTo(environment);
     pid_t pid = -1;

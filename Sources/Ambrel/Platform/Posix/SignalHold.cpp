@@ -52,4 +52,7 @@ SignalHold::SignalHold() : hangUpIsIgnored_(isIgnored(SIGHUP)) {
     sigprocmask(SIG_BLOCK, &signals, nullptr);
 }
 
+// To wait() that is a child that may have ended, and to everybody else nothing.
+void SignalHold::wake() const noexcept { ::kill(::getpid(), SIGCHLD); }
+
 } // namespace ambrel
