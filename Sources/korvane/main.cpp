@@ -1,6 +1,7 @@
 #include "Ambrel/Base/Utf8.h"
 #include "korvane/CommandLine/CommandLine.h"
 #include "korvane/CommandLine/UsageError.h"
+#include "korvane/Output/Messages.h"
 #include "korvane/Output/Remedies.h"
 #include "korvane/Verbs/AllVerbs.h"
 
@@ -33,8 +34,7 @@ korvane::Surroundings surroundingsOfThisProcess() {
 }
 
 int report(const korvane::Surroundings& surroundings, const std::string& text, int status) {
-    const auto mark = surroundings.useColor ? "\033[31mkorvane:\033[0m " : "korvane: ";
-    std::cerr << mark << text << '\n';
+    korvane::complain(surroundings, text);
     return status;
 }
 

@@ -37,6 +37,35 @@ TEST_CASE("delete removes the bundle and says where the data stays") {
     CHECK(readFile(fixture.data) == "mine");
 }
 
+TEST_CASE("delete takes several names, looks at all first, and tries each") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    const auto other = manager.create({"command", "Other", aProgram});
+    const auto before = snapshot(manager.tmp.path());
+
+    manager.refusal({"delete", "Work", "Nobody"});
+    manager.refusal({"delete", "Work", "Other", "--data"}); // nobody can be asked
+    CHECK(snapshot(manager.tmp.path()) == before);
+
+    const auto done = manager.run({"delete", "Work", "Other", "Work", "--data", "--yes"});
+    CHECK(done.status == 0);
+    CHECK_FALSE(isThere(fixture.bundle));
+    CHECK_FALSE(isThere(other));
+}
+
+TEST_CASE("on a terminal delete --data asks for each of several") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    const auto other = manager.create({"command", "Other", aProgram});
+
+    const auto done = manager.runOnTerminal({"delete", "Work", "Other", "--data"}, "n\ny\n");
+
+    CHECK(done.status == 1);
+    CHECK(contains(done.output, "Nothing was deleted of \"Work\"."));
+    CHECK(isThere(fixture.bundle));
+    CHECK_FALSE(isThere(other));
+}
+
 TEST_CASE("delete --data removes the home too, and follows no link in it") {
     const Fixture fixture;
     const auto& manager = fixture.manager;

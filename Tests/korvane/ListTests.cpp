@@ -108,6 +108,7 @@ TEST_CASE("show tells the fields part by part, and none that is absent") {
               "menuBarIcon          true\n"
               "menuBarIconTemplate  false\n"
               "iconLabel            w (FFFFFF, bottom)\n"
+              "running              false\n"
               "desktopId            app.korvane.instance.work\n"
               "desktopEntry         " +
               (manager.home / ".local/share/applications/app.korvane.instance.work.desktop") +

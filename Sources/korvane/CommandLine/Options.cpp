@@ -74,6 +74,12 @@ CLI::Option* instanceName(CLI::App& app, std::string& value) {
     return taking(app, option->required(), {Takes::instance});
 }
 
+CLI::Option* instanceNames(CLI::App& app, std::vector<std::string>& values) {
+    auto* option = texts(app, "NAME", values, "The instances' names, or their bundles' paths");
+    option->expected(1, CLI::detail::expected_max_vector_size)->allow_extra_args();
+    return taking(app, option->required(), {Takes::instance});
+}
+
 CLI::Option* asJson(CLI::App& app, bool& value, const std::string& description) {
     return flag(app, "--json", value, description);
 }

@@ -48,6 +48,8 @@ CLI::Option* choice(CLI::App& app, const std::string& name, std::optional<std::s
 
 /// The word NAME that says which instance is meant.
 CLI::Option* instanceName(CLI::App& app, std::string& value);
+/// One or more such words.
+CLI::Option* instanceNames(CLI::App& app, std::vector<std::string>& values);
 /// "--json".
 CLI::Option* asJson(CLI::App& app, bool& value, const std::string& description = "Write JSON");
 

@@ -137,6 +137,9 @@ std::string command(const VerbDescription& verb) {
                        joined(namesOf(verb, false)) + "'\n        valued='" +
                        joined(namesOf(verb, true)) + "'\n";
     if (!words.empty()) text += "        words=(" + joined(words) + ")\n";
+    if (!words.empty() && verb.words.back().repeats) {
+        text += "        trailing='" + words.back() + "'\n";
+    }
     if (verb.rules.trailingAfter) text += "        trailing='file'\n";
     if (verb.rules.severalValues) text += "        several=yes\n";
     return text + "        ;;\n";

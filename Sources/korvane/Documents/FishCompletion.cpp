@@ -116,7 +116,9 @@ std::string linesFor(const VerbDescription& verb, const CompletionData& data) {
     int number = 0;
     for (const auto& word : verb.words) {
         const auto offered = offer(word.values, data.keys);
-        const auto question = "__korvane_word " + std::to_string(++number);
+        ++number;
+        const auto question =
+            word.repeats ? std::string("__korvane_is") : "__korvane_word " + std::to_string(number);
         if (offered.empty()) continue;
         text +=
             "complete -c korvane -n " + conditionFor(verb, data.verbs, question) + offered + "\n";

@@ -95,7 +95,9 @@ std::string optionList(const VerbDescription& verb, const std::string& about, Sh
 
 std::string verbHead(const VerbDescription& verb) {
     auto text = "korvane " + verb.name;
-    for (const auto& word : verb.words) text += " \\fI" + roff(word.name) + "\\fB";
+    for (const auto& word : verb.words) {
+        text += " \\fI" + roff(word.name) + "\\fB" + (word.repeats ? "..." : "");
+    }
     if (verb.rules.trailingAfter) text += " [\\-\\- \\fIARG\\fB ...]";
     return ".SS \"" + text + "\"\n";
 }

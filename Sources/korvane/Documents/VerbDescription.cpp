@@ -31,7 +31,8 @@ VerbDescription describe(const Verb& verb, const Surroundings& surroundings) {
     for (const auto* option : static_cast<const CLI::App&>(parser).get_options()) {
         if (option->get_positional()) {
             found.words.push_back(
-                {option->get_name(true), option->get_description(), parser.valuesOf(*option)});
+                {option->get_name(true), option->get_description(), parser.valuesOf(*option),
+                 option->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll});
         } else {
             found.options.push_back(optionFrom(parser, *option));
         }

@@ -23,6 +23,7 @@ struct WordDescription {
     std::string name; ///< in help
     std::string description;
     Values values{};
+    bool repeats = false;
 };
 
 /// One verb as its declaration tells it.

@@ -91,8 +91,9 @@ std::string arguments(const VerbDescription& verb, const std::vector<std::string
     for (const auto& option : verb.options) text += optionArguments(option, keys);
     int number = 0;
     for (const auto& word : verb.words) {
-        text += " \\\n            " + shellQuoted(std::to_string(++number) + ":" + word.name + ":" +
-                                                  actionFor(word.values, keys));
+        const auto place = word.repeats ? "*" : std::to_string(++number);
+        text += " \\\n            " +
+                shellQuoted(place + ":" + word.name + ":" + actionFor(word.values, keys));
     }
     if (verb.rules.trailingAfter) text += " \\\n            '*:argument:_files'";
     return text + "\n        ;;\n";

@@ -3,6 +3,7 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Instance/DesktopId.h"
 #include "Manager/Desktop/Registration.h"
+#include "Manager/Rules/MissingTarget.h"
 
 #include <ostream>
 
@@ -20,6 +21,16 @@ nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::User
     object["desktopId"] = ambrel::desktopId(record.config.bundleId);
     const auto entry = registration::findEntry(record, user);
     object["desktopEntry"] = entry ? nlohmann::json(text(entry->file)) : nlohmann::json();
+    return object;
+}
+
+nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user,
+                        const Running& running) {
+    auto object = instance(record, user);
+    const auto found = running.of(record);
+    object["running"] = !found.none();
+    if (!found.none()) object["processes"] = found.ids;
+    if (const auto missing = missingTarget(record, user)) object["missing"] = text(*missing);
     return object;
 }
 

@@ -3,6 +3,7 @@
 #include "Ambrel/Application/AppCatalog.h"
 #include "Ambrel/Instance/InstanceRegistry.h"
 #include "Manager/Programs/ProgramProfile.h"
+#include "Manager/Rules/Running.h"
 
 #include <iosfwd>
 #include <nlohmann/json.hpp>
@@ -14,6 +15,10 @@ namespace korvane::json {
 nlohmann::json bundle(const ambrel::Path& bundleURL);
 /// Without "desktopId" and "desktopEntry" on a system whose desktop has no entries of ours.
 nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
+/// The same with how it stands: "running", "processes" while it runs, and "missing", the path of
+/// what it opens where that is gone.
+nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user,
+                        const Running& running);
 nlohmann::json app(const ambrel::AppCatalog::InstalledApp& app);
 
 /// The profile that an instance was made with; null without one.

@@ -16,6 +16,11 @@ void warn(const Surroundings& surroundings, std::string_view line) {
     surroundings.messages << mark << line << '\n';
 }
 
+void complain(const Surroundings& surroundings, std::string_view text) {
+    const auto mark = surroundings.useColor ? "\033[31mkorvane:\033[0m " : "korvane: ";
+    surroundings.messages << mark << text << '\n';
+}
+
 std::string commandLine(std::string_view verb, const std::vector<std::string>& words) {
     std::string line = "korvane " + std::string(verb);
     for (const auto& word : words) {

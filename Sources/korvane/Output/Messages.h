@@ -13,6 +13,9 @@ void say(const Surroundings& surroundings, std::string_view line);
 /// The same, marked as a warning.
 void warn(const Surroundings& surroundings, std::string_view line);
 
+/// The same, as what did not succeed: "korvane: " in front.
+void complain(const Surroundings& surroundings, std::string_view text);
+
 /// "korvane VERB WORD…" as it can be typed. A word that begins with "-" gets "--" in front.
 std::string commandLine(std::string_view verb, const std::vector<std::string>& words);
 

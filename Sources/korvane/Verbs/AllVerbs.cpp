@@ -23,6 +23,7 @@
 #include "korvane/Verbs/RepairVerb.h"
 #include "korvane/Verbs/RunVerb.h"
 #include "korvane/Verbs/ShowVerb.h"
+#include "korvane/Verbs/StopVerb.h"
 #include "korvane/Verbs/UnadoptVerb.h"
 #include "korvane/Verbs/UnregisterVerb.h"
 
@@ -51,6 +52,7 @@ std::vector<Verb> allVerbs() {
         showVerb(),
         openVerb(),
         runVerb(),
+        stopVerb(),
         logsVerb(),
         editVerb(),
         migrateVerb(),

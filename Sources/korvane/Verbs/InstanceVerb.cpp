@@ -1,10 +1,30 @@
 #include "korvane/Verbs/InstanceVerb.h"
 
+#include "Ambrel/Base/Utf8.h"
+#include "Manager/Rules/InstanceLookup.h"
 #include "korvane/CommandLine/Options.h"
+#include "korvane/Output/Messages.h"
+#include "korvane/Output/Remedies.h"
+
+#include <algorithm>
 
 #include <memory>
 
 namespace korvane {
+
+using ambrel::InstanceRecord;
+
+namespace {
+
+/// The same bundle by two paths; a link to one is another thing, which goes alone.
+bool isSamePlace(const ambrel::Path& left, const ambrel::Path& right) {
+    const auto place = [](const ambrel::Path& path) {
+        return ambrel::Path(ambrel::paths::withoutTrailingSlashes(path));
+    };
+    return place(left) == place(right);
+}
+
+} // namespace
 
 Verb instanceVerb(std::string name, std::string summary, std::string example,
                   const std::function<int(const std::string&, const Surroundings&)>& action) {
@@ -16,6 +36,38 @@ Verb instanceVerb(std::string name, std::string summary, std::string example,
                 options::instanceName(app, *instance);
                 return [=, &surroundings](const auto&) { return action(*instance, surroundings); };
             }};
+}
+
+std::vector<InstanceRecord> requireInstances(const std::vector<std::string>& names,
+                                             const Surroundings& surroundings) {
+    std::vector<InstanceRecord> records;
+    for (const auto& name : names) {
+        auto record = requireInstance(name, surroundings.user);
+        const bool isKnown = std::ranges::any_of(records, [&](const InstanceRecord& other) {
+            return other == record || isSamePlace(other.bundleURL, record.bundleURL);
+        });
+        if (!isKnown) records.push_back(std::move(record));
+    }
+    return records;
+}
+
+int forEach(const std::vector<InstanceRecord>& records, const Surroundings& surroundings,
+            const std::function<void(const InstanceRecord&)>& action) {
+    int status = 0;
+    for (const auto& record : records) {
+        try {
+            action(record);
+        } catch (const Refusal& error) {
+            if (records.size() == 1) throw;
+            complain(surroundings, wholeText(error));
+            status = 1;
+        } catch (const std::exception& error) {
+            if (records.size() == 1) throw;
+            complain(surroundings, ambrel::utf8::oneLine(error.what()));
+            status = 1;
+        }
+    }
+    return status;
 }
 
 } // namespace korvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ambrel/Instance/InstanceRegistry.h"
 #include "korvane/CommandLine/Verb.h"
 
 namespace korvane {
@@ -8,5 +9,15 @@ namespace korvane {
 /// and returns the exit status.
 Verb instanceVerb(std::string name, std::string summary, std::string example,
                   const std::function<int(const std::string&, const Surroundings&)>& action);
+
+/// The instances that the words mean, each once, however often it is named. Throws as
+/// requireInstance() does for the first that means none.
+std::vector<ambrel::InstanceRecord> requireInstances(const std::vector<std::string>& names,
+                                                     const Surroundings& surroundings);
+
+/// Does `action` for each: what fails for one is told, and keeps no other from being tried. Returns
+/// the exit status, 1 where any failed. The failure of the only one is thrown on.
+int forEach(const std::vector<ambrel::InstanceRecord>& records, const Surroundings& surroundings,
+            const std::function<void(const ambrel::InstanceRecord&)>& action);
 
 } // namespace korvane

@@ -2,6 +2,8 @@
 
 #include "Ambrel/Instance/InstanceRegistry.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Rules/MissingTarget.h"
+#include "Manager/Rules/Running.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/ConfigText.h"
 #include "korvane/Output/JsonOutput.h"
@@ -18,19 +20,37 @@ using ambrel::InstanceRegistry;
 
 namespace {
 
+std::string goneWord(ambrel::ShortcutKind kind) {
+    if (kind == ambrel::ShortcutKind::app) return "application is gone";
+    return kind == ambrel::ShortcutKind::file ? "document is gone" : "command is gone";
+}
+
+/// Nothing where everything is as usual.
+std::string stateOf(const InstanceRecord& record, const Running& running,
+                    const ambrel::UserPlaces& user) {
+    std::string state = running.of(record).none() ? "" : "running";
+    if (!missingTarget(record, user)) return state;
+    return state + (state.empty() ? "" : ", ") + goneWord(record.config.kind);
+}
+
 void writeTable(const std::vector<InstanceRecord>& records, const Surroundings& surroundings) {
+    const auto running = Running::now(surroundings.user);
     Table table;
-    table.add({"NAME", "KIND", "OPENS", "BUNDLE"});
+    table.add({"NAME", "KIND", "STATE", "OPENS", "BUNDLE"});
     for (const auto& record : records) {
         table.add({record.config.displayName, std::string(rawValue(record.config.kind)),
-                   configText::subject(record.config), record.bundleURL});
+                   stateOf(record, running, surroundings.user), configText::subject(record.config),
+                   record.bundleURL});
     }
     table.write(surroundings.results);
 }
 
 void writeJson(const std::vector<InstanceRecord>& records, const Surroundings& surroundings) {
     auto array = nlohmann::json::array();
-    for (const auto& record : records) array.push_back(json::instance(record, surroundings.user));
+    const auto running = Running::now(surroundings.user);
+    for (const auto& record : records) {
+        array.push_back(json::instance(record, surroundings.user, running));
+    }
     json::write(array, surroundings.results);
 }
 

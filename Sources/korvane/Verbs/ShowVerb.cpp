@@ -4,6 +4,8 @@
 #include "Ambrel/Instance/InstanceRegistry.h"
 #include "Manager/Desktop/Registration.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/MissingTarget.h"
+#include "Manager/Rules/Running.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/ConfigText.h"
 #include "korvane/Output/JsonOutput.h"
@@ -22,6 +24,14 @@ void addPart(Table& table, const InstanceRecord& record, ConfigPart part) {
     for (const auto& [key, text] : configText::rows(record.config, part)) table.add({key, text});
 }
 
+void addState(Table& table, const InstanceRecord& record, const ambrel::UserPlaces& user) {
+    const auto running = Running::now(user).of(record);
+    std::string cell = running.none() ? "false" : "true";
+    if (!running.none()) cell += " (" + spokenProcesses(running.ids) + ")";
+    table.add({"running", cell});
+    if (const auto missing = missingTarget(record, user)) table.add({"missing", *missing});
+}
+
 void writeDetails(const InstanceRecord& record, const Surroundings& surroundings) {
     Table table;
     addPart(table, record, ConfigPart::name);
@@ -33,6 +43,7 @@ void writeDetails(const InstanceRecord& record, const Surroundings& surroundings
         addPart(table, record, part);
     }
     if (const auto icon = record.iconURL()) table.add({"icon", *icon});
+    addState(table, record, surroundings.user);
     if (registration::isOffered()) {
         table.add({"desktopId", ambrel::desktopId(record.config.bundleId)});
         const auto entry = registration::findEntry(record, surroundings.user);
@@ -58,7 +69,8 @@ Verb showVerb() {
                 return [given, &surroundings](const auto&) {
                     const auto record = requireInstance(given->name, surroundings.user);
                     if (given->asJson) {
-                        json::write(json::instance(record, surroundings.user),
+                        json::write(json::instance(record, surroundings.user,
+                                                   Running::now(surroundings.user)),
                                     surroundings.results);
                     } else {
                         writeDetails(record, surroundings);
