@@ -1,5 +1,7 @@
+#include "Ambrel/Platform/FileSystem.h"
 #include "Manager.h"
 #include "Support/Report.h"
+#include "Support/Waiting.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -12,11 +14,6 @@
 namespace korvane::test {
 
 namespace {
-
-Path makeFifo(const Path& path) {
-    REQUIRE(::mkfifo(path.c_str(), 0600) == 0);
-    return path;
-}
 
 /// Blocks until a program has opened the named pipe, written to it and closed it.
 std::string readFifo(const Path& fifo) { return readFile(fifo); }
@@ -83,6 +80,63 @@ TEST_CASE("open starts the wrapper in a session of its own and does not wait for
     REQUIRE(arguments.size() == 2);
     CHECK(arguments[0] == arguments[1]); // the runner leads its session
     CHECK(report.lines("fd").front() == "0 /dev/null");
+}
+
+TEST_CASE("open says what ended at once, with what it wrote") {
+    const Manager manager;
+    manager.installApp("Mail", "org.example.mail");
+    manager.create({"app", "App", "Mail", "--add-arg", "over"});
+    manager.create({"command", "Fails", "/bin/sh", "--", "-c", "echo why >&2; exit 9"});
+    manager.create({"command", "Fine", "/bin/echo", "--", "done"});
+
+    CHECK(says(manager.refusal({"open", "App"}), "\"App\" ended at once with status 0"));
+    CHECK(says(manager.refusal({"open", "App"}), "\n  over\n"));
+    CHECK(manager.refusal({"open", "Fails"}) ==
+          "korvane: \"Fails\" ended at once with status 9. It wrote:\n  why\n");
+    const auto fine = manager.run({"open", "Fine"});
+    CHECK(fine.status == 0);
+    CHECK(says(fine.error, "\"Fine\" has ended already, with status 0.\n"));
+    CHECK(says(fine.error, "korvane logs Fine\n"));
+}
+
+TEST_CASE("open takes several names, checks all first, and tries each") {
+    const Manager manager;
+    const auto mark = manager.tmp / "mark";
+    manager.create({"command", "Fails", "/bin/sh", "--", "-c", "exit 9"});
+    manager.create({"command", "Marks", "/bin/sh", "--", "-c", ">" + quoted(mark)});
+    manager.create({"command", "Gone", manager.tmp / "gone"});
+
+    manager.refusal({"open", "Marks", "Nobody"});
+    manager.refusal({"open", "Marks", "Gone"});
+    CHECK_FALSE(isThere(mark));
+
+    const auto done = manager.run({"open", "Fails", "Marks"});
+    CHECK(done.status == 1);
+    CHECK(says(done.error, "korvane: \"Fails\" ended at once with status 9.\n"));
+    CHECK(says(done.error, "\"Marks\" has ended already"));
+    CHECK(isThere(mark));
+}
+
+TEST_CASE("neither open nor run makes a home or a log for a document") {
+    const Manager manager;
+    const auto opener =
+        writeScript(manager.tmp / "opener", "echo shown; echo no handler >&2; exit $(cat " +
+                                                (manager.tmp / "status") + ")");
+    manager.result(
+        {"create", "file", "Paper", writeFile(manager.tmp / "paper"), "--runner", opener});
+    ambrel::fileSystem::removeTree(manager.instanceHome("Paper"));
+
+    writeFile(manager.tmp / "status", "0");
+    const auto opened = manager.run({"open", "Paper"});
+    CHECK(opened.status == 0);
+    CHECK(opened.error == "Opened \"Paper\".\n");
+    CHECK(manager.run({"run", "Paper"}).output == "shown\n"); // inherited
+    writeFile(manager.tmp / "status", "4");
+    CHECK(manager.refusal({"open", "Paper"}) ==
+          "korvane: \"Paper\" ended at once with status 4. It wrote:\n  no handler\n");
+
+    CHECK_FALSE(isThere(manager.instanceHome("Paper")));
+    CHECK(says(manager.refusal({"logs", "Paper"}), "opened by another program"));
 }
 
 TEST_CASE("open refuses what could only fail unseen") {

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Ambrel/Base/Path.h"
-#include "Ambrel/Platform/OwnedFd.h"
+#include "Ambrel/Platform/ChildProcess.h"
 
 #include <memory>
 #include <string>
@@ -9,12 +8,12 @@
 
 namespace ambrel {
 
-/// Starts the program at `executable` (absolute) in a session of its own, with the standard streams
-/// on /dev/null (standard error on `standardError` where that is not null) and this process's
-/// environment and working directory. It lives on when this process or its terminal ends. Throws
-/// ChildProcessError when it cannot be started.
-void launchDetached(const Path& executable,
-                    const std::shared_ptr<const OwnedFd>& standardError = {},
-                    const std::vector<std::string>& arguments = {});
+/// Starts the program at `executable` (absolute) with `arguments` behind its name, in a session of
+/// its own, with the standard streams on /dev/null (standard error on `standardError` where that is
+/// not null) and this process's environment and working directory.
+/// It lives on when this process or its terminal ends, and when the returned object goes, which is
+/// for watching it alone. Throws ChildProcessError when it cannot be started.
+ChildProcess launchDetached(const Path& executable, std::vector<std::string> arguments = {},
+                            const std::shared_ptr<const OwnedFd>& standardError = {});
 
 } // namespace ambrel

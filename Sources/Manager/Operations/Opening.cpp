@@ -5,11 +5,15 @@
 #include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Launch/LaunchCheck.h"
 #include "Ambrel/Launch/OpenedItems.h"
+#include "Ambrel/Platform/ChildEnd.h"
 #include "Ambrel/Platform/DetachedProcess.h"
+#include "Ambrel/Platform/FileError.h"
+#include "Ambrel/Platform/OutputFile.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/Running.h"
 
 #include <algorithm>
 
@@ -18,8 +22,10 @@ namespace korvane {
 using ambrel::InstanceRecord;
 using ambrel::LaunchError;
 using ambrel::LaunchObstacle;
+using ambrel::OutputFile;
 using ambrel::Path;
 using ambrel::ResolvedInstance;
+using ambrel::ShortcutKind;
 using ambrel::UserPlaces;
 namespace {
 
@@ -69,8 +75,8 @@ void requireNone(const std::optional<LaunchObstacle>& obstacle, const InstanceRe
                   isDamage ? Remedy::createAgain : Remedy::none);
 }
 
-/// What opens a document needs no home, but its complaints are kept there. Without one they go
-/// nowhere, which is no reason not to open it.
+/// An application and a command start without a home too, and say why they do not. Without one
+/// their complaints go nowhere else than to whoever starts them.
 void tryMakeHome(const InstanceRecord& record, const UserPlaces& user) noexcept {
     try {
         ambrel::NewFolders folders;
@@ -102,6 +108,79 @@ Path requireRunner(const InstanceRecord& record) {
     return ambrel::BundleLayout{record.bundleURL}.runner();
 }
 
+/// What the start is to write to: the log, so that it is found there later, where there is one.
+std::optional<OutputFile> tryOpenOutput(const InstanceRecord& record, const UserPlaces& user) {
+    const auto home = usableHome(record.config, user);
+    if (home && record.config.kind != ShortcutKind::file) {
+        try {
+            return OutputFile::appendingTo(
+                ambrel::paths::join(*home, ambrel::InstanceLauncher::instanceLogName));
+        } catch (const ambrel::FileError&) {
+            // As the launcher does: a program runs without its log too.
+        }
+    }
+    try {
+        return OutputFile::unnamed();
+    } catch (const ambrel::FileError&) {
+        return std::nullopt; // nothing can be told of a failure but its status
+    }
+}
+
+/// The last lines of `text`, each safe to show.
+std::vector<std::string> lastLines(std::string_view text) {
+    constexpr std::size_t mostLines = 10;
+    std::vector<std::string> lines;
+    while (!text.empty() && lines.size() < mostLines) {
+        const auto end = text.find_last_not_of('\n');
+        if (end == std::string_view::npos) break;
+        text = text.substr(0, end + 1);
+        const auto start = text.rfind('\n') + 1; // 0 where there is none
+        lines.push_back(ambrel::utf8::oneLine(text.substr(start)));
+        text = text.substr(0, start);
+    }
+    std::ranges::reverse(lines);
+    return lines;
+}
+
+/// One start, from before it to the end of the look at it.
+class Start {
+public:
+    Start(const InstanceRecord& record, const UserPlaces& user)
+        : record_(record), user_(user), ranBefore_(runs()), output_(tryOpenOutput(record, user)) {}
+
+    Opened run(const Path& runner, const std::vector<std::string>& arguments,
+               std::chrono::milliseconds looking) {
+        const auto child =
+            ambrel::launchDetached(runner, arguments, output_ ? output_->descriptor() : nullptr);
+        const bool isDocument = record_.config.kind == ShortcutKind::file;
+        if (!ambrel::ChildEnd(child).wait(looking)) {
+            return isDocument ? Opened::handedOn : Opened::runs;
+        }
+        const int status = child.terminationStatus();
+        if (status != 0) throw endedAtOnce("ended at once with status " + std::to_string(status));
+        if (isDocument) return Opened::handedOn;
+        if (runs()) return ranBefore_ ? Opened::ranAlready : Opened::runs;
+        if (record_.config.kind == ShortcutKind::command) return Opened::ended;
+        throw endedAtOnce("ended at once with status 0, and nothing of it runs: it may have handed "
+                          "over to a copy of its program that runs outside the instance");
+    }
+
+private:
+    bool runs() const { return !Running::now(user_).of(record_).none(); }
+
+    Refusal endedAtOnce(const std::string& what) const {
+        constexpr std::size_t enoughForLines = 65536;
+        return {Refusal::Kind::endedAtOnce, nameFor(record_, user_),
+                inQuotes(record_.config.displayName) + " " + what + ".", Remedy::none,
+                output_ ? lastLines(output_->written(enoughForLines)) : std::vector<std::string>()};
+    }
+
+    const InstanceRecord& record_;
+    const UserPlaces& user_;
+    bool ranBefore_;
+    std::optional<OutputFile> output_;
+};
+
 } // namespace
 
 Path prepareRun(const InstanceRecord& record, const UserPlaces& user) {
@@ -115,16 +194,12 @@ void requireOpenable(const InstanceRecord& record, const UserPlaces& user) {
     requireNone(ambrel::findLaunchObstacle(ResolvedInstance::of(record.config, user)), record);
 }
 
-void open(const InstanceRecord& record, const UserPlaces& user,
-          const std::vector<std::string>& words) {
-    const auto arguments = requireArguments(record, words);
+Opened open(const InstanceRecord& record, const UserPlaces& user, const OpenRequest& request) {
+    const auto arguments = requireArguments(record, request.words);
     requireOpenable(record, user);
     const auto runner = prepareRun(record, user);
-    // Nobody watches the runner's own messages: they go where the instance's are looked for.
-    tryMakeHome(record, user);
-    const auto home = usableHome(record.config, user);
-    const auto log = home ? ambrel::InstanceLauncher::instanceLogHandle(*home) : nullptr;
-    ambrel::launchDetached(runner, log, arguments);
+    if (record.config.kind != ShortcutKind::file) tryMakeHome(record, user);
+    return Start(record, user).run(runner, arguments, request.looking);
 }
 
 } // namespace korvane

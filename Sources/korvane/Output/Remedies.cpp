@@ -104,6 +104,9 @@ std::string wholeText(const Refusal& refusal) {
     const bool isOnDesktop =
         refusal.kind == Refusal::Kind::entryTaken && refusal.remedy == Remedy::chooseIdentifier;
     if (isOnDesktop) return refusal.sentence() + " Choose another identifier with --bundle-id.";
+    if (refusal.kind == Refusal::Kind::endedAtOnce && !refusal.alternatives.empty()) {
+        return listed(refusal.sentence() + " It wrote:", refusal.alternatives);
+    }
     return joined(refusal.sentence(),
                   remedyText(refusal.remedy, refusal.subject, refusal.alternatives));
 }

@@ -5,6 +5,7 @@
 #include "Manager/Rules/InstanceLookup.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/Messages.h"
+#include "korvane/Verbs/InstanceVerb.h"
 
 #include <memory>
 
@@ -12,29 +13,51 @@ namespace korvane {
 
 namespace {
 
-int openInstance(const std::string& name, const std::vector<std::string>& words,
-                 const Surroundings& surroundings) {
-    const auto record = requireInstance(name, surroundings.user);
-    open(record, surroundings.user, words);
-    say(surroundings, "Opened " + inQuotes(record.config.displayName) + ".");
-    if (record.config.kind != ambrel::ShortcutKind::file) {
-        say(surroundings, "See what it writes with: " +
-                              commandLine("logs -f", {nameFor(record, surroundings.user)}));
+std::string sentenceOn(Opened opened, const std::string& name) {
+    switch (opened) {
+    case Opened::runs:
+    case Opened::handedOn:
+        break;
+    case Opened::ranAlready:
+        return name + " is running already, and was told.";
+    case Opened::ended:
+        return name + " has ended already, with status 0.";
     }
-    return 0;
+    return "Opened " + name + ".";
+}
+
+void openInstance(const ambrel::InstanceRecord& record, const std::vector<std::string>& words,
+                  const Surroundings& surroundings) {
+    const auto opened = open(record, surroundings.user, {.words = words});
+    say(surroundings, sentenceOn(opened, inQuotes(record.config.displayName)));
+    if (opened == Opened::handedOn) return;
+    const bool isOver = opened == Opened::ended;
+    const auto command =
+        commandLine(isOver ? "logs" : "logs -f", {nameFor(record, surroundings.user)});
+    say(surroundings,
+        (isOver ? "See what it wrote with: " : "See what it writes with: ") + command);
+}
+
+int openInstances(const std::vector<std::string>& names, const std::vector<std::string>& words,
+                  const Surroundings& surroundings) {
+    const auto records = requireInstances(names, surroundings);
+    for (const auto& record : records) requireOpenable(record, surroundings.user);
+    return forEach(records, surroundings,
+                   [&](const auto& record) { openInstance(record, words, surroundings); });
 }
 
 } // namespace
 
 Verb openVerb() {
     return {"open",
-            "Start an instance and leave it running.",
-            {"korvane open Work", "korvane open Work -- letter.txt https://example.org/"},
+            "Start instances and leave them running.",
+            {"korvane open Work", "korvane open Work Private",
+             "korvane open Work -- letter.txt https://example.org/"},
             [](CLI::App& app, const Surroundings& surroundings) -> Action {
-                const auto instance = std::make_shared<std::string>();
-                options::instanceName(app, *instance);
-                return [=, &surroundings](const std::vector<std::string>& words) {
-                    return openInstance(*instance, words, surroundings);
+                const auto names = std::make_shared<std::vector<std::string>>();
+                options::instanceNames(app, *names);
+                return [names, &surroundings](const std::vector<std::string>& words) {
+                    return openInstances(*names, words, surroundings);
                 };
             },
             {.trailingAfter = 1}};

@@ -1,7 +1,9 @@
 #include "Manager/Operations/Opening.h"
 
-#include "Scene.h"
+#include "Manager/Rules/InstanceLookup.h"
+#include "RunningScene.h"
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace korvane::test {
@@ -85,6 +87,144 @@ TEST_CASE("a command whose folder is not there is not opened") {
 
     CHECK(refusal.kind == Kind::notLaunchable);
     CHECK(refusal.subject == "/nowhere");
+}
+
+namespace {
+
+/// A scene whose user is also the one of the programs that are started.
+struct Openable : RunningScene {
+    ScopedVariable variable{"CFFIXED_USER_HOME", home.path()};
+
+    /// Looks until the start has ended.
+    Opened opened(const ambrel::InstanceRecord& record) const {
+        return open(record, user, {.looking = std::chrono::hours(1)});
+    }
+    Refusal refused(const ambrel::InstanceRecord& record) const {
+        auto refusal = expectThrow<Refusal>([&] { opened(record); });
+        CHECK(refusal.kind == Kind::endedAtOnce);
+        CHECK(refusal.subject == nameFor(record, user));
+        CHECK(isOneLine(refusal.sentence()));
+        return refusal;
+    }
+    /// A document, with a script in the runner's place.
+    ambrel::InstanceRecord document(const std::string& script) const {
+        auto wanted = request();
+        wanted.kind = ShortcutKind::file;
+        wanted.commandPath.clear();
+        wanted.openPath = writeFile(home / "paper");
+        wanted.runner = writeScript(tmp / "script", script);
+        auto record = make(wanted).record;
+        ambrel::fileSystem::removeTree(homeOf());
+        return record;
+    }
+};
+
+} // namespace
+
+TEST_CASE("what still runs after the look at it is opened, and runs on") {
+    const Openable scene;
+    const auto ready = makeFifo(scene.tmp / "ready");
+    const auto go = makeFifo(scene.tmp / "go");
+    const auto record =
+        scene.made("Work", "echo $PPID >" + quoted(ready) + "; read x <" + quoted(go));
+
+    CHECK(open(record, scene.user, {.looking = std::chrono::milliseconds(0)}) == Opened::runs);
+
+    const auto runner = std::stoi(readFile(ready));
+    CHECK(Running::now(scene.user).of(record).heads == Ids{runner});
+    writeFile(go, "x\n");
+    int status = 0;
+    CHECK(::waitpid(runner, &status, 0) == runner);
+}
+
+TEST_CASE("a command that has ended has done what it was to do, or is told with its last lines") {
+    const Openable scene;
+    writeFile(scene.logOf(), "of an earlier start\n");
+
+    CHECK(scene.opened(scene.made("Fine", "echo out")) == Opened::ended);
+    const auto refusal = scene.refused(scene.made(
+        "Work", "for n in 1 2 3 4 5 6 7 8 9 10 11; do echo line $n; done; printf 'a\\033b\\n\\n' "
+                ">&2; exit 3"));
+
+    CHECK(refusal.sentence() == "\"Work\" ended at once with status 3.");
+    REQUIRE(refusal.alternatives.size() == 10);
+    CHECK(refusal.alternatives.front() == "line 3");
+    CHECK(refusal.alternatives.back() == "a\\u{1B}b");
+    const auto few = scene.refused(scene.made("Few", "echo only this; exit 4"));
+    CHECK(few.alternatives == Strings{"only this"});
+}
+
+TEST_CASE("a runner that fails by itself is told in its own words") {
+    const Openable scene;
+    const auto record = scene.made();
+    writeFile(record.bundleURL + "/Contents/Resources/instance.json", "{");
+
+    const auto refusal = scene.refused(record);
+
+    REQUIRE(refusal.alternatives.size() == 1);
+    CHECK(beginsWith(refusal.alternatives.front(), "runner: unreadable instance.json"));
+}
+
+TEST_CASE("an application of which nothing runs any more was not opened, whatever its status") {
+    const Openable scene;
+
+    const auto handedOver = scene.refused(scene.madeOfApp("echo over to you; exit 0"));
+
+    CHECK(contains(handedOver.sentence(), "status 0"));
+    CHECK(contains(handedOver.sentence(), "handed over"));
+    CHECK(handedOver.alternatives == Strings{"over to you"});
+}
+
+TEST_CASE("a launcher that leaves its program running has opened it") {
+    const Openable scene;
+    const auto ready = makeFifo(scene.tmp / "ready");
+    const auto go = makeFifo(scene.tmp / "go");
+    const auto record =
+        scene.madeOfApp("sh -c 'echo $$ >" + ready + "; read x <" + go + "' & read x <" + ready);
+
+    CHECK(scene.opened(record) == Opened::runs);
+
+    CHECK(scene.runs(record).size() == 1);
+    writeFile(go, "x\n");
+}
+
+TEST_CASE("a second start that hands over to the instance's own copy is told as that") {
+    const Openable scene;
+    const auto record = scene.madeOfApp("exit 0");
+    const Waiting copy({{"HOME", scene.homeOf()}});
+
+    CHECK(scene.opened(record) == Opened::ranAlready);
+}
+
+TEST_CASE("a document is opened when its opener says so, and leaves neither home nor log") {
+    const Openable scene;
+
+    CHECK(scene.opened(scene.document("exit 0")) == Opened::handedOn);
+
+    CHECK_FALSE(isThere(scene.homeOf()));
+}
+
+TEST_CASE("an opener that fails is told with what it wrote") {
+    const Openable scene;
+
+    const auto refusal = scene.refused(scene.document("echo nowhere; echo no handler >&2; exit 4"));
+
+    CHECK(refusal.alternatives == Strings{"no handler"});
+    CHECK_FALSE(isThere(scene.homeOf()));
+}
+
+TEST_CASE("what is to be opened reaches the runner byte for byte") {
+    const Openable scene;
+    auto wanted = scene.request();
+    wanted.runner = writeScript(scene.tmp / "script", "printf '<%s>' \"$@\" >&2; exit 5");
+    const auto record = scene.make(wanted).record;
+
+    const auto refusal = expectThrow<Refusal>([&] {
+        open(record, scene.user,
+             {.words = {"/-- a", "x:b  $x", "/\"'"}, .looking = std::chrono::hours(1)});
+    });
+
+    CHECK(refusal.alternatives == Strings{"<--open></-- a><x:b  $x></\"'>"});
 }
 
 } // namespace korvane::test
