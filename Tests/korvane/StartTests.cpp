@@ -42,6 +42,84 @@ TEST_CASE("run shows what the runner says, and nothing of its own") {
           "the runner's web host\n");
 }
 
+TEST_CASE("run shows what the program writes now, byte for byte, and the log keeps it") {
+    const Manager manager;
+    manager.create({"command", "Work", "/bin/sh", "--", "-c",
+                    "printf 'a\\0\\377'; echo err >&2; printf 'no end'; exit 3"});
+
+    const auto first = manager.run({"run", "Work"});
+    const auto second = manager.run({"run", "Work"});
+
+    const std::string bytes = std::string("a\0\xff", 3) + "err\nno end";
+    CHECK(first.status == 3);
+    CHECK(first.output == bytes);
+    CHECK(first.error.empty());
+    CHECK(second.output == bytes);
+    CHECK(manager.result({"logs", "Work"}) == bytes + bytes);
+}
+
+TEST_CASE("run shows what is written while the program runs, and loses nothing of much") {
+    const Manager manager;
+    const auto go = makeFifo(manager.tmp / "go");
+    manager.create({"command", "Work", "/bin/sh", "--", "-c",
+                    "echo first; read x <" + quoted(go) + "; seq 100000"});
+    const auto out = makeFifo(manager.tmp / "out");
+    auto setup = manager.setup({"run", "Work"});
+    setup.command[2] = "exec \"$@\" </dev/null >" + quoted(out);
+
+    RunningProgram program(setup);
+    std::ifstream lines(out);
+    std::string line;
+    std::getline(lines, line);
+    CHECK(line == "first"); // the program still waits
+    writeFile(go, "x\n");
+    int expected = 0;
+    while (std::getline(lines, line)) {
+        if (line != std::to_string(++expected)) break;
+    }
+
+    CHECK(expected == 100000);
+    CHECK(program.wait().status == 0);
+}
+
+TEST_CASE("a program is not harmed when nobody reads what run shows") {
+    const Manager manager;
+    const auto go = makeFifo(manager.tmp / "go");
+    manager.create({"command", "Work", "/bin/sh", "--", "-c",
+                    "echo first; read x <" + quoted(go) + "; seq 100000; exit 6"});
+    const auto out = makeFifo(manager.tmp / "out");
+    auto setup = manager.setup({"run", "Work"});
+    setup.command[2] = "exec \"$@\" </dev/null >" + quoted(out);
+
+    RunningProgram program(setup);
+    {
+        std::ifstream lines(out);
+        std::string line;
+        std::getline(lines, line);
+    }
+    writeFile(go, "x\n");
+
+    CHECK(program.wait().status == 6);
+    CHECK(manager.result({"logs", "Work"}).ends_with("\n100000\n"));
+    setup.command[2] = "exec \"$@\" </dev/null >&-";
+    RunningProgram closed(setup);
+    writeFile(go, "x\n");
+    CHECK(closed.wait().status == 6);
+}
+
+TEST_CASE("run does not write into the log what it reads there") {
+    const Manager manager;
+    manager.create({"command", "Work", "/bin/echo", "--", "one"});
+    manager.run({"run", "Work"});
+    const auto log = manager.instanceHome("Work") + "/korvane-instance.log";
+    auto setup = manager.setup({"run", "Work"});
+    setup.command[2] = "exec \"$@\" </dev/null >>" + quoted(log);
+
+    CHECK(run(setup).status == 0);
+
+    CHECK(readFile(log) == "one\none\n");
+}
+
 TEST_CASE("a signal that ends run reaches the program") {
     const Manager manager;
     const auto fifo = makeFifo(manager.tmp / "fifo");
