@@ -160,7 +160,8 @@ TEST_CASE("a home that has gone is prepared again before the start") {
         fixture.create();
         REQUIRE(run({"/bin/rm", "-r", fixture.home}).status == 0);
 
-        CHECK(fixture.manager.run({verb, "Work"}).status == 0);
+        // The program has nothing to show and ends at once, which "open" takes for a failure.
+        CHECK(fixture.manager.run({verb, "Work"}).status == (verb == "open" ? 1 : 0));
 
         CHECK(modeOf(fixture.home) == 0700);
         CHECK(isRealFolder(fixture.home + "/FirefoxProfile"));

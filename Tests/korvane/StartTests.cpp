@@ -211,7 +211,8 @@ TEST_CASE("neither open nor run makes a home or a log for a document") {
     CHECK(manager.run({"run", "Paper"}).output == "shown\n"); // inherited
     writeFile(manager.tmp / "status", "4");
     CHECK(manager.refusal({"open", "Paper"}) ==
-          "korvane: \"Paper\" ended at once with status 4. It wrote:\n  no handler\n");
+          "korvane: \"Paper\" was not opened: its opener ended with status 4. It wrote:\n"
+          "  no handler\n");
 
     CHECK_FALSE(isThere(manager.instanceHome("Paper")));
     CHECK(says(manager.refusal({"logs", "Paper"}), "opened by another program"));

@@ -157,7 +157,11 @@ public:
             return isDocument ? Opened::handedOn : Opened::runs;
         }
         const int status = child.terminationStatus();
-        if (status != 0) throw endedAtOnce("ended at once with status " + std::to_string(status));
+        if (status != 0) {
+            const auto what = isDocument ? "was not opened: its opener ended with status "
+                                         : "ended at once with status ";
+            throw endedAtOnce(what + std::to_string(status));
+        }
         if (isDocument) return Opened::handedOn;
         if (runs()) return ranBefore_ ? Opened::ranAlready : Opened::runs;
         if (record_.config.kind == ShortcutKind::command) return Opened::ended;

@@ -125,10 +125,15 @@ std::optional<std::size_t> Running::runnerAbove(const Known& known) const {
 bool Running::belongs(const Known& known, const Signs& signs) const {
     const auto& process = known.process;
     if (process.id == ambrel::ownProcessId()) return false;
-    if (known.runner) return signs.isRunnerOf(processes_[*known.runner].process);
-    if (!process.isUsers) return false;
+    const auto* above = known.runner ? &processes_[*known.runner].process : nullptr;
+    if (above != nullptr && signs.isRunnerOf(*above)) return true;
+    // One that was removed may be from before this bundle was made, and tells nothing.
+    const bool isOthers = above != nullptr && !above->executable->isRemoved;
+    const bool isOthersRunner = isOthers && above == &process;
+    if (!process.isUsers || isOthersRunner) return false;
     if (signs.isLogOf(process)) return true;
-    return !isAnyLog(process.output) && !isAnyLog(process.error) && signs.isHomeOf(known);
+    const bool hasOthersLog = isAnyLog(process.output) || isAnyLog(process.error);
+    return !isOthers && !hasOthersLog && signs.isHomeOf(known);
 }
 
 /// Whether it is another run of this program that has started a runner of the instance.

@@ -23,9 +23,10 @@ struct RunningProcesses {
 /// To an instance belong its runner, the `korvane open` or `korvane run` that waits for this, what
 /// descends from the runner, and every process of this user whose standard output or error is the
 /// instance's log, or whose HOME is the instance's home. A home that is or contains the user's own
-/// tells nothing, and neither does an environment that cannot be read. What descends from the
-/// runner of another instance, or has that one's log, belongs to that one alone: it may have been
-/// started out of this one. This process belongs to none.
+/// tells nothing, and neither does an environment that cannot be read. What is
+/// another instance's runner, descends from one, or writes into another log, does not belong to an
+/// instance by its home alone: it may have been started out of this one, as the other's runner with
+/// this one's log too. This process belongs to none.
 class Running {
 public:
     static Running now(const ambrel::UserPlaces& user);

@@ -7,6 +7,7 @@
 #include "Support/TempDir.h"
 
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <fstream>
 #include <future>
@@ -70,9 +71,10 @@ TEST_CASE("a file that is not there yet or was begun anew is handed on from its 
     CHECK(scene.read(6) == "first\n");
     writeFile(scene.file, "2\n");
     CHECK(scene.read(2) == "2\n");
-    REQUIRE(::unlink(scene.file.c_str()) == 0);
-    scene.append("another file\n");
-    CHECK(scene.read(13) == "another file\n");
+    writeFile(scene.tmp / "another", "another file\n"); // longer, and there in one step
+    REQUIRE(::rename((scene.tmp / "another").c_str(), scene.file.c_str()) == 0);
+    Followed::finish(follower);
+    CHECK(scene.pipe.readToEnd() == "another file\n");
 }
 
 TEST_CASE("a writer does not wait for a slow reader, and nothing is lost") {

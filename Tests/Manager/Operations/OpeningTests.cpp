@@ -139,8 +139,6 @@ TEST_CASE("what still runs after the look at it is opened, and runs on") {
 
 TEST_CASE("a command that has ended has done what it was to do, or is told with its last lines") {
     const Openable scene;
-    writeFile(scene.logOf(), "of an earlier start\n");
-
     CHECK(scene.opened(scene.made("Fine", "echo out")) == Opened::ended);
     const auto refusal = scene.refused(scene.made(
         "Work", "for n in 1 2 3 4 5 6 7 8 9 10 11; do echo line $n; done; printf 'a\\033b\\n\\n' "
@@ -150,6 +148,7 @@ TEST_CASE("a command that has ended has done what it was to do, or is told with 
     REQUIRE(refusal.alternatives.size() == 10);
     CHECK(refusal.alternatives.front() == "line 3");
     CHECK(refusal.alternatives.back() == "a\\u{1B}b");
+    writeFile(scene.logOf("Few"), "of an earlier start\n");
     const auto few = scene.refused(scene.made("Few", "echo only this; exit 4"));
     CHECK(few.alternatives == Strings{"only this"});
 }

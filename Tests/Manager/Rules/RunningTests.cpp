@@ -146,6 +146,19 @@ TEST_CASE("an instance that was started out of another one belongs to itself alo
     writeFile(go, "x\n");
 }
 
+TEST_CASE("what writes into the log belongs to the instance, whatever runner it descends from") {
+    Started scene;
+    const auto moved = scene.tmp / "Elsewhere.app";
+    ambrel::fileSystem::move(scene.record.bundleURL, moved);
+
+    // Another one has come to its place by now, as after the bundle was put into the trash.
+    const auto again = scene.made();
+
+    CHECK(scene.runs(again) == Ids{scene.command});
+    ambrel::fileSystem::removeTree(moved);
+    CHECK(scene.runs(again) == Ids{scene.command});
+}
+
 TEST_CASE("a process of another user's does not belong to an instance by its home") {
     const RunningScene scene;
     const auto work = scene.made();

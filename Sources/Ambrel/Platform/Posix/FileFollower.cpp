@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <fcntl.h>
 #include <mutex>
 #include <poll.h>
@@ -35,8 +36,10 @@ bool handOn(int output, const char* bytes, std::size_t size) {
     return true;
 }
 
-/// Where a regular file was left, and which it was.
+/// Where a regular file was left, and which it was: held open, so that no other is given its
+/// number.
 struct Position {
+    OwnedFd file;
     dev_t device = 0;
     ino_t number = 0;
     off_t offset = 0;
@@ -49,8 +52,9 @@ struct FileFollower::State {
     State(const Path& folder, const std::string& name, int theOutput)
         : watch(folder, name), file(paths::join(folder, name)), output(theOutput),
           stop(Pipe::make()) {
-        const auto [opened, status] = open();
-        if (opened) position = {status.st_dev, status.st_ino, status.st_size};
+        auto [opened, status] = open();
+        if (!opened) return;
+        position = {std::move(opened), status.st_dev, status.st_ino, status.st_size};
     }
 
     /// The file, where it is a regular one and not the output itself.
@@ -68,17 +72,17 @@ struct FileFollower::State {
 
     /// Hands on what the file holds now. False when nobody takes it any more.
     bool copy() {
-        const auto [fd, status] = open();
+        auto [fd, status] = open();
         if (!fd) return true;
-        const bool isSame = status.st_dev == position.device && status.st_ino == position.number;
-        if (!isSame || status.st_size < position.offset) position.offset = 0;
-        position.device = status.st_dev;
-        position.number = status.st_ino;
+        const bool isSame =
+            position.file && status.st_dev == position.device && status.st_ino == position.number;
+        const bool isFromStart = !isSame || status.st_size < position.offset;
+        position = {std::move(fd), status.st_dev, status.st_ino, isFromStart ? 0 : position.offset};
         std::array<char, 65536> buffer{};
         while (position.offset < status.st_size) {
             const auto most = std::min<off_t>(status.st_size - position.offset, buffer.size());
             const auto count = retryInterrupted([&] {
-                return ::pread(fd.get(), buffer.data(), static_cast<std::size_t>(most),
+                return ::pread(position.file.get(), buffer.data(), static_cast<std::size_t>(most),
                                position.offset);
             });
             if (count <= 0) return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <limits>
@@ -13,10 +14,10 @@ inline int pollUntil(pollfd* sources, nfds_t count,
     using std::chrono::milliseconds;
     while (true) {
         // Rounded up: a wait that ends early would be begun again and again.
-        const auto left =
-            std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now()).count();
-        constexpr long long longest = std::numeric_limits<int>::max();
-        const auto timeout = static_cast<int>(left < 0 ? 0 : left < longest ? left : longest);
+        const auto left = deadline - std::chrono::steady_clock::now();
+        const auto rounded = std::chrono::ceil<milliseconds>(left).count();
+        constexpr milliseconds::rep longest = std::numeric_limits<int>::max();
+        const auto timeout = static_cast<int>(std::clamp<milliseconds::rep>(rounded, 0, longest));
         const int found = ::poll(sources, count, timeout);
         if (found >= 0 || errno != EINTR) return found;
     }
