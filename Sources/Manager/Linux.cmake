@@ -24,6 +24,7 @@ target_sources(KorvaneManager PRIVATE
     Programs/Linux/ProgramFolders.cpp
     Programs/Linux/ProgramList.cpp
     Programs/Linux/ProgramTraits.cpp
+    Programs/Linux/Terminal.cpp
 )
 
 find_package(PkgConfig REQUIRED)

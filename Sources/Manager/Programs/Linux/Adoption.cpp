@@ -10,6 +10,7 @@
 #include "Manager/Programs/Linux/ProgramFile.h"
 #include "Manager/Programs/PathSearch.h"
 #include "Manager/Programs/ProgramProfile.h"
+#include "Manager/Programs/Terminal.h"
 #include "Manager/Rules/UserText.h"
 
 #include <algorithm>
@@ -26,26 +27,6 @@ namespace {
 std::string bundleName(std::string name) {
     std::replace(name.begin(), name.end(), '/', '-');
     return checkedName(name);
-}
-
-/// The file that a desktop's "open a terminal" would start, and how it is given a program.
-std::optional<ProgramCall> findTerminal(const ambrel::Environment& environment) {
-    constexpr std::pair<const char*, const char*> terminals[] = {
-        {"xdg-terminal-exec", nullptr}, // takes the command as it stands
-        {"x-terminal-emulator", "-e"},  // Debian's choice of the user's
-        {"xterm", "-e"},
-        {"konsole", "-e"},
-        {"xfce4-terminal", "-x"},
-        {"gnome-terminal", "--"},
-    };
-    for (const auto& [name, option] : terminals) {
-        const auto found = findProgram(name, environment);
-        if (!found) continue;
-        ProgramCall call{.program = *found, .before = {}, .behind = {}};
-        if (option != nullptr) call.before.emplace_back(option);
-        return call;
-    }
-    return std::nullopt;
 }
 
 ProgramCall requireTerminal(const ambrel::Environment& environment) {
