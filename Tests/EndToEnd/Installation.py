@@ -140,7 +140,7 @@ class Installation(unittest.TestCase):
 
     def test_the_installed_manager_finds_the_installed_runner(self):
         bundle = self.user.run(self.prefix / "bin" / "korvane", "create", "command", "Hello",
-                               "/bin/echo", "--", "hello").rstrip("\n")
+                               "/bin/echo", "hello").rstrip("\n")
 
         self.user.run(self.prefix / "bin" / "korvane", "run", "Hello")
         runner = pathlib.Path(bundle) / "Contents" / "MacOS" / "runner"

@@ -182,9 +182,14 @@ TEST_CASE("bash completes what a command takes at each place") {
         {{"create", "app", "--home", "a"}, {"afolder"}},
         {{"create", "app", "--home", "=", "a"}, {"afolder"}},
         {{"create", "app", "--icon", "afi"}, {"afile.txt"}},
-        {{"create", "web", "--strategy", "w"}, {"wrapper-identity"}},
+        {{"create", "app", "--strategy", "w"}, {"wrapper-identity"}},
+        {{"create", "web", "--str"}, {}},
         {{"create", "web", "--label-position", ""}, {"bottom", "center", "top"}},
         {{"create", "web", "--label", ""}, {}},
+        {{"create", "command", "New", "--termi"}, {"--terminal"}},
+        {{"create", "command", "New", "--env", "A", "bash", "afi"}, {"afile.txt"}},
+        {{"create", "command", "New", "bash", "-x", "afi"}, {"afile.txt"}},
+        {{"create", "command", "New", "bash", "--termi"}, {}},
         {{"create", "command", "New", "bash", "--", "afi"}, {"afile.txt"}},
         {{"icon", "x", "--output", "afi"}, {"afile.txt"}},
         {{"icon", "x", "-o", "afi"}, {"afile.txt"}},
@@ -214,7 +219,10 @@ TEST_CASE("fish completes what a command takes at each place") {
     CHECK(holds(shell.fish("korvane create app --home x New Ma"), "Mail"));
     CHECK(holds(shell.fish("korvane create app --icon afi"), "afile.txt"));
     CHECK(holds(shell.fish("korvane create web --home a"), "afolder/"));
-    CHECK(shell.fish("korvane create web --strategy wr") == Strings{"wrapper-identity"});
+    CHECK(shell.fish("korvane create app --strategy wr") == Strings{"wrapper-identity"});
+    CHECK(shell.fish("korvane create command New --termi") == Strings{"--terminal"});
+    CHECK(holds(shell.fish("korvane create command New bash -x afi"), "afile.txt"));
+    CHECK(shell.fish("korvane create command New bash --termi") == Strings{});
     CHECK(shell.fish("korvane icon x --position t") == Strings{"top"});
     CHECK(shell.fish("korvane edit Other --set share") == Strings{"shareUserFolders"});
 }
@@ -230,7 +238,10 @@ TEST_CASE("zsh completes what a command takes at each place") {
     CHECK(holds(shell.zsh("korvane create app --home x New Ma"), "Mail"));
     CHECK(holds(shell.zsh("korvane create app --icon afi"), "afile.txt"));
     CHECK(holds(shell.zsh("korvane create web --home a"), "afolder"));
-    CHECK(shell.zsh("korvane create web --strategy wr") == Strings{"wrapper-identity"});
+    CHECK(shell.zsh("korvane create app --strategy wr") == Strings{"wrapper-identity"});
+    CHECK(shell.zsh("korvane create command New --termi") == Strings{"--terminal"});
+    CHECK(holds(shell.zsh("korvane create command New bash -x afi"), "afile.txt"));
+    CHECK(shell.zsh("korvane create command New bash --termi") == Strings{});
     CHECK(shell.zsh("korvane icon x --position t") == Strings{"top"});
     CHECK(shell.zsh("korvane edit Other --set share") == Strings{"shareUserFolders"});
 }

@@ -142,35 +142,82 @@ TEST_CASE("an empty folder is wrong usage and never the current one") {
     const Manager manager;
     for (const std::string option : {"--output", "--home", "--working-directory", "--runner"}) {
         CAPTURE(option);
-        const auto done = manager.run({"create", "command", "Work", aProgram, option, ""});
+        const auto done = manager.run({"create", "command", "Work", option, "", aProgram});
         CHECK(done.status == 2);
     }
     CHECK_FALSE(isThere(manager.applications()));
 }
 
-TEST_CASE("a flag that the kind does not use is told, with the place for a command's arguments") {
+TEST_CASE("an option that another kind has is refused with the kind that has it") {
     const Manager manager;
+    struct Row {
+        std::string kind;
+        Strings option;
+        std::string owners;
+    };
+    const Row rows[] = {
+        {"command", {"--strategy", "unsupported"}, "a command: it belongs to: korvane create app"},
+        {"command", {"--no-share-folders"}, "a command: it belongs to: korvane create app"},
+        {"command", {"--arg", "x"}, "a command: its arguments stand behind PROGRAM."},
+        {"command", {"--open-with"}, "a command: it belongs to: korvane create app"},
+        {"app", {"--terminal"}, "an application: it belongs to: korvane create command"},
+        {"app", {"--working-directory=x"}, "an application: it belongs to: korvane create command"},
+        {"web",
+         {"--env", "A=1"},
+         "a web site: it belongs to: korvane create app, korvane create command"},
+        {"file",
+         {"--home", "x"},
+         "a document: it belongs to: korvane create app, korvane create web, "
+         "korvane create command"},
+    };
+    for (const auto& row : rows) {
+        CAPTURE(row.option);
+        Strings words{"create", row.kind, "Work"};
+        words.insert(words.end(), row.option.begin(), row.option.end());
+        words.push_back(aProgram);
+        const auto option = row.option.front().substr(0, row.option.front().find('='));
+        CHECK(says(manager.refusal(words, 2), option + " means nothing to " + row.owners));
+        CHECK_FALSE(contains(manager.result({"create", row.kind, "--help"}), option + " "));
+    }
+    CHECK(namesIn(manager.home.path()) == Strings{});
+}
 
-    const auto done = manager.run({"create", "command", "Work", "/bin/echo", "--arg", "x"});
+TEST_CASE("where there is no Dock nothing can be hidden from it") {
+    const Manager manager;
+    for (const std::string kind : {"app", "web", "file", "command"}) {
+        CAPTURE(kind);
+        const auto error = manager.refusal({"create", kind, "Work", "--hide-icon", aProgram}, 2);
+        CHECK(says(error, "--hide-icon means nothing on this system"));
+        CHECK(says(error, "korvane unregister NAME"));
+        CHECK_FALSE(contains(manager.result({"create", kind, "--help"}), "--hide-icon"));
+    }
+}
 
-    CHECK(done.status == 0);
-    CHECK(says(done.error, "--arg"));
-    CHECK(says(done.error, "behind \"--\""));
+TEST_CASE("an application without types of files cannot be offered for opening them") {
+    const Manager manager;
+    manager.installApp("App", "org.example.app");
+
+    CHECK(says(manager.refusal({"create", "app", "Work", "App", "--open-with"}),
+               "\"App\" names no types of files that it opens"));
+    CHECK_FALSE(isThere(manager.home / "KorvaneInstances"));
 }
 
 TEST_CASE("a home behind a missing folder and back is used") {
     const Manager manager;
     makeFolder(manager.home / "Data");
 
-    CHECK(manager.run({"create", "command", "Work", aProgram, "--home", "~/x/../Data"}).status ==
+    CHECK(manager.run({"create", "command", "Work", "--home", "~/x/../Data", aProgram}).status ==
           0);
 
     CHECK(isThere(manager.home / "Data"));
 }
 
-TEST_CASE("every field of the request is a flag") {
+TEST_CASE("every field of a request for an application is an option") {
     const Manager manager;
-    manager.installApp("App", "org.example.app");
+    AppBundleBuilder(manager.applications() + "/App.app")
+        .identifier("org.example.app")
+        .entry("KorvaneMimeTypes", "<string>text/plain;</string>")
+        .write();
     const auto icon = writeFile(manager.tmp / "icon.icns", "icns picture");
 
     const auto bundle = manager.create({"app",
@@ -186,15 +233,12 @@ TEST_CASE("every field of the request is a flag") {
                                         "wrapper-identity",
                                         "--icon",
                                         icon,
-                                        "--hide-icon",
                                         "--env",
                                         "A=1=2",
                                         "--env",
                                         "B=",
                                         "--plist",
                                         "Key=yes",
-                                        "--working-directory",
-                                        "dir",
                                         "--browser",
                                         "--open-with",
                                         "--label",
@@ -211,7 +255,6 @@ TEST_CASE("every field of the request is a flag") {
     CHECK(config.environment ==
           ambrel::StringMap{{"A", "1=2"}, {"B", ""}, {"GSETTINGS_BACKEND", "keyfile"}});
     CHECK(config.infoPlistOverrides == ambrel::StringMap{{"Key", "yes"}});
-    CHECK(config.workingDirectory == manager.tmp / "dir");
     CHECK(config.registerAsBrowser);
     CHECK(config.openWithPassthrough);
     CHECK((config.iconLabel ==
@@ -220,16 +263,34 @@ TEST_CASE("every field of the request is a flag") {
     CHECK(config.menuBarIconTemplate);
     CHECK_FALSE(config.shareUserFolders);
     CHECK(readFile(bundle + "/Contents/Resources/AppIcon.icns") == "icns picture");
-    CHECK(ambrel::readPropertyList(bundle + "/Contents/Info.plist")
-              ->at("LSUIElement")
-              .exactBoolean() == true);
+}
+
+TEST_CASE("a command runs in its own folder and with its own variables") {
+    const Manager manager;
+
+    const auto config = manager.configOf(manager.create(
+        {"command", "Work", "--working-directory", "dir", "--env", "A=1", aProgram}));
+
+    CHECK(config.workingDirectory == manager.tmp / "dir");
+    CHECK(config.environment == ambrel::StringMap{{"A", "1"}});
+}
+
+TEST_CASE("a label of blanks is none") {
+    const Manager manager;
+
+    const auto done = manager.run({"create", "command", "Work", "--label", " \t ", "--runner",
+                                   KORVANE_TEST_RUNNER, aProgram});
+
+    CHECK(done.status == 0);
+    CHECK_FALSE(says(done.error, "label"));
+    CHECK_FALSE(manager.configOf(manager.applications() + "/Work.app").iconLabel);
 }
 
 TEST_CASE("a label has the color and position that are given") {
     const Manager manager;
 
-    const auto bundle = manager.create({"command", "Work", aProgram, "--label", "x",
-                                        "--label-color", "#aa00FF", "--label-position", "top"});
+    const auto bundle = manager.create({"command", "Work", "--label", "x", "--label-color",
+                                        "#aa00FF", "--label-position", "top", aProgram});
 
     CHECK((manager.configOf(bundle).iconLabel ==
            ambrel::IconLabel{"x", "#aa00FF", ambrel::IconLabel::Position::top}));
@@ -244,8 +305,9 @@ TEST_CASE("values that are none of an option's are wrong usage") {
           Strings{"--env", "=1"}, Strings{"--plist", "x"}, Strings{"--bundle-id", ""},
           Strings{"--home", ""}, Strings{"--home", "a", "--home", "b"}}) {
         CAPTURE(more);
-        Strings words{"create", "command", "Work", aProgram};
+        Strings words{"create", "command", "Work"};
         words.insert(words.end(), more.begin(), more.end());
+        words.push_back(aProgram);
         manager.refusal(words, 2);
     }
     CHECK(namesIn(manager.home.path()) == Strings{});
@@ -254,15 +316,17 @@ TEST_CASE("values that are none of an option's are wrong usage") {
 TEST_CASE("paths are stored absolute, and a leading tilde is kept") {
     const Manager manager;
     writeFile(manager.tmp / "doc.pdf");
+    writeScript(manager.tmp / "tool", "");
 
-    const auto relative = manager.configOf(manager.create({"file", "a", "doc.pdf", "--home", "h"}));
+    const auto relative = manager.configOf(manager.create({"file", "a", "doc.pdf"}));
     const auto tilde = manager.configOf(manager.create({"file", "b", "~/doc.pdf"}));
-    const auto program = manager.configOf(manager.create({"command", "c", "./tool"}));
+    const auto program =
+        manager.configOf(manager.create({"command", "c", "--home", "h", "./tool"}));
 
     CHECK(relative.openPath == manager.tmp / "doc.pdf");
-    CHECK(relative.instanceHome == manager.tmp / "h");
     CHECK(tilde.openPath == "~/doc.pdf");
     CHECK(program.commandPath == manager.tmp / "tool");
+    CHECK(program.instanceHome == manager.tmp / "h");
 }
 
 TEST_CASE("a bare command name is looked up in PATH now") {
@@ -281,14 +345,56 @@ TEST_CASE("a bare command name is looked up in PATH now") {
                "No program called \"no-such-tool\""));
 }
 
-TEST_CASE("the arguments of a command stand behind two dashes, byte for byte") {
+TEST_CASE("a program that cannot be run is refused, by its path too") {
+    const Manager manager;
+    const auto plain = writeFile(manager.tmp / "plain", "not to be run");
+
+    CHECK(says(manager.refusal({"create", "command", "c", "./gone"}),
+               manager.tmp / "gone" + " does not exist."));
+    CHECK(says(manager.refusal({"create", "command", "c", plain}),
+               plain + " is no program that can be run."));
+    CHECK(says(manager.refusal({"create", "command", "c", "/tmp"}), "/tmp is no program"));
+    CHECK(namesIn(manager.home.path()) == Strings{});
+}
+
+TEST_CASE("all behind the program is its own, byte for byte") {
+    const Manager manager;
+    const Strings words{"-a", "--env", "A=1", "--", "[a,b]", "{}", "", "--help", "a=b=", "--x="};
+    const auto argsOf = [&](const std::string& name, Strings before) {
+        before.insert(before.begin(), {"command", name, "--env", "B=2", aProgram});
+        before.insert(before.end(), words.begin(), words.end());
+        const auto config = manager.configOf(manager.create(before));
+        CHECK(config.environment == ambrel::StringMap{{"B", "2"}});
+        return config.commandArgs;
+    };
+
+    CHECK(argsOf("plain", {}) == words);
+    CHECK(argsOf("dashed", {"--"}) == words); // as it had to be written before
+}
+
+TEST_CASE("a command can be opened in a terminal") {
+    const Manager manager;
+    const auto terminal = writeScript(manager.tmp / "bin/xterm", "");
+    const Strings words{"create", "command", "Top", "--terminal", "--runner", KORVANE_TEST_RUNNER,
+                        aProgram, "-d",      "1"};
+
+    const auto done = manager.run(words, {{"PATH", manager.tmp / "bin"}});
+    REQUIRE(done.status == 0);
+    const auto config = manager.configOf(manager.applications() + "/Top.app");
+
+    CHECK(config.commandPath == terminal);
+    CHECK(config.commandArgs == Strings{"-e", aProgram, "-d", "1"});
+}
+
+TEST_CASE("without a terminal nothing is opened in one") {
     const Manager manager;
 
-    const auto bundle = manager.create({"command", "c", aProgram, "--env", "A=1", "--", "-x", "--",
-                                        "[a,b]", "{}", "", "--help", "a=b="});
+    const auto done = manager.run({"create", "command", "Top", "--terminal", aProgram},
+                                  {{"PATH", manager.tmp.path()}});
 
-    CHECK(manager.configOf(bundle).commandArgs ==
-          Strings{"-x", "--", "[a,b]", "{}", "", "--help", "a=b="});
+    CHECK(done.status == 1);
+    CHECK(says(done.error, "There is no terminal to open it in"));
+    CHECK(namesIn(manager.home.path()) == Strings{});
 }
 
 TEST_CASE("a name may begin with a dash, behind two dashes") {
@@ -309,7 +415,7 @@ TEST_CASE("names that are awkward to type make instances that are found again") 
                                    "עברית", "Mail", "x\u202ecba"}) {
         CAPTURE(name);
         const auto bundle =
-            manager.create({"command", name, aProgram, "--bundle-id", "id." + name});
+            manager.create({"command", name, "--bundle-id", "id." + name, aProgram});
         CHECK(bundle == manager.applications() + "/" + name + ".app");
         CHECK(manager.json({"show", name, "--json"})["config"]["displayName"] == name);
     }
@@ -330,16 +436,16 @@ TEST_CASE("text that is not UTF-8 is refused wherever it stands") {
     const Manager manager;
     const std::string bad = "x\xff";
     for (const Strings& words : {Strings{"web", "n", bad}, Strings{"file", "n", bad},
-                                 Strings{"command", "n", aProgram, "--", bad},
-                                 Strings{"command", "n", aProgram, "--env", "A=" + bad},
-                                 Strings{"command", "n", aProgram, "--plist", bad + "=1"},
-                                 Strings{"command", "n", aProgram, "--home", bad},
-                                 Strings{"command", "n", aProgram, "--output", bad},
-                                 Strings{"command", "n", aProgram, "--bundle-id", bad},
-                                 Strings{"command", "n", aProgram, "--label", bad},
-                                 Strings{"command", "n", aProgram, "--working-directory", bad},
-                                 Strings{"command", "n", aProgram, "--arg", bad},
-                                 Strings{"command", "n", aProgram, "--add-arg", bad}}) {
+                                 Strings{"command", "n", aProgram, bad},
+                                 Strings{"command", "n", "--env", "A=" + bad, aProgram},
+                                 Strings{"command", "n", "--plist", bad + "=1", aProgram},
+                                 Strings{"command", "n", "--home", bad, aProgram},
+                                 Strings{"command", "n", "--output", bad, aProgram},
+                                 Strings{"command", "n", "--bundle-id", bad, aProgram},
+                                 Strings{"command", "n", "--label", bad, aProgram},
+                                 Strings{"command", "n", "--working-directory", bad, aProgram},
+                                 Strings{"app", "n", "--arg", bad, aProgram},
+                                 Strings{"app", "n", "--add-arg", bad, aProgram}}) {
         CAPTURE(words);
         Strings whole{"create"};
         whole.insert(whole.end(), words.begin(), words.end());
@@ -351,7 +457,7 @@ TEST_CASE("text that is not UTF-8 is refused wherever it stands") {
 
 TEST_CASE("an icon that does not exist is refused") {
     const Manager manager;
-    CHECK(says(manager.refusal({"create", "command", "n", aProgram, "--icon", "nope.png"}),
+    CHECK(says(manager.refusal({"create", "command", "n", "--icon", "nope.png", aProgram}),
                "The icon is no file: " + (manager.tmp / "nope.png")));
 }
 
@@ -378,8 +484,8 @@ TEST_CASE("what is no wrapper of ours is never replaced") {
     }
     SUBCASE("a link to a wrapper") {
         makeFolder(manager.applications());
-        makeLink(place, manager.create({"command", "Other", aProgram, "--output",
-                                        manager.tmp / "out", "--bundle-id", "o"}));
+        makeLink(place, manager.create({"command", "Other", "--output", manager.tmp / "out",
+                                        "--bundle-id", "o", aProgram}));
     }
     SUBCASE("a folder with a broken configuration") {
         writeFile(place + "/Contents/Resources/instance.json", "{");
@@ -387,7 +493,7 @@ TEST_CASE("what is no wrapper of ours is never replaced") {
     const auto before = everything(manager);
 
     const auto plain = manager.refusal({"create", "command", "Work", aProgram});
-    const auto replacing = manager.refusal({"create", "command", "Work", aProgram, "--replace"});
+    const auto replacing = manager.refusal({"create", "command", "Work", "--replace", aProgram});
 
     CHECK(says(plain, "is no instance"));
     CHECK(says(replacing, "is no instance"));
@@ -396,12 +502,12 @@ TEST_CASE("what is no wrapper of ours is never replaced") {
 
 TEST_CASE("--replace puts the new wrapper in place of the old one and leaves no remains") {
     const Manager manager;
-    const auto bundle = manager.create({"command", "Work", aProgram, "--env", "OLD=1"});
+    const auto bundle = manager.create({"command", "Work", "--env", "OLD=1", aProgram});
     writeFile(bundle + "/Contents/old");
     writeFile(manager.instanceHome("Work") + "/data", "kept");
 
-    const auto done = manager.run({"create", "command", "Work", "/bin/false", "--replace", "--home",
-                                   "~/other", "--runner", KORVANE_TEST_RUNNER});
+    const auto done = manager.run({"create", "command", "Work", "--replace", "--home", "~/other",
+                                   "--runner", KORVANE_TEST_RUNNER, "/bin/false"});
 
     CHECK(done.status == 0);
     CHECK(done.output == bundle + "\n");
@@ -412,19 +518,62 @@ TEST_CASE("--replace puts the new wrapper in place of the old one and leaves no 
     CHECK(readFile(manager.instanceHome("Work") + "/data") == "kept");
 }
 
+TEST_CASE("--replace keeps what is not given, and tells of it") {
+    const Manager manager;
+    const auto bundle = manager.create({"command", "Work", "--env", "A=1", "--env", "B=2", "--home",
+                                        "~/h", "--bundle-id", "org.example.w", "--label", "W",
+                                        "--working-directory", "/tmp", aProgram});
+
+    const auto done = manager.run({"create", "command", "Work", "--replace", "--env", "B=3",
+                                   "--runner", KORVANE_TEST_RUNNER, "/bin/false"});
+
+    CHECK(done.status == 0);
+    CHECK(says(done.error, "Kept of what was there: its home, its identifier, its working "
+                           "directory, its label, the variable A."));
+    const auto config = manager.configOf(bundle);
+    CHECK(config.environment == ambrel::StringMap{{"A", "1"}, {"B", "3"}});
+    CHECK(config.instanceHome == "~/h");
+    CHECK(config.bundleId == "org.example.w");
+    CHECK(config.workingDirectory == "/tmp");
+    CHECK(config.iconLabel->text == "W");
+}
+
+TEST_CASE("where the data lies, and how to open it, is said where that is so") {
+    const Manager manager;
+    manager.installApp("Mail", "org.example.mail");
+    writeFile(manager.tmp / "doc.pdf");
+    const auto said = [&](Strings words) {
+        words.insert(words.begin(), "create");
+        words.insert(words.begin() + 2, {"--runner", KORVANE_TEST_RUNNER});
+        const auto done = manager.run(words);
+        REQUIRE(done.status == 0);
+        return std::pair(contains(done.error, "Its data lives in "),
+                         contains(done.error, "Open it with: "));
+    };
+
+    CHECK(said({"app", "A", "Mail"}) == std::pair(true, true));
+    CHECK(said({"app", "U", "Mail", "--strategy", "unsupported"}) == std::pair(true, false));
+    CHECK(said({"command", "C", aProgram}) == std::pair(false, true));
+    CHECK(said({"file", "D", "doc.pdf"}) == std::pair(false, true));
+    CHECK(said({"file", "G", "gone.pdf"}) == std::pair(false, false));
+    CHECK(said({"web", "W", "https://example.org/"}) == std::pair(false, false));
+    CHECK_FALSE(isThere(manager.instanceHome("D")));
+}
+
 TEST_CASE("--replace makes a wrapper that was not there") {
     const Manager manager;
-    CHECK(isRealFolder(manager.create({"command", "Work", aProgram, "--replace"})));
+    CHECK(isRealFolder(manager.create({"command", "Work", "--replace", aProgram})));
 }
 
 TEST_CASE("a failed creation keeps the old wrapper and leaves no remains") {
     const Manager manager;
     manager.create({"command", "Work", aProgram});
     const auto before = everything(manager);
-    const Strings base{"create", "command", "Work", aProgram, "--replace"};
+    const Strings base{"create", "command", "Work", "--replace"};
     const auto refusedWith = [&](const Strings& more) {
         auto words = base;
         words.insert(words.end(), more.begin(), more.end());
+        words.push_back(aProgram);
         CHECK(manager.run(words).status == 1);
         CHECK(everything(manager) == before);
     };
@@ -438,9 +587,8 @@ TEST_CASE("a failed creation keeps the old wrapper and leaves no remains") {
 TEST_CASE("a failed first creation leaves nothing behind") {
     const Manager manager;
 
-    const auto done =
-        manager.run({"create", "command", "Work", aProgram, "--output", manager.tmp / "new/out",
-                     "--plist", "K=\x01", "--runner", KORVANE_TEST_RUNNER});
+    const auto done = manager.run({"create", "command", "Work", "--output", manager.tmp / "new/out",
+                                   "--plist", "K=\x01", "--runner", KORVANE_TEST_RUNNER, aProgram});
 
     CHECK(done.status == 1);
     CHECK(done.output.empty());
@@ -453,23 +601,37 @@ TEST_CASE("a bundle identifier of another instance is refused, whatever the case
     manager.create({"command", "Work", aProgram});
     const auto before = everything(manager);
 
-    const auto same = manager.refusal({"create", "command", "work", aProgram});
-    const auto given = manager.refusal(
-        {"create", "command", "Other", aProgram, "--bundle-id", "APP.korvane.instance.work"});
+    const auto error = manager.refusal(
+        {"create", "command", "Other", "--bundle-id", "APP.korvane.instance.work", aProgram});
 
-    for (const auto& error : {same, given}) {
-        CHECK(says(error, "belongs to the instance \"Work\""));
-        CHECK(says(error, "--bundle-id"));
-    }
+    CHECK(says(error, "belongs to the instance \"Work\""));
+    CHECK(says(error, "--bundle-id"));
     CHECK(everything(manager) == before);
+}
+
+TEST_CASE("names that come to one identifier are told apart by a counter") {
+    const Manager manager;
+    const auto idOf = [&](const std::string& name) {
+        return manager.configOf(manager.create({"command", name, aProgram})).bundleId;
+    };
+
+    CHECK(idOf("a b") == "app.korvane.instance.a-b");
+    CHECK(idOf("a-b") == "app.korvane.instance.a-b-2");
+    CHECK(idOf("A B") == "app.korvane.instance.a-b-3");
+    CHECK(idOf("🙂") == "app.korvane.instance.-");
+    CHECK(idOf("🙃") == "app.korvane.instance.--2");
+    // So is the desktop entry of somebody else.
+    writeFile(manager.tmp / "share/applications/app.korvane.instance.mail.desktop",
+              "[Desktop Entry]\nType=Application\nName=Mail\nExec=/bin/true\n");
+    CHECK(idOf("Mail") == "app.korvane.instance.mail-2");
 }
 
 TEST_CASE("a bundle identifier of an instance in the output folder is refused") {
     const Manager manager;
-    manager.create({"command", "Work", aProgram, "--output", manager.tmp / "out"});
+    manager.create({"command", "Work", "--output", manager.tmp / "out", aProgram});
 
-    CHECK(says(manager.refusal({"create", "command", "Other", aProgram, "--output",
-                                manager.tmp / "out", "--bundle-id", "app.korvane.instance.work"}),
+    CHECK(says(manager.refusal({"create", "command", "Other", "--output", manager.tmp / "out",
+                                "--bundle-id", "app.korvane.instance.work", aProgram}),
                "belongs to the instance \"Work\""));
 }
 
@@ -482,19 +644,19 @@ TEST_CASE("a home of another instance is refused, whatever path leads there") {
                                    "~/KorvaneInstances/x/../Work"}) {
         CAPTURE(home);
         const auto error =
-            manager.refusal({"create", "command", "Other", aProgram, "--home", home});
+            manager.refusal({"create", "command", "Other", "--home", home, aProgram});
         CHECK(says(error, "belongs to the instance \"Work\""));
         CHECK(says(error, "--home"));
     }
     CHECK(says(
-        manager.refusal({"create", "command", "Other", aProgram, "--home", manager.tmp / "link"}),
+        manager.refusal({"create", "command", "Other", "--home", manager.tmp / "link", aProgram}),
         "belongs to the instance \"Work\""));
 }
 
 TEST_CASE("a home of an unknown user is refused") {
     const Manager manager;
     CHECK(says(
-        manager.refusal({"create", "command", "n", aProgram, "--home", "~no-such-user-here/x"}),
+        manager.refusal({"create", "command", "n", "--home", "~no-such-user-here/x", aProgram}),
         "names an unknown user"));
 }
 
@@ -519,7 +681,7 @@ TEST_CASE("what the runner cannot host yet is said in one line") {
     const auto web = manager.run(
         {"create", "web", "Site", "https://example.org/", "--runner", KORVANE_TEST_RUNNER});
     const auto menuBar = manager.run(
-        {"create", "command", "Bar", aProgram, "--menu-bar", "--runner", KORVANE_TEST_RUNNER});
+        {"create", "command", "Bar", "--menu-bar", "--runner", KORVANE_TEST_RUNNER, aProgram});
 
     CHECK(web.status == 0);
     CHECK(says(web.error, "warning: The runner cannot host web sites yet: "));
@@ -532,7 +694,7 @@ TEST_CASE("create tells programs the bundle as JSON") {
     const Manager manager;
 
     const auto made = manager.json(
-        {"create", "command", "Work", aProgram, "--json", "--runner", KORVANE_TEST_RUNNER});
+        {"create", "command", "Work", "--json", "--runner", KORVANE_TEST_RUNNER, aProgram});
 
     CHECK(made == nlohmann::json{{"bundleURL", manager.applications() + "/Work.app"},
                                  {"profile", nullptr}});

@@ -192,7 +192,7 @@ TEST_CASE("a home that leads to the user's own folders through a link is not del
 
 TEST_CASE("a home that is, contains or lies in another instance's is not deleted") {
     const Fixture fixture;
-    fixture.manager.create({"command", "Other", aProgram, "--home", "~/homes/other"});
+    fixture.manager.create({"command", "Other", "--home", "~/homes/other", aProgram});
     makeFolder(fixture.manager.home / "homes/other/inner");
     makeLink(fixture.manager.tmp / "link", fixture.manager.home / "homes/other");
 
@@ -209,8 +209,8 @@ TEST_CASE("a home that is, contains or lies in another instance's is not deleted
 TEST_CASE("an instance beside the deleted one counts, outside the default folder too") {
     const Manager manager;
     const auto out = manager.tmp / "out";
-    const auto one = manager.create({"command", "One", aProgram, "--output", out, "--home", "~/a"});
-    manager.create({"command", "Two", aProgram, "--output", out, "--home", "~/a/b"});
+    const auto one = manager.create({"command", "One", "--output", out, "--home", "~/a", aProgram});
+    manager.create({"command", "Two", "--output", out, "--home", "~/a/b", aProgram});
 
     CHECK(says(manager.refusal({"delete", one, "--data", "--yes"}), "the instance \"Two\""));
 }

@@ -126,6 +126,26 @@ TEST_CASE("verbs of one group with the same options have them told once") {
     CHECK(text.find("\\-\\-title") == text.rfind("\\-\\-title"));
 }
 
+TEST_CASE("notes on a group are told with each verb whose options are its own") {
+    auto verbs = described({sample("move it"), sample("move that")});
+    verbs[1].options.pop_back();
+
+    const auto text = documents::manual(
+        "@commands@\n@notes move@\nOf all.\n@notes move --in@\nOf each.\n", verbs);
+
+    CHECK(text.find("Of all.\n") == text.rfind("Of all.\n"));
+    CHECK(text.find("Of each.\n") < text.find("korvane move that"));
+    CHECK(text.rfind("Of each.\n") > text.find("korvane move that"));
+}
+
+TEST_CASE("words that are set apart by their place are told without dashes") {
+    auto verbs = described({sample("list")});
+    verbs[0].rules = {.trailingAfter = 2};
+    CHECK(contains(documents::manual("@commands@\n", verbs), "[\\-\\- \\fIARG\\fB ...]"));
+    verbs[0].rules.apart = options::Apart::byPosition;
+    CHECK(contains(documents::manual("@commands@\n", verbs), " [\\fIARG\\fB ...]"));
+}
+
 TEST_CASE("notes on what there is not are a mistake") {
     const auto verbs = described({sample("list")});
     for (const std::string about : {"lost", "list --gone", "list --help"}) {

@@ -41,7 +41,7 @@ TEST_CASE("every kind of instance gets an entry that starts its own runner") {
     };
     for (auto row : rows) {
         CAPTURE(row.words);
-        row.words.emplace_back("--replace");
+        row.words.insert(row.words.begin() + 1, "--replace");
         const auto bundle = manager.create(row.words);
 
         const auto file = fixture.entry(work);

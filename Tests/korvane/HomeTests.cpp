@@ -202,7 +202,7 @@ TEST_CASE("a home whose path is too long for sockets is warned of") {
 
 TEST_CASE("instances of other kinds get no user folders") {
     const Fixture fixture;
-    fixture.manager.create({"command", "Job", aProgram, "--env", "TMPDIR={{instanceHome}}/t"});
+    fixture.manager.create({"command", "Job", "--env", "TMPDIR={{instanceHome}}/t", aProgram});
 
     CHECK(namesIn(fixture.manager.instanceHome("Job")) == Strings{"t"});
 }

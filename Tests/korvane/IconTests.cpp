@@ -164,7 +164,7 @@ TEST_CASE("a picture that is chosen for an instance becomes an icon file") {
     const Fixture fixture;
 
     const auto bundle =
-        fixture.manager.create({"command", "Work", aProgram, "--icon", fixture.picture});
+        fixture.manager.create({"command", "Work", "--icon", fixture.picture, aProgram});
 
     const auto images = ambrel::imagesIn(readFile(iconIn(bundle)));
     REQUIRE(images.size() == 7);
@@ -176,7 +176,7 @@ TEST_CASE("an icon file that is chosen is taken as it is") {
     const Fixture fixture;
     const auto icon = writeFile(fixture.manager.tmp / "icon.bin", "icns and whatever");
 
-    const auto bundle = fixture.manager.create({"command", "Work", aProgram, "--icon", icon});
+    const auto bundle = fixture.manager.create({"command", "Work", "--icon", icon, aProgram});
 
     CHECK(readFile(iconIn(bundle)) == "icns and whatever");
 }
@@ -185,8 +185,8 @@ TEST_CASE("a chosen icon that is no picture is refused and nothing is left") {
     const Fixture fixture;
     const auto text = writeFile(fixture.manager.tmp / "text", "text");
 
-    CHECK(says(fixture.manager.refusal({"create", "command", "Work", aProgram, "--icon", text,
-                                        "--runner", KORVANE_TEST_RUNNER}),
+    CHECK(says(fixture.manager.refusal({"create", "command", "Work", "--icon", text, "--runner",
+                                        KORVANE_TEST_RUNNER, aProgram}),
                "No readable image in " + text));
 
     CHECK_FALSE(isThere(fixture.manager.applications()));
@@ -197,8 +197,8 @@ TEST_CASE("the label shows in the instance") {
     const Fixture fixture;
 
     const auto bundle =
-        fixture.manager.create({"command", "Work", aProgram, "--icon", fixture.picture, "--label",
-                                "i", "--label-color", "FF0000"});
+        fixture.manager.create({"command", "Work", "--icon", fixture.picture, "--label", "i",
+                                "--label-color", "FF0000", aProgram});
 
     CHECK(hasLabel(iconIn(bundle), red));
 }
@@ -207,7 +207,7 @@ TEST_CASE("a label without an icon to draw it on is told") {
     const Fixture fixture;
 
     const auto done = fixture.manager.run(
-        {"create", "command", "Work", aProgram, "--label", "i", "--runner", KORVANE_TEST_RUNNER});
+        {"create", "command", "Work", "--label", "i", "--runner", KORVANE_TEST_RUNNER, aProgram});
 
     CHECK(done.status == 0);
     CHECK(says(done.error, "There is no icon to draw the label on"));
@@ -220,8 +220,8 @@ TEST_CASE(
     writeFile(fixture.manager.tmp / "lib/libharfbuzz.so.0", "no library");
 
     const auto done =
-        fixture.manager.run({"create", "command", "Work", aProgram, "--icon", fixture.out,
-                             "--label", "i", "--runner", KORVANE_TEST_RUNNER},
+        fixture.manager.run({"create", "command", "Work", "--icon", fixture.out, "--label", "i",
+                             "--runner", KORVANE_TEST_RUNNER, aProgram},
                             {{"LD_LIBRARY_PATH", fixture.manager.tmp / "lib"}});
 
     INFO(done.error);

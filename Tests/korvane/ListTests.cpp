@@ -22,8 +22,8 @@ TEST_CASE("list shows the instances of the default folder in order") {
 TEST_CASE("list takes folders in place of the default one") {
     const Manager manager;
     manager.create({"command", "Default", aProgram});
-    manager.create({"command", "One", aProgram, "--output", manager.tmp / "one"});
-    manager.create({"command", "Two", aProgram, "--output", manager.home / "two"});
+    manager.create({"command", "One", "--output", manager.tmp / "one", aProgram});
+    manager.create({"command", "Two", "--output", manager.home / "two", aProgram});
 
     const auto json = manager.json({"list", "--in", "one", "--in=~/two", "--json"});
 
@@ -70,7 +70,7 @@ TEST_CASE("lists and JSON survive file names that are not UTF-8") {
 TEST_CASE("show tells one instance by name and by path") {
     const Manager manager;
     const auto icon = writeFile(manager.tmp / "icon.icns", "icns picture");
-    const auto bundle = manager.create({"command", "Work", aProgram, "--icon", icon});
+    const auto bundle = manager.create({"command", "Work", "--icon", icon, aProgram});
 
     const auto json = manager.json({"show", "Work", "--json"});
 
@@ -84,9 +84,8 @@ TEST_CASE("show tells one instance by name and by path") {
 TEST_CASE("show tells the fields part by part, and none that is absent") {
     const Manager manager;
     const auto bundle =
-        manager.create({"command", "Work", aProgram, "--env", "B=2", "--env", "A=1", "--label", "w",
-                        "--working-directory", "/tmp", "--strategy", "unsupported", "--menu-bar",
-                        "--no-share-folders", "--", "-x", "y z"});
+        manager.create({"command", "Work", "--env", "B=2", "--env", "A=1", "--label", "w",
+                        "--working-directory", "/tmp", "--menu-bar", aProgram, "-x", "y z"});
 
     CHECK(manager.result({"show", "Work"}) ==
           "displayName          Work\n"
@@ -102,7 +101,7 @@ TEST_CASE("show tells the fields part by part, and none that is absent") {
               "instanceHome         ~/KorvaneInstances/Work\n"
               "environment          A=1\n"
               "environment          B=2\n"
-              "shareUserFolders     false\n"
+              "shareUserFolders     true\n"
               "registerAsBrowser    false\n"
               "openWithPassthrough  false\n"
               "menuBarIcon          true\n"

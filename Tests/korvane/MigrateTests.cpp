@@ -65,7 +65,7 @@ TEST_CASE("migrate moves nothing to the place of a disk that is not there") {
 
 TEST_CASE("migrate leaves a home that is the user's own alone") {
     const Manager manager;
-    manager.create({"command", "Own", aProgram, "--home", "~"});
+    manager.create({"command", "Own", "--home", "~", aProgram});
     writeFile(manager.home / "Documents/a", "mine");
 
     CHECK(says(manager.refusal({"migrate", "Own"}), "is your own"));
@@ -75,7 +75,8 @@ TEST_CASE("migrate leaves a home that is the user's own alone") {
 
 TEST_CASE("migrate leaves an instance alone that keeps folders of its own") {
     const Manager manager;
-    manager.create({"command", "Own", aProgram, "--no-share-folders"});
+    manager.installApp("Mail", "org.example.mail");
+    manager.create({"app", "Own", "Mail", "--no-share-folders"});
     writeFile(manager.instanceHome("Own") + "/Documents/a", "private");
 
     CHECK(

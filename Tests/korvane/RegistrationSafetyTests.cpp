@@ -38,8 +38,9 @@ TEST_CASE("what stands in the place of the entry and is not the instance's own s
         plant();
         const auto before = snapshot(manager.tmp.path());
 
-        fixture.checkRefused(fixture.tryToCreate("Work"), before, reason);
-        fixture.checkRefused(fixture.tryToCreate("Work"), before, "--bundle-id");
+        const auto done = fixture.tryToCreate("Work", {"--bundle-id", work});
+        fixture.checkRefused(done, before, reason);
+        CHECK(says(done.error, "--bundle-id"));
 
         run({"rm", "-rf", place});
     }
@@ -55,7 +56,7 @@ TEST_CASE("an instance whose entry was replaced by a foreign one leaves it alone
     CHECK(manager.json({"show", "Work", "--json"})["desktopEntry"].is_null());
     CHECK(says(manager.refusal({"register", "Work"}), "--bundle-id"));
     CHECK(says(manager.run({"unregister", "Work"}).error, "has no desktop entry"));
-    CHECK(manager.run({"edit", "Work", "--set", "kind=web"}).status == 0);
+    CHECK(manager.run({"edit", "Work", "--set", "commandArgs=[]"}).status == 0);
     CHECK(manager.run({"delete", "Work"}).status == 0);
 
     CHECK_FALSE(isThere(bundle));
@@ -102,7 +103,7 @@ TEST_CASE("a file in the place of an icon or the script is not lost") {
     for (const auto& file : Strings{fixture.icon(work, 48), fixture.script(work)}) {
         writeFile(file, "mine");
         const auto before = snapshot(manager.tmp.path());
-        fixture.checkRefused(fixture.tryToCreate("Work"), before, file);
+        fixture.checkRefused(fixture.tryToCreate("Work", {"--bundle-id", work}), before, file);
         REQUIRE(::unlink(file.c_str()) == 0);
     }
     // Beside an entry that does not use it, too.
@@ -139,7 +140,7 @@ TEST_CASE("where no entry can be written the instance is there and a warning say
     // The folder that it was built in may be closed to that user.
     copyProgram(KORVANE_TEST_RUNNER, manager.tmp / "runner");
     const auto setup = manager.setupAsOrdinaryUser(
-        {"create", "command", "Work", aProgram, "--runner", manager.tmp / "runner"});
+        {"create", "command", "Work", "--runner", manager.tmp / "runner", aProgram});
     setMode(fixture.data(), 0555);
 
     const auto done = run(setup);

@@ -16,15 +16,16 @@ Path Registrations::picture(const Pixel& color) const {
 }
 
 Path Registrations::createCommand(const std::string& name, Strings more) const {
-    Strings words{"command", name, "/bin/echo"};
+    Strings words{"command", name};
     words.insert(words.end(), more.begin(), more.end());
-    words.insert(words.end(), {"--", "hello"});
+    words.insert(words.end(), {"/bin/echo", "hello"});
     return manager.create(words);
 }
 
 ProgramResult Registrations::tryToCreate(const std::string& name, const Strings& more) const {
-    Strings words{"create", "command", name, aProgram, "--runner", KORVANE_TEST_RUNNER};
+    Strings words{"create", "command", name, "--runner", KORVANE_TEST_RUNNER};
     words.insert(words.end(), more.begin(), more.end());
+    words.push_back(aProgram);
     return manager.run(words);
 }
 

@@ -49,7 +49,8 @@ TEST_CASE("the arguments of engine and profile and window name and user come in 
     profile["windowName"] = {{"arguments", {"--class={{desktopId}}"}}};
     fixture.writeProfile(profile, "org.chromium.chromium-own");
     const auto arguments = [&](Strings more) {
-        more.insert(more.begin(), {"app", "Work", "Browser", "--replace"});
+        fixture.manager.run({"delete", "Work"});
+        more.insert(more.begin(), {"app", "Work", "Browser"});
         return fixture.manager.configOf(fixture.manager.create(more)).extraArgs;
     };
     const std::string data = "--user-data-dir={{instanceHome}}/KorvaneData";
@@ -58,6 +59,63 @@ TEST_CASE("the arguments of engine and profile and window name and user come in 
     CHECK(arguments({"--arg", "-y", "--add-arg", "-x"}) == Strings{"-y", "-x"});
     CHECK(arguments({"--no-profile", "--add-arg", "-x"}) == Strings{data, "-x"});
     CHECK(arguments({"--bundle-id", "org.example.own"}).back() == "--class=org.example.own");
+}
+
+TEST_CASE("a replacement works out anew what was worked out, and keeps what was added") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    manager.installApp("Browser", "org.chromium.chromium-own");
+    manager.installApp("Fox", "org.mozilla.other");
+    const auto made = [&](const std::string& app, Strings more) {
+        more.insert(more.begin(), {"app", "Work", app, "--replace"});
+        return manager.configOf(manager.create(more));
+    };
+    const std::string data = "--user-data-dir={{instanceHome}}/KorvaneData";
+    const std::string name = "--class=" + id;
+
+    made("Browser", {"--add-arg", "--mine", "--env", "A=1", "--home", "~/h", "--no-share-folders",
+                     "--strategy", "wrapper-identity", "--menu-bar"});
+    const auto same = made("Browser", {"--env", "B=2"});
+    CHECK(same.extraArgs == Strings{data, name, "--mine"});
+    CHECK(same.environment ==
+          ambrel::StringMap{{"A", "1"}, {"B", "2"}, {"GSETTINGS_BACKEND", "keyfile"}});
+    CHECK(same.strategy == ambrel::Strategy::wrapperIdentity);
+    CHECK_FALSE(same.shareUserFolders);
+    CHECK(same.menuBarIcon);
+    CHECK(made("Browser", {"--add-arg", "--mine"}).extraArgs == same.extraArgs);
+    CHECK(made("Browser", {"--bundle-id", "org.example.own"}).extraArgs ==
+          Strings{data, "--class=org.example.own", "--mine"});
+
+    const auto other = made("Fox", {});
+    CHECK(other.extraArgs == Strings{"-profile", "{{instanceHome}}/FirefoxProfile", "-no-remote",
+                                     "--class", "org.example.own", "--name", "org.example.own",
+                                     "--mine"});
+    CHECK(other.strategy == ambrel::Strategy::homeOverride);
+    CHECK(other.instanceHome == "~/h");
+    CHECK(other.bundleId == "org.example.own");
+    CHECK(other.environment.at("A") == "1");
+
+    const auto command =
+        manager.configOf(manager.create({"command", "Work", "--replace", aProgram}));
+    CHECK(command.environment == ambrel::StringMap{{"A", "1"}, {"B", "2"}});
+    CHECK(command.extraArgs == Strings{});
+    CHECK(command.instanceHome == "~/h");
+}
+
+TEST_CASE("a replacement keeps arguments in place of others, and that no profile was used") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    manager.installApp("Browser", "org.chromium.chromium-own");
+    const auto made = [&](const std::string& name, Strings more) {
+        more.insert(more.begin(), {"app", name, "Browser", "--replace"});
+        return manager.configOf(manager.create(more)).extraArgs;
+    };
+
+    made("Own", {"--arg", "-y", "--add-arg", "-z"});
+    CHECK(made("Own", {}) == Strings{"-y", "-z"});
+    CHECK(made("Own", {"--arg", "-n"}) == Strings{"-n"});
+    const auto plain = made("Plain", {"--no-profile", "--add-arg", "-z"});
+    CHECK(made("Plain", {}) == plain);
 }
 
 TEST_CASE("engines without a profile name their windows by arguments") {
@@ -82,7 +140,8 @@ TEST_CASE("an instance's settings stay out of the user's unless given otherwise"
     CHECK(fixture.create().environment == ambrel::StringMap{{"GSETTINGS_BACKEND", "keyfile"}});
     CHECK(fixture.create({"--replace", "--env", "GSETTINGS_BACKEND=dconf"}).environment ==
           ambrel::StringMap{{"GSETTINGS_BACKEND", "dconf"}});
-    CHECK(fixture.create({"--replace", "--no-profile"}).environment ==
+    fixture.manager.result({"delete", "Work"});
+    CHECK(fixture.create({"--no-profile"}).environment ==
           ambrel::StringMap{{"GSETTINGS_BACKEND", "keyfile"}});
 }
 
@@ -339,8 +398,8 @@ TEST_CASE("a process name is chosen by the user and refused where no program can
 
     CHECK(fixture.create({"--process-name", "my mail"}).infoPlistOverrides ==
           ambrel::StringMap{{"KorvaneProcessName", "my mail"}});
-    const auto profileless =
-        fixture.createOf(KORVANE_TEST_QT_PROGRAM, {"--replace", "--no-profile"});
+    fixture.manager.result({"delete", "Work"});
+    const auto profileless = fixture.createOf(KORVANE_TEST_QT_PROGRAM, {"--no-profile"});
     CHECK(profileless.infoPlistOverrides.empty());
     CHECK_FALSE(profileless.environment.contains("RESOURCE_NAME"));
     for (const std::string bad : {"", "a/b", "a\nb", "a\x7f", "\xc2\x85"}) {

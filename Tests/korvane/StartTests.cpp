@@ -237,8 +237,10 @@ TEST_CASE("open refuses what could only fail unseen") {
 
 TEST_CASE("open refuses a command, a folder or a document that is not there") {
     const Manager manager;
-    manager.create({"command", "Gone", manager.tmp / "gone"});
-    manager.create({"command", "Where", aProgram, "--working-directory", manager.tmp / "where"});
+    const auto gone = writeScript(manager.tmp / "gone", "");
+    manager.create({"command", "Gone", gone});
+    REQUIRE(::unlink(gone.c_str()) == 0);
+    manager.create({"command", "Where", "--working-directory", manager.tmp / "where", aProgram});
     manager.create({"file", "Paper", manager.tmp / "paper.pdf"});
 
     CHECK(says(manager.refusal({"open", "Gone"}), manager.tmp / "gone"));

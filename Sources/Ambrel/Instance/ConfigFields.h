@@ -69,6 +69,7 @@ inline constexpr KindSet web{ShortcutKind::web};
 inline constexpr KindSet file{ShortcutKind::file};
 inline constexpr KindSet command{ShortcutKind::command};
 inline constexpr KindSet appOrCommand{ShortcutKind::app, ShortcutKind::command};
+inline constexpr KindSet allButFile{ShortcutKind::app, ShortcutKind::web, ShortcutKind::command};
 inline constexpr KindSet every{ShortcutKind::app, ShortcutKind::web, ShortcutKind::file,
                                ShortcutKind::command};
 
@@ -96,7 +97,7 @@ template <class Visitor> constexpr void forEachField(Visitor&& visit) {
     // The launcher takes this path as it stands, without a tilde's meaning.
     visit(ConfigField{"targetAppPath", &C::targetAppPath, optional, app, Part::subject,
                       asExpandedPath, "The bundle of the application"});
-    visit(ConfigField{"instanceHome", &C::instanceHome, required, every, Part::start, asPath,
+    visit(ConfigField{"instanceHome", &C::instanceHome, required, allButFile, Part::start, asPath,
                       "The folder for the data of the instance"});
     visit(ConfigField{"strategy", &C::strategy, optional, app, Part::start, asValue,
                       "How the application is isolated"});
@@ -106,11 +107,10 @@ template <class Visitor> constexpr void forEachField(Visitor&& visit) {
                       "Variables for the environment"});
     visit(ConfigField{"infoPlistOverrides", &C::infoPlistOverrides, optional, every, Part::start,
                       byCreatingAgain, "Entries of the Info.plist of the bundle"});
-    visit(ConfigField{"registerAsBrowser", &C::registerAsBrowser, optional, every, Part::desktop,
+    visit(ConfigField{"registerAsBrowser", &C::registerAsBrowser, optional, app, Part::desktop,
                       byCreatingAgain, "The instance is offered as a web browser"});
-    visit(ConfigField{"openWithPassthrough", &C::openWithPassthrough, optional, every,
-                      Part::desktop, byCreatingAgain,
-                      "The instance is offered for opening documents"});
+    visit(ConfigField{"openWithPassthrough", &C::openWithPassthrough, optional, app, Part::desktop,
+                      byCreatingAgain, "The instance is offered for opening documents"});
     visit(ConfigField{"iconLabel", &C::iconLabel, optional, every, Part::look, asValue,
                       "The label that is drawn on the icon"});
     visit(ConfigField{"menuBarIcon", &C::menuBarIcon, optional, every, Part::desktop, asValue,

@@ -14,12 +14,10 @@ struct Notice {
         // What an instance will not do as one may expect.
         targetIsSandboxed,     ///< subject: the application's name
         targetRunsOnce,        ///< subject: the application's name
-        fieldIsUnused,         ///< subject: the request's field, with which the sentence begins
         webIsNotHosted,        ///< opening the instance will fail
         menuBarIsNotHosted,    ///< the instance runs without its item
         strategyIsUnsupported, ///< opening the instance will fail
         nothingAtPath,         ///< subject: a path of the configuration
-        notRunnableAtPath,     ///< subject: a path of the configuration
         // Its icon.
         labelWithoutIcon,
         labelNotDrawn,
@@ -29,12 +27,15 @@ struct Notice {
         homeExisted,      ///< subject: the home, which was not asked for
         homeNotFurnished, ///< subject: the home, in which something could not be made
         // What it was made with.
-        profileUsed,            ///< subject: the profile's file
-        profileIsBroken,        ///< subject: the profile's file
-        handsOverToRunningCopy, ///< subject: the adopted program's name
-        programAdopted,         ///< subject: the bundle that was made of the program
-        windowsKeepName,        ///< subject: the program's name, which its windows go by
-        homeFromAccount,        ///< subject: the program, which asks the account for the home
+        profileUsed,              ///< subject: the profile's file
+        profileIsBroken,          ///< subject: the profile's file
+        handsOverToRunningCopy,   ///< subject: the adopted program's name
+        programAdopted,           ///< subject: the bundle that was made of the program
+        windowsKeepName,          ///< subject: the program's name, which its windows go by
+        homeFromAccount,          ///< subject: the program, which asks the account for the home
+        argumentsOfProfileUnused, ///< subject: the profile's file; others were given
+        keptOfReplaced,           ///< subject: how the instance is named
+        separationDropped,        ///< subject: how the instance is named
         // What is left or missing elsewhere.
         remainsLeft,     ///< subject: the hidden folder in which they lie
         notRegistered,   ///< subject: how the instance is named

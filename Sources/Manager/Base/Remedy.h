@@ -7,15 +7,14 @@ namespace korvane {
 enum class Remedy {
     none,
     // Change the request.
-    chooseName,             ///< give the instance another name, or another folder
-    chooseFolder,           ///< take what is there away, or choose another folder
-    chooseHome,             ///< give the request another home
-    chooseIdentifier,       ///< give the request another bundle identifier
-    chooseRunner,           ///< name the runner's file
-    chooseIcon,             ///< give the request an icon
-    replace,                ///< allow the request to replace what is there
-    goWithoutProfile,       ///< mend the profile, or go without it
-    moveToCommandArguments, ///< give them as the command's own arguments
+    chooseName,       ///< give the instance another name, or another folder
+    chooseFolder,     ///< take what is there away, or choose another folder
+    chooseHome,       ///< give the request another home
+    chooseIdentifier, ///< give the request another bundle identifier
+    chooseRunner,     ///< name the runner's file
+    chooseIcon,       ///< give the request an icon
+    replace,          ///< allow the request to replace what is there
+    goWithoutProfile, ///< mend the profile, or go without it
     // Change something else first.
     changeHome,                ///< give the wanted configuration another home
     shareFolders,              ///< let the instance called `subject` share the user's folders
@@ -26,6 +25,9 @@ enum class Remedy {
     stopFirst,                 ///< end what runs of the instance called `subject`
     deleteFirst,               ///< delete the `alternatives`, which are instances
     lookAgain,                 ///< make the plan again
+    workOutArguments,          ///< let those of the instance called `subject` be worked out anew
+    workOutVariables,          ///< the same for its variables
+    hideFromDesktop,           ///< take the instance's entry off the desktop
     // Name something else.
     nameByPath,       ///< name one of the `alternatives`, which are paths
     listInstances,    ///< look at the instances; the name of `alternatives` may be meant

@@ -2,6 +2,8 @@
 
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
+#include "Manager/Desktop/Registration.h"
+#include "Manager/Rules/FieldEffect.h"
 #include "Manager/Rules/UserText.h"
 
 namespace korvane {
@@ -65,6 +67,30 @@ std::string subjectOf(const CreateRequest& request) {
     return {};
 }
 
+/// What would be stored and never heeded is refused: nobody is to rely on it.
+void requireEffects(const CreateRequest& request) {
+    const auto require = [&](bool given, const std::string& field, std::string_view key) {
+        if (given) requireHeeded(field, key, request.kind);
+    };
+    require(!request.args.empty(), "args", "extraArgs");
+    require(!request.addedArgs.empty(), "addedArgs", "extraArgs");
+    require(request.strategy.has_value(), "strategy", "strategy");
+    require(request.shareUserFolders.has_value(), "shareUserFolders", "shareUserFolders");
+    require(!request.environment.empty(), "environment", "environment");
+    require(request.workingDirectory.has_value(), "workingDirectory", "workingDirectory");
+    require(request.inTerminal, "inTerminal", "commandPath");
+    require(request.processName.has_value(), "processName", "targetAppPath");
+    require(request.useProfile == UseProfile::no, "useProfile", "targetAppPath");
+    require(request.home.has_value(), "home", "instanceHome");
+    require(request.registerAsBrowser.has_value(), "registerAsBrowser", "registerAsBrowser");
+    require(request.openWithPassthrough.has_value(), "openWithPassthrough", "openWithPassthrough");
+    // Where instances have entries of their own, nothing but the entry shows them.
+    if (!request.hideIcon.value_or(false) || !registration::isOffered()) return;
+    throw Refusal(Kind::hasNoEffect, "hideIcon",
+                  "hideIcon means nothing on this system, which has no Dock.",
+                  Remedy::hideFromDesktop);
+}
+
 void requireSubject(const CreateRequest& request) {
     const auto subject = subjectOf(request);
     if (subject.empty()) {
@@ -83,6 +109,7 @@ void requireSubject(const CreateRequest& request) {
 void requireSensible(const CreateRequest& request) {
     checkedName(request.name);
     requireAllUtf8(request);
+    requireEffects(request);
     if (request.iconLabel) checkedColor(request.iconLabel->colorHex);
     for (const auto& path : {request.outputFolder, request.icon, request.runner}) {
         requireAbsolute(path, Tilde::isNoStart);

@@ -13,7 +13,8 @@ namespace korvane {
 enum class Existing { refuse, replace };
 
 /// What a new instance is to be. Only `name`, `kind` and what the kind opens have to be given; all
-/// else has a default. Paths are absolute; those that are stored may begin with "~" instead.
+/// else has a default, which is what the instance that is replaced has, where that has something of
+/// the user's own. Paths are absolute; those that are stored may begin with "~" instead.
 struct CreateRequest {
     std::string name; ///< of the instance and its bundle; blanks around it are taken away
     ambrel::ShortcutKind kind{};
@@ -25,11 +26,12 @@ struct CreateRequest {
     ambrel::Path openPath;                ///< file kind, stored
     ambrel::Path commandPath;             ///< command kind, stored
     std::vector<std::string> commandArgs; ///< command kind
+    bool inTerminal = false;              ///< command kind: opened in a terminal's window
 
     std::optional<ambrel::Path> home;         ///< stored; absent: "~/KorvaneInstances/" + name
     std::optional<ambrel::Path> outputFolder; ///< absent: "~/Applications"
-    std::optional<std::string> bundleId;      ///< absent: made of the name
-    std::optional<ambrel::Path> runner;       ///< absent: the installed one
+    std::optional<std::string> bundleId; ///< absent: made of the name, with a counter if need be
+    std::optional<ambrel::Path> runner;  ///< absent: the installed one
     Existing existing = Existing::refuse;
 
     std::optional<ambrel::Strategy> strategy; ///< absent: the profile's, else homeOverride
@@ -39,20 +41,21 @@ struct CreateRequest {
     std::optional<std::string> processName;   ///< before one worked out
     UseProfile useProfile = UseProfile::yes;
     std::optional<ambrel::Path> workingDirectory; ///< stored
-    bool shareUserFolders = true;
+    std::optional<bool> shareUserFolders;         ///< absent: true; the next ones: false
 
-    std::optional<ambrel::Path> icon; ///< any picture
-    std::optional<ambrel::IconLabel> iconLabel;
-    bool hideIcon = false;
+    std::optional<ambrel::Path> icon;           ///< any picture
+    std::optional<ambrel::IconLabel> iconLabel; ///< one of blanks is none
+    std::optional<bool> hideIcon;
     ambrel::StringMap infoPlistOverrides;
-    bool registerAsBrowser = false;
-    bool openWithPassthrough = false;
-    bool menuBarIcon = false;
-    bool menuBarIconTemplate = false;
+    std::optional<bool> registerAsBrowser;
+    std::optional<bool> openWithPassthrough;
+    std::optional<bool> menuBarIcon;
+    std::optional<bool> menuBarIconTemplate;
 };
 
 /// Throws Refusal for a request that can become no instance, whatever there is on disk: badName,
-/// badText, badPath, badColor, badIdentifier, badProcessName and nothingToOpen.
+/// badText, badPath, badColor, badIdentifier, badProcessName and nothingToOpen, and hasNoEffect for
+/// a field that means nothing to the kind or on this system.
 void requireSensible(const CreateRequest& request);
 
 /// The process name that the request asks for, by its field or by its overrides.

@@ -1,6 +1,7 @@
 #include "Manager/Operations/Creation.h"
 
 #include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
@@ -9,6 +10,7 @@
 #include "Manager/Files/StagingFolder.h"
 #include "Manager/Operations/Adopting.h"
 #include "Manager/Operations/CreationNotices.h"
+#include "Manager/Operations/IconOrigin.h"
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
@@ -45,6 +47,18 @@ void requireAsPlanned(const CreationPlan& plan, const UserPlaces& user,
     throw changedMeanwhile(plan.bundle);
 }
 
+/// A bundle that is built, and whether it has the icon of the one that it replaces.
+struct Built {
+    Path bundle;
+    bool hasKeptIcon = false;
+};
+
+/// The icon that was chosen for the replaced instance, unless another one is chosen now.
+IconSource keptIcon(const CreationPlan& plan, const Path& scratch) {
+    if (!plan.replaced || plan.wrapper.customIcon) return {};
+    return iconSourceOf(*plan.replaced, plan.wrapper.iconLabel, scratch);
+}
+
 /// The chosen icon as an icon file, in `folder` where it was none: a bundle shows no other picture.
 std::optional<Path> iconFor(const WrapperFactory::Request& wrapper, const Path& folder) {
     const auto& chosen = wrapper.customIcon;
@@ -54,12 +68,10 @@ std::optional<Path> iconFor(const WrapperFactory::Request& wrapper, const Path& 
     return converted;
 }
 
-Path createIn(const Path& folder, const CreationPlan& plan, const UserPlaces& user) {
-    auto wrapper = plan.wrapper;
-    wrapper.outputDir = folder;
-    wrapper.customIcon = iconFor(wrapper, folder);
+Path createWrapper(const WrapperFactory::Request& wrapper, const std::optional<Path>& runner,
+                   const UserPlaces& user) {
     try {
-        return WrapperFactory(user, plan.request.runner).create(wrapper);
+        return WrapperFactory(user, runner).create(wrapper);
     } catch (const WrapperFactory::FactoryError& error) {
         if (error.kind == WrapperFactory::FactoryError::Kind::badTarget) {
             throw Refusal(Kind::unreadableApplication, error.subject, error.description());
@@ -71,6 +83,19 @@ Path createIn(const Path& folder, const CreationPlan& plan, const UserPlaces& us
         throw Refusal(isRunner ? Kind::unusableRunner : Kind::unreadableApplication, error.subject,
                       ambrel::utf8::oneLine(error.description()));
     }
+}
+
+Built createIn(const Path& folder, const CreationPlan& plan, const UserPlaces& user) {
+    auto wrapper = plan.wrapper;
+    wrapper.outputDir = folder;
+    const auto kept = keptIcon(plan, folder);
+    wrapper.customIcon = kept.picture ? kept.picture : iconFor(wrapper, folder);
+    const auto built = createWrapper(wrapper, plan.request.runner, user);
+    if (kept.isDrawn) {
+        ambrel::fileSystem::replace(ambrel::BundleLayout{built}.icon(),
+                                    ambrel::fileSystem::read(*kept.picture));
+    }
+    return {built, kept.picture.has_value()};
 }
 
 /// Building takes its time, and what came to the place in it is not removed unseen: it is looked at
@@ -113,16 +138,17 @@ InstanceRecord requireReadable(const Path& built, const Path& place, const UserP
 
 Created build(const CreationPlan& plan, const UserPlaces& user) {
     StagingFolder staging(*plan.wrapper.outputDir);
-    const auto built = createIn(staging.path(), plan, user);
+    const auto [built, hasKeptIcon] = createIn(staging.path(), plan, user);
     Created created{.record = requireReadable(built, plan.bundle, user),
                     .replaced = plan.replaced,
                     .reference = plan.reference,
+                    .iconKept = hasKeptIcon,
                     .profile = {},
                     .adopted = {},
                     .notices = {}};
     const auto& config = created.record.config;
     const auto home = usableHome(config, user);
-    created.homeExisted = home && ambrel::fileSystem::exists(*home);
+    created.homeExisted = hasHome(config) && home && ambrel::fileSystem::exists(*home);
     ambrel::NewFolders folders;
     makeHome(config, user, folders);
     if (plan.replaced) {

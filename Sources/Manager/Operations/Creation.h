@@ -14,7 +14,8 @@ struct Created {
     ambrel::InstanceRecord record;
     std::optional<ambrel::InstanceRecord> replaced; ///< the instance that stood there before
     std::string reference; ///< what it is called: its name where that alone finds it, else its path
-    bool homeExisted = false;
+    bool homeExisted = false;              ///< never for a kind that has no use for one
+    bool iconKept = false;                 ///< it is that of `replaced`, which was chosen for it
     std::optional<ProgramProfile> profile; ///< that it was made with; absent without one
     std::optional<ambrel::Path> adopted;   ///< the application that was made for it
     std::vector<Notice> notices;           ///< in the order in which they came up

@@ -1,11 +1,10 @@
 #include "Manager/Operations/CreationNotices.h"
 
 #include "Ambrel/Base/Utf8.h"
-#include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/ProcessName.h"
 #include "Manager/Base/Quoting.h"
-#include "Manager/Files/IconConversion.h"
+#include "Manager/Operations/IconOrigin.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
 
@@ -71,67 +70,29 @@ void addStart(const CreationPlan& plan, NoticeList& list) {
     }
 }
 
-/// Some fields are stored for every kind and used by few.
-void addUnusedFields(const CreateRequest& request, NoticeList& list) {
-    const auto tell = [&](bool given, const std::string& field, Remedy remedy = Remedy::none) {
-        if (!given) return;
-        list.add(Kind::fieldIsUnused, field,
-                 field + " is stored, but means nothing to an instance of the kind " +
-                     std::string(rawValue(request.kind)) + ".",
-                 remedy);
-    };
-    const bool isApp = request.kind == ShortcutKind::app;
-    const bool isCommand = request.kind == ShortcutKind::command;
-    const auto remedy = isCommand ? Remedy::moveToCommandArguments : Remedy::none;
-    tell(!isApp && !request.args.empty(), "args", remedy);
-    tell(!isApp && !request.addedArgs.empty(), "addedArgs", remedy);
-    tell(!isApp && request.strategy, "strategy");
-    tell(!isApp && !request.shareUserFolders, "shareUserFolders");
-    tell(!isApp && !isCommand && !request.environment.empty(), "environment");
-    tell(!isCommand && request.workingDirectory, "workingDirectory");
-    tell(!isApp && request.processName, "processName");
-    tell(!isApp && request.useProfile == UseProfile::no, "useProfile");
-}
-
 void addMissingHosts(const CreateRequest& request, NoticeList& list) {
     if (request.kind == ShortcutKind::web) {
         list.add(Kind::webIsNotHosted, "",
                  "The runner cannot host web sites yet: opening this instance will fail.");
     }
-    if (request.menuBarIcon) {
+    if (request.menuBarIcon.value_or(false)) {
         list.add(Kind::menuBarIsNotHosted, "",
                  "The runner cannot host menu-bar items yet: this instance will run without one.");
     }
 }
 
-void addLabel(const InstanceRecord& made, NoticeList& list) {
-    const auto& label = made.config.iconLabel;
-    if (!label) return;
-    if (!ambrel::fileSystem::exists(ambrel::BundleLayout{made.bundleURL}.icon())) {
-        list.add(Kind::labelWithoutIcon, "", "There is no icon to draw the label on.",
-                 Remedy::chooseIcon);
-    } else if (const auto obstacle = obstacleTo(*label)) {
-        list.add(Kind::labelNotDrawn, label->text, *obstacle);
-    }
-}
-
 void addPaths(const CreateRequest& request, const UserPlaces& user, NoticeList& list) {
-    const auto check = [&](const Path& path, bool mustRun) {
-        if (path.empty()) return;
+    const auto check = [&](const Path& path) {
         const auto place = user.expandingTilde(path);
-        const bool fits = mustRun ? ambrel::fileSystem::isExecutableFile(place)
-                                  : ambrel::fileSystem::exists(place);
-        if (fits) return;
-        list.add(mustRun ? Kind::notRunnableAtPath : Kind::nothingAtPath, place,
-                 ambrel::utf8::oneLine(place) +
-                     (mustRun ? " is no program that can be run now." : " does not exist now."));
+        if (path.empty() || ambrel::fileSystem::exists(place)) return;
+        list.add(Kind::nothingAtPath, place, ambrel::utf8::oneLine(place) + " does not exist now.");
     };
-    if (request.kind == ShortcutKind::file) check(request.openPath, false);
-    if (request.kind == ShortcutKind::command) check(request.commandPath, true);
-    check(request.workingDirectory.value_or(""), false);
+    if (request.kind == ShortcutKind::file) check(request.openPath);
+    check(request.workingDirectory.value_or(""));
 }
 
 void addHome(const InstanceRecord& made, const UserPlaces& user, NoticeList& list) {
+    if (!hasHome(made.config)) return;
     const auto home = usableHome(made.config, user).value_or("");
     if (auto obstacle = homeObstacle(home)) list.found.push_back(std::move(*obstacle));
     if (isPrivateHome(made.config, user)) return;
@@ -155,24 +116,49 @@ std::vector<Notice> noticesOn(const CreationPlan& plan, const InstanceRecord& ma
     NoticeList list;
     if (plan.target) addTarget(*plan.target, list);
     if (plan.start) addStart(plan, list);
-    addUnusedFields(plan.request, list);
     addMissingHosts(plan.request, list);
-    addLabel(made, list);
+    if (auto obstacle = labelObstacle(made)) list.found.push_back(std::move(*obstacle));
     addPaths(plan.request, user, list);
     addStrategy(plan, list);
     addHome(made, user, list);
     return std::move(list.found);
 }
 
+namespace {
+
+/// Given arguments take the place of the profile's, which is then used for the rest alone.
+void addProfile(const CreationPlan& plan, const ProgramProfile& profile, NoticeList& list) {
+    const bool isBroken = profile.profile.confidence == ambrel::Confidence::broken;
+    const bool isUsed = plan.request.args.empty() || profile.profile.extraArgs.empty();
+    if (isUsed || isBroken) {
+        list.add(isBroken ? Kind::profileIsBroken : Kind::profileUsed, profile.file,
+                 profileSentence(*plan.start));
+    } else {
+        list.add(Kind::argumentsOfProfileUnused, profile.file,
+                 "Used the arguments given, in place of those in the profile of " +
+                     inQuotes(profile.profile.displayName) + ".");
+    }
+    if (!isBroken) list.found.back().severity = Notice::Severity::information;
+}
+
+void addKept(const CreationPlan& plan, const Created& created, NoticeList& list) {
+    auto kept = plan.kept;
+    if (created.iconKept) kept.emplace_back("its icon");
+    if (kept.empty()) return;
+    std::string parts;
+    for (const auto& part : kept) parts += (parts.empty() ? "" : ", ") + part;
+    list.add(Kind::keptOfReplaced, created.reference, "Kept of what was there: " + parts + ".");
+    list.found.back().severity = Notice::Severity::information;
+}
+
+} // namespace
+
 std::vector<Notice> noticesOnOrigin(const CreationPlan& plan, const Created& created) {
     NoticeList list;
-    if (created.profile) {
-        const bool isBroken = created.profile->profile.confidence == ambrel::Confidence::broken;
-        list.add(isBroken ? Kind::profileIsBroken : Kind::profileUsed, created.profile->file,
-                 profileSentence(*plan.start));
-        if (!isBroken) list.found.back().severity = Notice::Severity::information;
-    }
-    if (created.homeExisted && !created.replaced && !plan.request.home) {
+    addKept(plan, created, list);
+    if (created.profile) addProfile(plan, *created.profile, list);
+    const bool isUsed = hasHome(created.record.config);
+    if (isUsed && created.homeExisted && !created.replaced && !plan.request.home) {
         list.add(Kind::homeExisted, created.record.config.instanceHome,
                  "Its home was there before, perhaps as that of another instance.",
                  Remedy::chooseHome);

@@ -7,9 +7,13 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/Registration.h"
+#include "Manager/Operations/IconOrigin.h"
+#include "Manager/Operations/KeptParts.h"
 #include "Manager/Programs/ApplicationLookup.h"
+#include "Manager/Programs/Terminal.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/OpenedTypes.h"
 #include "Manager/Rules/Running.h"
 #include "Manager/Rules/UserText.h"
 
@@ -80,23 +84,20 @@ ambrel::Strategy strategyFor(const CreationPlan& plan) {
 
 void setLook(const CreateRequest& request, WrapperFactory::Request& wrapper) {
     wrapper.customIcon = request.icon;
-    wrapper.hideWrapperIcon = request.hideIcon;
-    wrapper.iconLabel = request.iconLabel;
-    wrapper.registerAsBrowser = request.registerAsBrowser;
-    wrapper.openWithPassthrough = request.openWithPassthrough;
-    wrapper.menuBarIcon = request.menuBarIcon;
-    wrapper.menuBarIconTemplate = request.menuBarIconTemplate;
+    wrapper.hideWrapperIcon = request.hideIcon.value_or(false);
+    wrapper.iconLabel = visibleLabel(request.iconLabel);
+    wrapper.registerAsBrowser = request.registerAsBrowser.value_or(false);
+    wrapper.openWithPassthrough = request.openWithPassthrough.value_or(false);
+    wrapper.menuBarIcon = request.menuBarIcon.value_or(false);
+    wrapper.menuBarIconTemplate = request.menuBarIconTemplate.value_or(false);
 }
 
-void setPlaces(const CreateRequest& request, const UserPlaces& user,
-               WrapperFactory::Request& wrapper) {
+void setPlaces(const CreateRequest& request, WrapperFactory::Request& wrapper) {
     const auto& name = request.name;
     wrapper.displayName = name;
     wrapper.instanceHome = request.home.value_or(WrapperFactory::defaultInstanceHome(name));
-    wrapper.outputDir = request.outputFolder.value_or(WrapperFactory::defaultOutputDir(user));
-    wrapper.bundleId = request.bundleId.value_or(WrapperFactory::defaultBundleId(name));
     wrapper.workingDirectory = request.workingDirectory;
-    wrapper.shareUserFolders = request.shareUserFolders;
+    wrapper.shareUserFolders = request.shareUserFolders.value_or(true);
 }
 
 ambrel::AppBundle targetOf(const CreateRequest& request, const UserPlaces& user,
@@ -107,6 +108,44 @@ ambrel::AppBundle targetOf(const CreateRequest& request, const UserPlaces& user,
                   "Not a readable .app: " + ambrel::utf8::oneLine(request.targetApp));
 }
 
+void requireRunnable(const Path& program, const Path& place) {
+    if (ambrel::fileSystem::isExecutableFile(place)) return;
+    const bool isThere = ambrel::fileSystem::exists(place);
+    throw Refusal(Kind::unknownProgram, program,
+                  ambrel::utf8::oneLine(place) +
+                      (isThere ? " is no program that can be run." : " does not exist."));
+}
+
+void setCommand(const CreateRequest& request, const UserPlaces& user,
+                const Environment& environment, WrapperFactory::Request& wrapper) {
+    const auto program = user.expandingTilde(request.commandPath);
+    requireRunnable(request.commandPath, program);
+    wrapper.commandPath = request.commandPath;
+    wrapper.commandArgs = request.commandArgs;
+    if (!request.inTerminal) return;
+    const auto terminal = findTerminal(environment);
+    if (!terminal) {
+        throw Refusal(Kind::notOffered, "",
+                      "There is no terminal to open it in: none that is known is in the folders of "
+                      "PATH.");
+    }
+    auto arguments = terminal->before;
+    arguments.push_back(program);
+    arguments.insert(arguments.end(), request.commandArgs.begin(), request.commandArgs.end());
+    wrapper.commandPath = terminal->program;
+    wrapper.commandArgs = std::move(arguments);
+}
+
+/// On a desktop of entries an instance opens what the entry of its application opens.
+void requireOpenedTypes(const CreationPlan& plan) {
+    if (!plan.request.openWithPassthrough.value_or(false) || !registration::isOffered()) return;
+    if (namesOpenedTypes(*plan.target)) return;
+    const std::string name{ambrel::paths::stem(plan.target->url)};
+    throw Refusal(Kind::hasNoEffect, "openWithPassthrough",
+                  inQuotes(name) + " names no types of files that it opens: an instance of it "
+                                   "cannot be offered for opening documents.");
+}
+
 void setSubject(CreationPlan& plan, const UserPlaces& user, const Environment& environment) {
     const auto& request = plan.request;
     auto& wrapper = plan.wrapper;
@@ -115,6 +154,7 @@ void setSubject(CreationPlan& plan, const UserPlaces& user, const Environment& e
     case ambrel::ShortcutKind::app:
         plan.target = targetOf(request, user, environment);
         wrapper.targetApp = plan.target->url;
+        requireOpenedTypes(plan);
         break;
     case ambrel::ShortcutKind::web:
         wrapper.url = request.url;
@@ -123,8 +163,7 @@ void setSubject(CreationPlan& plan, const UserPlaces& user, const Environment& e
         wrapper.openPath = request.openPath;
         break;
     case ambrel::ShortcutKind::command:
-        wrapper.commandPath = request.commandPath;
-        wrapper.commandArgs = request.commandArgs;
+        setCommand(request, user, environment, wrapper);
         break;
     }
 }
@@ -183,6 +222,37 @@ void requireOwnClaims(const CreationPlan& plan, const std::vector<InstanceRecord
     }
 }
 
+bool isFree(const std::string& bundleId, const CreationPlan& plan,
+            const std::vector<InstanceRecord>& instances, const UserPlaces& user,
+            const Environment& environment) {
+    try {
+        InstanceConfig config;
+        config.bundleId = bundleId;
+        requireOwnBundleId(config, plan.bundle, instances);
+        registration::requireFree(bundleId, plan.bundle, user, environment,
+                                  Remedy::chooseIdentifier);
+        return true;
+    } catch (const Refusal& refusal) {
+        const bool isTaken =
+            refusal.kind == Kind::identifierTaken || refusal.kind == Kind::entryTaken;
+        if (!isTaken) throw;
+        return false;
+    }
+}
+
+/// Names that differ only in what an identifier cannot hold are told apart by a counter. Where all
+/// are taken the last one is refused as one that was given is.
+std::string freeBundleId(const CreationPlan& plan, const std::vector<InstanceRecord>& instances,
+                         const UserPlaces& user, const Environment& environment) {
+    constexpr int last = 999;
+    const auto usual = WrapperFactory::defaultBundleId(plan.request.name);
+    auto id = usual;
+    for (int count = 2; count <= last && !isFree(id, plan, instances, user, environment); ++count) {
+        id = usual + "-" + std::to_string(count);
+    }
+    return id;
+}
+
 } // namespace
 
 std::optional<InstanceRecord> requirePossible(const CreationPlan& plan,
@@ -204,17 +274,23 @@ CreationPlan planCreation(const CreateRequest& request, const UserPlaces& user,
     plan.request = request;
     plan.request.name = checkedName(request.name);
     requireIconFile(request.icon);
-    setLook(plan.request, plan.wrapper);
-    setPlaces(plan.request, user, plan.wrapper);
+    auto& wrapper = plan.wrapper;
+    wrapper.outputDir = request.outputFolder.value_or(WrapperFactory::defaultOutputDir(user));
+    plan.bundle = BundleLayout::wrapper(*wrapper.outputDir, plan.request.name).bundle;
+    plan.replaced = requireReplaceable(plan.bundle, request.existing, user);
+    if (plan.replaced) plan.kept = keepParts(*plan.replaced, plan.request, user, environment);
+    setLook(plan.request, wrapper);
+    setPlaces(plan.request, wrapper);
     setSubject(plan, user, environment);
-    setStart(plan, user, environment);
-    plan.bundle = BundleLayout::wrapper(*plan.wrapper.outputDir, plan.request.name).bundle;
     // The only look at all of them: an identifier and a home can be those of any.
-    const auto instances = instancesWith(*plan.wrapper.outputDir, user);
-    plan.replaced = requirePossible(plan, instances, user, environment);
-    plan.reference = nameAmong(instances, {plan.bundle, claimsOf(plan.wrapper)}, user);
+    const auto instances = instancesWith(*wrapper.outputDir, user);
+    const auto& bundleId = plan.request.bundleId;
+    wrapper.bundleId = bundleId ? *bundleId : freeBundleId(plan, instances, user, environment);
+    setStart(plan, user, environment);
+    requirePossible(plan, instances, user, environment);
+    plan.reference = nameAmong(instances, {plan.bundle, claimsOf(wrapper)}, user);
     if (plan.replaced) plan.replacedSize = sizeOfTree(plan.bundle);
-    const auto home = usableHome(claimsOf(plan.wrapper), user);
+    const auto home = usableHome(claimsOf(wrapper), user);
     plan.homeExists = home && ambrel::fileSystem::exists(*home);
     return plan;
 }

@@ -15,7 +15,8 @@ namespace korvane {
 
 /// What would be done for a request.
 struct CreationPlan {
-    CreateRequest request;                   ///< as it was given, with the name trimmed
+    /// As it was given, with the name trimmed and what is kept of the replaced instance.
+    CreateRequest request;
     ambrel::WrapperFactory::Request wrapper; ///< with everything worked out
     std::optional<ambrel::AppBundle> target; ///< app kind
     std::optional<StartPlan> start;          ///< app kind: how the target is started
@@ -23,13 +24,15 @@ struct CreationPlan {
     ambrel::Path bundle;                            ///< where the instance will stand
     std::optional<ambrel::InstanceRecord> replaced; ///< goes; its data stays
     TreeSize replacedSize;                          ///< of the bundle that goes
+    std::vector<std::string> kept;                  ///< of `replaced`, in words
     bool homeExists = false;                        ///< the home is there, with what is in it
     /// What the instance will be called: its name where that alone finds it, else its path.
     std::string reference;
 };
 
 /// Looks at everything that a new instance depends on; writes nothing. Throws what
-/// requireSensible() throws, and Refusal unreadableApplication, unusableIcon, unusableProfile, and
+/// requireSensible() throws, and Refusal unreadableApplication, unknownProgram, notOffered,
+/// unusableIcon, unusableProfile, hasNoEffect for an application that names no types of files, and
 /// what requirePossible() throws; for a request with a program what requireApplication() throws, so
 /// that one which is no application yet is refused with adoptFirst. LibraryError where the system
 /// lacks what applications are read with.

@@ -3,6 +3,7 @@
 #include "Ambrel/Home/HomePreparation.h"
 #include "Ambrel/Home/HomesElsewhere.h"
 #include "Ambrel/Platform/SocketPath.h"
+#include "Manager/Rules/FieldEffect.h"
 
 namespace korvane {
 
@@ -16,11 +17,15 @@ bool isPrivateHome(const InstanceConfig& config, const UserPlaces& user) {
     return HomePreparation::isPrivate(ResolvedInstance::of(config, user), user);
 }
 
+bool hasHome(const InstanceConfig& config) { return isHeeded("instanceHome", config.kind); }
+
 void makeHome(const InstanceConfig& config, const UserPlaces& user, ambrel::NewFolders& folders) {
+    if (!hasHome(config)) return;
     HomePreparation::make(ResolvedInstance::of(config, user), folders);
 }
 
 std::vector<Notice> furnishHome(const InstanceConfig& config, const UserPlaces& user) {
+    if (!hasHome(config)) return {};
     const auto instance = ResolvedInstance::of(config, user);
     std::vector<Notice> notices;
     for (const auto& failure : HomePreparation::furnish(instance, user)) {

@@ -13,7 +13,12 @@ namespace korvane {
 /// home now. Never fails.
 void forgetHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user) noexcept;
 
-// The operations of HomePreparation, for an instance as it is stored.
+/// Whether an instance of this kind has a use for its home: a document is opened by another
+/// program, which has its own.
+bool hasHome(const ambrel::InstanceConfig& config);
+
+// The operations of HomePreparation, for an instance as it is stored. Where it has no use for a
+// home none is made.
 bool isPrivateHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user);
 void makeHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user,
               ambrel::NewFolders& folders);

@@ -36,11 +36,39 @@ std::vector<std::string> optionNames(const CLI::App& app) {
     return names;
 }
 
-[[noreturn]] void refuseExtras(const CLI::App& app, const Verb& verb) {
+/// The commands beside `verb` that take `option`, as they are typed.
+std::string commandsWith(const std::string& option, const Verb& verb,
+                         const std::vector<Verb>& verbs, const Surroundings& surroundings) {
+    std::string commands;
+    for (const auto& other : verbs) {
+        if (firstWord(other.name) != firstWord(verb.name)) continue;
+        Parser app(other.summary, other.name);
+        const auto action = other.declare(app, surroundings);
+        if (app.get_option_no_throw(option) == nullptr) continue;
+        commands += (commands.empty() ? "korvane " : ", korvane ") + other.name;
+    }
+    return commands;
+}
+
+/// Refuses an option that other verbs of its group have, or other systems.
+void refuseWithoutEffect(const std::string& option, const Verb& verb,
+                         const std::vector<Verb>& verbs, const Surroundings& surroundings) {
+    for (const auto& [name, sentence] : verb.unoffered) {
+        if (name == option) throw UsageError(sentence);
+    }
+    if (verb.about.empty() || !option.starts_with("--")) return;
+    const auto commands = commandsWith(option, verb, verbs, surroundings);
+    if (commands.empty()) return;
+    throw UsageError(option + " means nothing to " + verb.about + ": it belongs to: " + commands);
+}
+
+[[noreturn]] void refuseExtras(const CLI::App& app, const Verb& verb,
+                               const std::vector<Verb>& verbs, const Surroundings& surroundings) {
     auto extras = app.remaining();
     std::erase(extras, "--");
     const auto first = extras.empty() ? std::string("--") : extras.front();
     const auto name = first.substr(0, first.find('='));
+    refuseWithoutEffect(name, verb, verbs, surroundings);
     const auto meant = name.starts_with("--") ? guess(name, optionNames(app)) : "";
     throw UsageError(inQuotes(first) + " is not expected here." + meant +
                      (first.starts_with('-') ? " What begins with \"-\" but is no option goes "
@@ -49,11 +77,10 @@ std::vector<std::string> optionNames(const CLI::App& app) {
                      " See: korvane " + verb.name + " --help");
 }
 
-int parseAndRun(const Verb& verb, const std::vector<std::string>& words,
-                const Surroundings& surroundings) {
+int parseAndRun(const Verb& verb, const std::vector<Verb>& verbs,
+                const std::vector<std::string>& words, const Surroundings& surroundings) {
     Parser app(verb.summary, "korvane " + verb.name);
-    app.formatter(
-        std::make_shared<HelpFormatter>(verb.examples, verb.rules.trailingAfter.has_value()));
+    app.formatter(std::make_shared<HelpFormatter>(verb.examples, verb.rules.trailingUsage()));
     const auto action = verb.declare(app, surroundings);
     auto [parsed, trailing] = options::arrange(app, words, verb.rules);
     std::reverse(parsed.begin(), parsed.end());
@@ -64,7 +91,7 @@ int parseAndRun(const Verb& verb, const std::vector<std::string>& words,
         return 0;
     } catch (const CLI::ParseError& error) {
         // A mistyped option also leaves a required word missing; it is the better thing to name.
-        if (app.remaining_size() > 0) refuseExtras(app, verb);
+        if (app.remaining_size() > 0) refuseExtras(app, verb, verbs, surroundings);
         throw UsageError(ambrel::utf8::oneLine(error.what()) + ". See: korvane " + verb.name +
                          " --help");
     }
@@ -94,7 +121,7 @@ int CommandLine::run(const std::vector<std::string>& words,
     }
     const auto& verb = requireVerb(words);
     const auto used = verb.name.find(' ') == std::string::npos ? 1 : 2;
-    return parseAndRun(verb, {words.begin() + used, words.end()}, surroundings);
+    return parseAndRun(verb, verbs_, {words.begin() + used, words.end()}, surroundings);
 }
 
 const Verb* CommandLine::find(const std::string& name) const {
@@ -168,7 +195,7 @@ int CommandLine::help(const std::vector<std::string>& words,
         surroundings.results << overview(words.front());
         return 0;
     }
-    return parseAndRun(requireVerb(words), {"--help"}, surroundings);
+    return parseAndRun(requireVerb(words), verbs_, {"--help"}, surroundings);
 }
 
 } // namespace korvane

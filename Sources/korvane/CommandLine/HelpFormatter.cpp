@@ -2,8 +2,8 @@
 
 namespace korvane {
 
-HelpFormatter::HelpFormatter(std::vector<std::string> examples, bool takesTrailing)
-    : examples_(std::move(examples)), takesTrailing_(takesTrailing) {
+HelpFormatter::HelpFormatter(std::vector<std::string> examples, std::string trailing)
+    : examples_(std::move(examples)), trailing_(std::move(trailing)) {
     column_width(30);
 }
 
@@ -19,7 +19,7 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string name,
 
 std::string HelpFormatter::make_usage(const CLI::App* app, std::string name) const {
     auto text = CLI::Formatter::make_usage(app, std::move(name));
-    if (takesTrailing_) text.insert(text.find_last_not_of('\n') + 1, " [-- ARG...]");
+    if (!trailing_.empty()) text.insert(text.find_last_not_of('\n') + 1, " " + trailing_);
     return text;
 }
 

@@ -7,10 +7,11 @@
 
 namespace korvane {
 
-/// Lays out a verb's help: what it does, examples, usage, options.
+/// Lays out a verb's help: what it does, examples, usage, options. `trailing` stands at the end of
+/// the usage.
 class HelpFormatter final : public CLI::Formatter {
 public:
-    HelpFormatter(std::vector<std::string> examples, bool takesTrailing);
+    HelpFormatter(std::vector<std::string> examples, std::string trailing);
 
     std::string make_help(const CLI::App* app, std::string name,
                           CLI::AppFormatMode mode) const override;
@@ -19,7 +20,7 @@ public:
 
 private:
     std::vector<std::string> examples_;
-    bool takesTrailing_;
+    std::string trailing_;
 };
 
 } // namespace korvane

@@ -21,6 +21,10 @@ CLI::Option* texts(CLI::App& app, const std::string& name, std::vector<std::stri
 CLI::Option* flag(CLI::App& app, const std::string& name, bool& value,
                   const std::string& description);
 
+/// "--option,!--no-option": the value stays absent where neither is given.
+CLI::Option* choiceOf(CLI::App& app, const std::string& names, std::optional<bool>& value,
+                      const std::string& description);
+
 /// Says what the values of `option` stand for, where its name for them does not tell. A parser that
 /// keeps no such thing is left as it is.
 CLI::Option* taking(CLI::App& app, CLI::Option* option, Values values);
@@ -53,19 +57,30 @@ CLI::Option* instanceNames(CLI::App& app, std::vector<std::string>& values);
 /// "--json".
 CLI::Option* asJson(CLI::App& app, bool& value, const std::string& description = "Write JSON");
 
-/// The command line as the parser is to see it, and what stands after "--" for the verb's own use.
+/// The command line as the parser is to see it, and what is set apart for the verb's own use.
 struct Arguments {
     std::vector<std::string> parsed;
     std::vector<std::string> trailing;
 };
 
+/// What sets the words apart that a verb hands on.
+enum class Apart {
+    byDashes,   ///< the first "--", once the verb has its own words
+    byPosition, ///< the last of the verb's own words; a "--" directly behind it is taken away
+};
+
 /// What a verb's command line may do beyond the usual.
 struct Rules {
-    /// What follows the first "--" is set apart once so many words without an option have been
-    /// seen; absent: nothing is.
+    /// How many words without an option are the verb's own, where others can be set apart behind
+    /// them; absent: nothing is.
     std::optional<std::size_t> trailingAfter{};
-    /// Behind the first word without an option, one option may be followed by several values.
+    /// Behind the first word without an option, one that may be repeated may be followed by several
+    /// values.
     bool severalValues = false;
+    Apart apart = Apart::byDashes;
+
+    /// How help shows the words that are set apart; empty where there are none.
+    std::string trailingUsage() const;
 };
 
 /// Splits "--option=" with an empty value in two, which the parser would give the next word, and

@@ -5,12 +5,13 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace korvane {
 
-/// What a verb does once its words are known. The argument is what stood after "--", for a verb
-/// that wants it. Returns the exit status.
+/// What a verb does once its words are known. The argument is what was set apart by the verb's
+/// rules. Returns the exit status.
 using Action = std::function<int(const std::vector<std::string>& trailing)>;
 
 /// One verb of the command line, such as "list" or "create app".
@@ -21,6 +22,9 @@ struct Verb {
     /// Adds the verb's options to the parser and returns what it does.
     std::function<Action(CLI::App&, const Surroundings&)> declare;
     options::Rules rules{};
+    std::string about{}; ///< "a command": what it is for, as an option of another verb is not
+    /// Options that this system has no use for, and what to say to who gives one.
+    std::vector<std::pair<std::string, std::string>> unoffered{};
 };
 
 } // namespace korvane

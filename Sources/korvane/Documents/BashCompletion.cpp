@@ -48,7 +48,7 @@ _korvane_offer_taken() {
 constexpr const char* tail = R"sh(
 _korvane() {
     local word=${COMP_WORDS[COMP_CWORD]} verb=${COMP_WORDS[1]} first=2
-    local options='' valued='' words=() several='' trailing='' taken=text choices=''
+    local options='' valued='' words=() several='' trailing='' apart='' taken=text choices=''
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
         _korvane_offer -W "$commands help --help --version" -- "$word"
@@ -64,7 +64,10 @@ _korvane() {
     # Options with their values, and how many words stand before this one.
     local at index=0 dashed='' before='' last=''
     for ((at = first; at < COMP_CWORD; at++)); do
-        if [[ -n $dashed ]]; then
+        if [[ -n $apart && $index -ge ${#words[@]} ]]; then
+            dashed=yes # all of it is the program's own
+            ((index++))
+        elif [[ -n $dashed ]]; then
             ((index++))
         elif [[ ${COMP_WORDS[at]} == -- ]]; then
             dashed=yes
@@ -78,6 +81,7 @@ _korvane() {
             ((index++))
         fi
     done
+    [[ -n $apart && $index -ge ${#words[@]} ]] && dashed=yes
     [[ $word == '=' ]] && word=''
 
     if [[ -z $before && -z $dashed && $word == -* ]]; then
@@ -141,6 +145,7 @@ std::string command(const VerbDescription& verb) {
         text += "        trailing='" + words.back() + "'\n";
     }
     if (verb.rules.trailingAfter) text += "        trailing='file'\n";
+    if (verb.rules.apart == options::Apart::byPosition) text += "        apart=yes\n";
     if (verb.rules.severalValues) text += "        several=yes\n";
     return text + "        ;;\n";
 }

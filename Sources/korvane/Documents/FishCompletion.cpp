@@ -24,13 +24,12 @@ function __korvane_is
     end
 end
 
-function __korvane_word
-    # Whether word $argv[1] of the command that the others name is what comes next.
-    __korvane_is $argv[2..]; or return 1
+function __korvane_count
+    # How many words stand behind the $argv[1] words of the command, and whether a value is next.
     set -l words (commandline -opc)
     set -l seen 0
     set -l value no
-    for word in $words[(math (count $argv) + 1)..]
+    for word in $words[(math $argv[1] + 2)..]
         if test $value = yes
             set value no
         else if contains -- $word $__korvane_valued
@@ -39,7 +38,22 @@ function __korvane_word
             set seen (math $seen + 1)
         end
     end
-    test $value = no; and test (math $seen + 1) -eq $argv[1]
+    echo $seen
+    echo $value
+end
+
+function __korvane_word
+    # Whether word $argv[1] of the command that the others name is what comes next.
+    __korvane_is $argv[2..]; or return 1
+    set -l count (__korvane_count (math (count $argv) - 1))
+    test $count[2] = no; and test (math $count[1] + 1) -eq $argv[1]
+end
+
+function __korvane_before
+    # Whether word $argv[1] of the command that the others name is not there yet.
+    __korvane_is $argv[2..]; or return 1
+    set -l count (__korvane_count (math (count $argv) - 1))
+    test $count[1] -lt $argv[1]
 end
 
 function __korvane_needs_verb
@@ -123,12 +137,17 @@ std::string linesFor(const VerbDescription& verb, const CompletionData& data) {
         text +=
             "complete -c korvane -n " + conditionFor(verb, data.verbs, question) + offered + "\n";
     }
+    const bool isByPosition = verb.rules.apart == options::Apart::byPosition;
+    const auto before = "__korvane_before " + std::to_string(number);
     if (verb.rules.trailingAfter) {
-        const auto question = "__korvane_word " + std::to_string(number + 1);
+        const auto next = "__korvane_word " + std::to_string(number + 1);
+        const auto behind = "__korvane_is " + verb.name + "; and not " + before;
+        const auto question = isByPosition ? behind : next;
         text += "complete -c korvane -n " + conditionFor(verb, data.verbs, question) + " -F\n";
     }
+    const std::string question = isByPosition ? before : "__korvane_is";
     for (const auto& option : verb.options) {
-        text += optionLine(conditionFor(verb, data.verbs, "__korvane_is"), option, data.keys);
+        text += optionLine(conditionFor(verb, data.verbs, question), option, data.keys);
     }
     return text;
 }

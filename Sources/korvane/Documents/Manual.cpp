@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 
@@ -39,6 +40,7 @@ std::string sentence(const std::string& text) {
 struct Sheet {
     std::string text;
     std::map<std::string, std::string> notes;
+    std::set<std::string> used;
 
     explicit Sheet(const std::string& sheet) {
         constexpr std::string_view begin = "@notes ";
@@ -53,9 +55,23 @@ struct Sheet {
         }
     }
 
-    std::string take(const std::string& about) {
-        auto node = notes.extract(about);
-        return node ? node.mapped() : std::string();
+    /// The notes on the first of `subjects` that has some.
+    std::string noteOn(const std::vector<std::string>& subjects) {
+        for (const auto& about : subjects) {
+            const auto found = notes.find(about);
+            if (found == notes.end()) continue;
+            used.insert(about);
+            return found->second;
+        }
+        return {};
+    }
+
+    void requireAllUsed() const {
+        for (const auto& [about, ignored] : notes) {
+            if (used.contains(about)) continue;
+            throw std::runtime_error("The manual has notes on \"" + about +
+                                     "\", which is no command or option.");
+        }
     }
 
     /// Puts `by` in the place of every `what`.
@@ -83,12 +99,14 @@ std::string optionText(const OptionDescription& option) {
 
 bool isHelp(const OptionDescription& option) { return option.names.back() == "--help"; }
 
+/// With the notes on them, which may be on those of the whole group.
 std::string optionList(const VerbDescription& verb, const std::string& about, Sheet& sheet) {
     std::string text;
     for (const auto& option : verb.options) {
         if (isHelp(option)) continue;
-        text +=
-            optionHead(option) + optionText(option) + sheet.take(about + " " + option.names.back());
+        const auto& name = option.names.back();
+        text += optionHead(option) + optionText(option) +
+                sheet.noteOn({about + " " + name, verb.firstWord() + " " + name});
     }
     return text;
 }
@@ -98,7 +116,10 @@ std::string verbHead(const VerbDescription& verb) {
     for (const auto& word : verb.words) {
         text += " \\fI" + roff(word.name) + "\\fB" + (word.repeats ? "..." : "");
     }
-    if (verb.rules.trailingAfter) text += " [\\-\\- \\fIARG\\fB ...]";
+    if (verb.rules.trailingAfter) {
+        const bool isByDashes = verb.rules.apart == options::Apart::byDashes;
+        text += isByDashes ? " [\\-\\- \\fIARG\\fB ...]" : " [\\fIARG\\fB ...]";
+    }
     return ".SS \"" + text + "\"\n";
 }
 
@@ -113,17 +134,25 @@ std::size_t alike(const std::vector<VerbDescription>& verbs, std::size_t first) 
     return end - first;
 }
 
+bool isFirstOfGroup(const std::vector<VerbDescription>& verbs, std::size_t at) {
+    const bool isOfTwo = !verbs[at].secondWord().empty();
+    return isOfTwo && (at == 0 || verbs[at - 1].firstWord() != verbs[at].firstWord());
+}
+
 std::string commands(const std::vector<VerbDescription>& verbs, Sheet& sheet) {
     std::string text;
     for (std::size_t first = 0; first < verbs.size();) {
         const auto count = alike(verbs, first);
         for (auto at = first; at < first + count; ++at) {
-            text += verbHead(verbs[at]) + sentence(verbs[at].summary) + sheet.take(verbs[at].name);
+            text +=
+                verbHead(verbs[at]) + sentence(verbs[at].summary) + sheet.noteOn({verbs[at].name});
         }
         auto about = verbs[first].name;
         if (count > 1) {
             about = verbs[first].firstWord();
-            text += ".SS \"Options of korvane " + about + "\"\n" + sheet.take(about);
+            text += ".SS \"Options of korvane " + about + "\"\n" + sheet.noteOn({about});
+        } else if (isFirstOfGroup(verbs, first)) {
+            text += sheet.noteOn({verbs[first].firstWord()});
         }
         text += optionList(verbs[first], about, sheet);
         first += count;
@@ -180,10 +209,7 @@ std::string manual(const std::string& text, const std::vector<VerbDescription>& 
     sheet.replace("@commands@\n", commands(verbs, sheet));
     sheet.replace("@configuration@\n", configuration());
     sheet.replace("@version@", std::string(version));
-    if (!sheet.notes.empty()) {
-        throw std::runtime_error("The manual has notes on \"" + sheet.notes.begin()->first +
-                                 "\", which is no command or option.");
-    }
+    sheet.requireAllUsed();
     return sheet.text;
 }
 

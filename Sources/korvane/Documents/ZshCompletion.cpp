@@ -89,11 +89,15 @@ std::string optionArguments(const OptionDescription& option, const std::vector<s
 std::string arguments(const VerbDescription& verb, const std::vector<std::string>& keys) {
     std::string text = "    " + shellQuoted(verb.name) + ")\n        _arguments";
     for (const auto& option : verb.options) text += optionArguments(option, keys);
-    int number = 0;
+    const bool isByPosition = verb.rules.apart == options::Apart::byPosition;
+    std::size_t number = 0;
     for (const auto& word : verb.words) {
+        // Behind the word that begins with an exclusion of "-" no option is offered any more.
+        const bool endsOptions = isByPosition && number + 1 == verb.rules.trailingAfter;
         const auto place = word.repeats ? "*" : std::to_string(++number);
         text += " \\\n            " +
-                shellQuoted(place + ":" + word.name + ":" + actionFor(word.values, keys));
+                shellQuoted((endsOptions ? "(-)" : "") + place + ":" + word.name + ":" +
+                            actionFor(word.values, keys));
     }
     if (verb.rules.trailingAfter) text += " \\\n            '*:argument:_files'";
     return text + "\n        ;;\n";

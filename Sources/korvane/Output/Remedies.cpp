@@ -23,26 +23,14 @@ constexpr std::array<std::pair<Remedy, const char*>, 15> remedySentences{{
     {Remedy::chooseIcon, ": give one with --icon."},
     {Remedy::replace, " Replace it with --replace."},
     {Remedy::goWithoutProfile, " Mend it, or go without it with --no-profile."},
-    {Remedy::moveToCommandArguments, " A command's arguments stand behind \"--\"."},
     {Remedy::changeHome, " Choose another one."},
     {Remedy::createAgain, " Make it anew with: korvane create … --replace"},
     {Remedy::createAgainWithIdentifier,
      " An instance gets another identifier with: korvane create … --replace --bundle-id ID"},
     {Remedy::lookAgain, " Try again."},
+    {Remedy::hideFromDesktop, " An instance leaves the menu with: korvane unregister NAME"},
     {Remedy::listApplications, " See: korvane apps"},
     {Remedy::listLeftovers, " See: korvane leftovers"},
-}};
-
-/// The options that fill the fields of a request.
-constexpr std::array<std::pair<std::string_view, const char*>, 8> optionsOfFields{{
-    {"args", "--arg"},
-    {"addedArgs", "--add-arg"},
-    {"strategy", "--strategy"},
-    {"shareUserFolders", "--no-share-folders"},
-    {"environment", "--env"},
-    {"workingDirectory", "--working-directory"},
-    {"processName", "--process-name"},
-    {"useProfile", "--no-profile"},
 }};
 
 std::string suggestion(const std::vector<std::string>& alternatives) {
@@ -68,6 +56,10 @@ std::string remedyText(Remedy remedy, const std::string& subject,
         return " Try again with: " + commandLine("register", {subject});
     case Remedy::stopFirst:
         return " Stop it first with: " + commandLine("stop", {subject});
+    case Remedy::workOutArguments:
+        return " Get them back with: " + commandLine("edit", {subject}) + " --unset extraArgs";
+    case Remedy::workOutVariables:
+        return " Get them back with: " + commandLine("edit", {subject}) + " --unset environment";
     case Remedy::deleteFirst:
         return listed(" Delete first:", alternatives);
     case Remedy::nameByPath:
@@ -90,14 +82,6 @@ std::string joined(std::string sentence, const std::string& remedy) {
     return sentence + remedy;
 }
 
-/// The sentence of fieldIsUnused with the option in place of the field.
-std::string withOption(const Notice& notice) {
-    for (const auto& [field, option] : optionsOfFields) {
-        if (field == notice.subject) return option + notice.sentence.substr(field.size());
-    }
-    return notice.sentence;
-}
-
 } // namespace
 
 std::string wholeText(const Refusal& refusal) {
@@ -117,8 +101,6 @@ std::string wholeText(const Notice& notice) {
         return notice.sentence + " Choose a shorter one with --home.";
     case Notice::Kind::homeExisted:
         return notice.sentence + " Choose one of its own with --home.";
-    case Notice::Kind::fieldIsUnused:
-        return joined(withOption(notice), remedyText(notice.remedy, notice.subject, {}));
     default:
         return joined(notice.sentence, remedyText(notice.remedy, notice.subject, {}));
     }

@@ -4,13 +4,13 @@
 #include "Manager/Programs/PathSearch.h"
 #include "Manager/Rules/UserText.h"
 #include "korvane/CommandLine/EnumText.h"
+#include "korvane/Verbs/OptionValues.h"
 
 namespace korvane {
 
 using ambrel::IconLabel;
 using ambrel::Path;
 using ambrel::ShortcutKind;
-using ambrel::StringMap;
 
 namespace {
 
@@ -35,34 +35,13 @@ void requireAllUtf8(const CreateOptions& options) {
     requireUtf8Each(options.plist, "--plist");
 }
 
-/// "K=V" split at the first "=". Throws UsageError, naming `option`, without a key or "=".
-std::pair<std::string, std::string> keyAndValue(const std::string& text,
-                                                const std::string& option) {
-    const auto equals = text.find('=');
-    if (equals != std::string::npos && equals > 0) {
-        return {text.substr(0, equals), text.substr(equals + 1)};
-    }
-    throw UsageError(option + " wants KEY=VALUE, not " + inQuotes(text) + ".");
-}
-
-StringMap mapFrom(const std::vector<std::string>& texts, const std::string& option) {
-    StringMap map;
-    for (const auto& text : texts) {
-        auto [key, value] = keyAndValue(text, option);
-        map.insert_or_assign(std::move(key), std::move(value));
-    }
-    return map;
-}
-
 std::optional<IconLabel> labelFrom(const CreateOptions& options) {
     if (!options.label) {
         if (!options.labelColor && !options.labelPosition) return std::nullopt;
         throw UsageError("--label-color and --label-position want the text of the --label.");
     }
-    using Position = IconLabel::Position;
-    return IconLabel{
-        *options.label, checkedColor(options.labelColor.value_or("FFFFFF")),
-        enumFrom<Position>(options.labelPosition.value_or("bottom"), "--label-position")};
+    return labelWith({*options.label, "FFFFFF", IconLabel::Position::bottom}, options.labelColor,
+                     options.labelPosition);
 }
 
 Path homeFrom(const std::string& text) {
@@ -92,6 +71,7 @@ void setSubject(const CreateOptions& options, const Surroundings& surroundings,
     case ShortcutKind::command:
         request.commandPath = programFrom(subject, surroundings);
         request.commandArgs = options.commandArgs;
+        request.inTerminal = options.terminal;
         break;
     }
 }
@@ -118,7 +98,7 @@ void setStart(const CreateOptions& options, CreateRequest& request) {
     request.environment = mapFrom(options.environment, "--env");
     request.processName = options.processName;
     request.useProfile = options.noProfile ? UseProfile::no : UseProfile::yes;
-    request.shareUserFolders = !options.noShareFolders;
+    if (options.noShareFolders) request.shareUserFolders = false;
     request.infoPlistOverrides = mapFrom(options.plist, "--plist");
     if (const auto name = processNameOf(request)) {
         requireProcessName(*name, options.processName ? "--process-name" : ambrel::processNameKey);
@@ -129,11 +109,11 @@ void setLook(const CreateOptions& options, const Surroundings& surroundings,
              CreateRequest& request) {
     if (options.icon) request.icon = usablePath(*options.icon, surroundings.user);
     request.iconLabel = labelFrom(options);
-    request.hideIcon = options.hideIcon;
+    if (options.hideIcon) request.hideIcon = true;
     request.registerAsBrowser = options.browser;
     request.openWithPassthrough = options.openWith;
-    request.menuBarIcon = options.menuBar;
-    request.menuBarIconTemplate = options.menuBarTemplate;
+    if (options.menuBar) request.menuBarIcon = true;
+    if (options.menuBarTemplate) request.menuBarIconTemplate = true;
 }
 
 } // namespace

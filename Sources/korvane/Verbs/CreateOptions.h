@@ -31,8 +31,9 @@ struct CreateOptions {
     std::vector<std::string> environment;
     std::vector<std::string> plist;
     bool hideIcon = false;
-    bool browser = false;
-    bool openWith = false;
+    bool terminal = false;
+    std::optional<bool> browser;
+    std::optional<bool> openWith;
     bool menuBar = false;
     bool menuBarTemplate = false;
     bool noShareFolders = false;

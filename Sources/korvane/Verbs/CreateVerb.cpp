@@ -2,13 +2,16 @@
 
 #include "Ambrel/Base/Utf8.h"
 #include "Manager/Base/Quoting.h"
+#include "Manager/Desktop/Registration.h"
 #include "Manager/Operations/Creation.h"
+#include "Manager/Rules/FieldEffect.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Messages.h"
 #include "korvane/Output/Remedies.h"
 #include "korvane/Verbs/CreateOptions.h"
 
+#include <algorithm>
 #include <memory>
 #include <ostream>
 
@@ -18,71 +21,146 @@ using ambrel::ShortcutKind;
 
 namespace {
 
+/// Where instances have entries of their own, they alone show them.
+bool hasDock() { return !registration::isOffered(); }
+
 void declarePlaces(CLI::App& app, CreateOptions& given) {
     using options::text;
-    text(app, "--home", given.home, "The instance's data (default: ~/KorvaneInstances/NAME)")
-        ->type_name("DIR");
+    if (isHeeded("instanceHome", given.kind)) {
+        const bool isApp = given.kind == ShortcutKind::app;
+        text(app, "--home", given.home,
+             std::string(isApp ? "The instance's data" : "The instance's own folder") +
+                 " (default: ~/KorvaneInstances/NAME)")
+            ->type_name("DIR");
+    }
     text(app, "--output", given.output, "Where the bundle goes (default: ~/Applications)")
         ->type_name("DIR");
     text(app, "--bundle-id", given.bundleId, "The bundle's identifier (default: from the name)")
         ->type_name("ID");
     text(app, "--runner", given.runner, "The runner to put into the bundle")->type_name("FILE");
-    options::flag(app, "--replace", given.replace, "Replace the instance of this name");
+    options::flag(app, "--replace", given.replace,
+                  "Replace the instance of this name; what is not given stays");
 }
 
-void declareStart(CLI::App& app, CreateOptions& given) {
-    using options::text;
+void declareAppStart(CLI::App& app, CreateOptions& given) {
     using options::texts;
     options::choice<ambrel::Strategy>(app, "--strategy", given.strategy);
     texts(app, "--arg", given.args,
           "Give the application this argument, in place of those worked out for it");
     texts(app, "--add-arg", given.addArgs, "Give it this argument too");
-    texts(app, "--env", given.environment, "Set an environment variable")->type_name("K=V");
-    text(app, "--process-name", given.processName,
-         "Start the program by this name, which its windows get (Linux)")
+    options::text(app, "--process-name", given.processName,
+                  "Start the program by this name, which its windows get (Linux)")
         ->type_name("NAME");
     options::flag(app, "--no-profile", given.noProfile,
                   "Use neither the application's profile nor a name of their own for its windows");
-    text(app, "--working-directory", given.workingDirectory, "Where a command runs")
-        ->type_name("DIR");
     options::flag(app, "--no-share-folders", given.noShareFolders,
                   "Do not link Downloads, Documents and Desktop into the home");
+}
+
+void declareCommandStart(CLI::App& app, CreateOptions& given) {
+    options::text(app, "--working-directory", given.workingDirectory, "Where the command runs")
+        ->type_name("DIR");
+    options::flag(app, "--terminal", given.terminal, "Open it in a terminal's window");
+}
+
+void declareStart(CLI::App& app, CreateOptions& given) {
+    if (given.kind == ShortcutKind::app) declareAppStart(app, given);
+    if (isHeeded("environment", given.kind)) {
+        options::texts(app, "--env", given.environment, "Set an environment variable")
+            ->type_name("K=V");
+    }
+    if (given.kind == ShortcutKind::command) declareCommandStart(app, given);
+}
+
+/// What an instance is offered for on the desktop.
+void declareOffers(CLI::App& app, CreateOptions& given) {
+    using options::choiceOf;
+    if (isHeeded("registerAsBrowser", given.kind)) {
+        choiceOf(app, "--browser,!--no-browser", given.browser,
+                 "Offer the instance as a web browser, or not");
+    }
+    if (isHeeded("openWithPassthrough", given.kind)) {
+        choiceOf(app, "--open-with,!--no-open-with", given.openWith,
+                 "Offer the instance for opening documents, or not");
+    }
 }
 
 void declareLook(CLI::App& app, CreateOptions& given) {
     using options::flag;
     using options::text;
     text(app, "--icon", given.icon, "An image for the icon")->type_name("FILE");
-    flag(app, "--hide-icon", given.hideIcon, "Show no icon in the Dock");
-    text(app, "--label", given.label, "A text on the icon");
+    if (hasDock()) flag(app, "--hide-icon", given.hideIcon, "Show no icon in the Dock");
+    text(app, "--label", given.label, "A text on the icon; an empty one for none");
     text(app, "--label-color", given.labelColor, "Its color (default: FFFFFF)")
         ->type_name("RRGGBB");
     options::choice<ambrel::IconLabel::Position>(app, "--label-position", given.labelPosition,
                                                  " (default: bottom)");
     options::texts(app, "--plist", given.plist, "Set an entry of the bundle's Info.plist")
         ->type_name("K=V");
-    flag(app, "--browser", given.browser, "Offer the instance as a web browser");
-    flag(app, "--open-with", given.openWith, "Offer the instance for opening documents");
+    declareOffers(app, given);
     flag(app, "--menu-bar", given.menuBar, "Show an item in the menu bar");
     flag(app, "--menu-bar-template", given.menuBarTemplate, "Draw that item as a template image");
     options::asJson(app, given.asJson);
+}
+
+/// What makes no difference here or to this kind, beside what another kind has.
+std::vector<std::pair<std::string, std::string>> unofferedBy(ShortcutKind kind) {
+    std::vector<std::pair<std::string, std::string>> unoffered;
+    if (!hasDock()) {
+        unoffered.emplace_back("--hide-icon",
+                               "--hide-icon means nothing on this system, which has no Dock; an "
+                               "instance leaves the menu with: korvane unregister NAME");
+    }
+    if (kind != ShortcutKind::command) return unoffered;
+    for (const std::string option : {"--arg", "--add-arg"}) {
+        unoffered.emplace_back(option, option + " means nothing to a command: its arguments stand "
+                                                "behind PROGRAM.");
+    }
+    return unoffered;
+}
+
+std::string spoken(ShortcutKind kind) {
+    switch (kind) {
+    case ShortcutKind::app:
+        return "an application";
+    case ShortcutKind::web:
+        return "a web site";
+    case ShortcutKind::file:
+        return "a document";
+    case ShortcutKind::command:
+        return "a command";
+    }
+    return {};
 }
 
 /// What the instance was made with, which is told after that it was made.
 bool isOnOrigin(const Notice& notice) {
     using Kind = Notice::Kind;
     return notice.kind == Kind::profileUsed || notice.kind == Kind::profileIsBroken ||
+           notice.kind == Kind::argumentsOfProfileUnused || notice.kind == Kind::keptOfReplaced ||
            notice.kind == Kind::homeExisted;
 }
 
+/// Only an application keeps data in its home; a command has its log there and nothing else.
 void tellAboutHome(const Created& created, const Surroundings& surroundings) {
     const auto& home = created.record.config.instanceHome;
-    say(surroundings, "Its data lives in " + ambrel::utf8::oneLine(home) +
-                          (created.homeExisted ? ", with what was there already." : "."));
+    if (created.record.config.kind == ShortcutKind::app) {
+        say(surroundings, "Its data lives in " + ambrel::utf8::oneLine(home) +
+                              (created.homeExisted ? ", with what was there already." : "."));
+    }
     if (created.replaced && created.replaced->config.instanceHome != home) {
         say(surroundings, "The replaced instance's data stays in " +
                               ambrel::utf8::oneLine(created.replaced->config.instanceHome) + ".");
     }
+}
+
+/// Whether opening it now can succeed, as far as was said.
+bool canBeOpened(const Created& created) {
+    using Kind = Notice::Kind;
+    return std::ranges::none_of(created.notices, [](const Notice& notice) {
+        return notice.kind == Kind::webIsNotHosted || notice.kind == Kind::strategyIsUnsupported ||
+               notice.kind == Kind::nothingAtPath;
+    });
 }
 
 void tellAbout(const Created& created, const Surroundings& surroundings) {
@@ -95,6 +173,7 @@ void tellAbout(const Created& created, const Surroundings& surroundings) {
         if (isOnOrigin(notice)) tell(surroundings, notice);
     }
     tellAboutHome(created, surroundings);
+    if (!canBeOpened(created)) return;
     say(surroundings, "Open it with: " + commandLine("open", {created.reference}));
 }
 
@@ -118,6 +197,8 @@ int createInstance(const CreateOptions& options, const Surroundings& surrounding
 Verb createVerb(ShortcutKind kind, const std::string& subject, const std::string& subjectHelp) {
     Verb verb;
     verb.name = "create " + std::string(rawValue(kind));
+    verb.about = spoken(kind);
+    verb.unoffered = unofferedBy(kind);
     verb.declare = [=](CLI::App& app, const Surroundings& surroundings) -> Action {
         const auto given = std::make_shared<CreateOptions>();
         given->kind = kind;

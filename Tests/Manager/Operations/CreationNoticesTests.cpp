@@ -20,44 +20,6 @@ TEST_CASE("an application that the system keeps in one piece is told of") {
     CHECK(noticeOf(notices, Kind::targetRunsOnce).subject == "Mail");
 }
 
-TEST_CASE("fields that the kind does not use are told of by their names") {
-    const Scene scene;
-    auto request = scene.request();
-    request.args = {"a"};
-    request.addedArgs = {"b"};
-    request.strategy = ambrel::Strategy::homeOverride;
-    request.shareUserFolders = false;
-    request.environment = {{"A", "1"}};
-    request.workingDirectory = "/";
-    request.processName = "p";
-    request.useProfile = UseProfile::no;
-    const auto fieldsOf = [&](ShortcutKind kind) {
-        request.kind = kind;
-        request.openPath = "/";
-        request.url = "https://example.org/";
-        request.targetApp = scene.installApp();
-        Strings fields;
-        for (const auto& notice : scene.make(request).notices) {
-            if (notice.kind != Kind::fieldIsUnused) continue;
-            CHECK(beginsWith(notice.sentence, notice.subject + " "));
-            const bool isCommands = kind == ShortcutKind::command &&
-                                    (notice.subject == "args" || notice.subject == "addedArgs");
-            CHECK(notice.remedy == (isCommands ? Remedy::moveToCommandArguments : Remedy::none));
-            fields.push_back(notice.subject);
-        }
-        request.existing = Existing::replace;
-        return fields;
-    };
-
-    CHECK(fieldsOf(ShortcutKind::command) == Strings{"args", "addedArgs", "strategy",
-                                                     "shareUserFolders", "processName",
-                                                     "useProfile"});
-    CHECK(fieldsOf(ShortcutKind::file) == Strings{"args", "addedArgs", "strategy",
-                                                  "shareUserFolders", "environment",
-                                                  "workingDirectory", "processName", "useProfile"});
-    CHECK(fieldsOf(ShortcutKind::app) == Strings{"workingDirectory"});
-}
-
 TEST_CASE("what the runner or the strategy cannot do is told of") {
     const Scene scene;
     auto web = scene.request("Site");
@@ -79,7 +41,6 @@ TEST_CASE("paths that lead nowhere now are told of, and kept") {
     document.kind = ShortcutKind::file;
     document.openPath = "~/paper.pdf";
     auto command = scene.request("Tool");
-    command.commandPath = writeFile(scene.tmp / "tool", "not to be run");
     command.workingDirectory = "/nowhere";
 
     const auto paper = scene.make(document);
@@ -87,7 +48,6 @@ TEST_CASE("paths that lead nowhere now are told of, and kept") {
 
     CHECK(noticeOf(paper.notices, Kind::nothingAtPath).subject == scene.home / "paper.pdf");
     CHECK(paper.record.config.openPath == "~/paper.pdf");
-    CHECK(noticeOf(tool.notices, Kind::notRunnableAtPath).subject == scene.tmp / "tool");
     CHECK(noticeOf(tool.notices, Kind::nothingAtPath).subject == "/nowhere");
 }
 
@@ -159,6 +119,25 @@ TEST_CASE("the profile that was used is told of, as a warning where it is broken
     CHECK(used.profile->profile.displayName == "Mail");
     CHECK(used.record.config.extraArgs.front() == "-x");
     CHECK(noticeOf(broken.notices, Kind::profileIsBroken).severity == Notice::Severity::warning);
+}
+
+TEST_CASE("given arguments stand for those of the profile, which is then not said to be used") {
+    const Scene scene;
+    const auto file = writeFile(scene.home / ".config/korvane/profiles/org.example.mail.json",
+                                R"({"bundleId": "org.example.mail", "displayName": "Mail",)"
+                                R"("sandboxed": false, "strategy": "home-override",)"
+                                R"("singleton": "none", "prefsLeak": false, "extraArgs": ["-x"],)"
+                                R"("verifiedOn": [], "confidence": "community"})");
+    auto request = scene.appRequest();
+    request.args = {"-y"};
+
+    const auto created = scene.make(request);
+
+    CHECK(find(created.notices, Kind::profileUsed) == nullptr);
+    const auto notice = noticeOf(created.notices, Kind::argumentsOfProfileUnused);
+    CHECK(notice.subject == file);
+    CHECK(notice.severity == Notice::Severity::information);
+    CHECK(created.record.config.extraArgs == Strings{"-y"});
 }
 
 TEST_CASE("an instance that no desktop entry can describe is made, and the failure told of") {

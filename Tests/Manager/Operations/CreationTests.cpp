@@ -54,6 +54,11 @@ TEST_CASE("a plan alone changes nothing and tells what will be made") {
 TEST_CASE("every field of a request reaches the configuration") {
     const Scene scene;
     auto request = scene.appRequest();
+    request.targetApp = AppBundleBuilder(scene.home / "Applications/Reader.app")
+                            .identifier("org.example.reader")
+                            .executable("program", "exit 0")
+                            .entry("KorvaneMimeTypes", "<string>text/plain;</string>")
+                            .write();
     request.home = "~/h";
     request.outputFolder = scene.tmp / "out";
     request.bundleId = "org.example.work";
@@ -62,7 +67,6 @@ TEST_CASE("every field of a request reaches the configuration") {
     request.addedArgs = {"-b"};
     request.environment = {{"A", "1"}};
     request.processName = "mailer";
-    request.workingDirectory = "~/dir";
     request.shareUserFolders = false;
     request.icon = writeFile(scene.tmp / "icon.icns", "icns picture");
     request.iconLabel = ambrel::IconLabel{"W", "FFFFFF", ambrel::IconLabel::Position::top};
@@ -84,7 +88,6 @@ TEST_CASE("every field of a request reaches the configuration") {
     CHECK(config.environment.at("A") == "1");
     CHECK(config.infoPlistOverrides ==
           ambrel::StringMap{{"Key", "yes"}, {ambrel::processNameKey, "mailer"}});
-    CHECK(config.workingDirectory == "~/dir");
     CHECK_FALSE(config.shareUserFolders);
     CHECK(config.iconLabel == request.iconLabel);
     CHECK(config.registerAsBrowser);
@@ -126,11 +129,17 @@ TEST_CASE("a request that can become no instance is refused by what is wrong wit
         {Kind::badPath, "tool", [](auto& request) { request.commandPath = "tool"; }},
         {Kind::badColor, "red", [&](auto& request) { request.iconLabel = label("red"); }},
         {Kind::badIdentifier, "", [](auto& request) { request.bundleId = ""; }},
-        {Kind::badProcessName, "a/b", [](auto& request) { request.processName = "a/b"; }},
+        {Kind::badProcessName, "a/b",
+         [&](auto& request) {
+             request = scene.appRequest();
+             request.processName = "a/b";
+         }},
         {Kind::nothingToOpen, "", [](auto& request) { request.commandPath = ""; }},
         {Kind::unusableIcon, "/nope.png", [](auto& request) { request.icon = "/nope.png"; }},
         {Kind::unknownUser, "~no-such-user-here/x",
          [](auto& request) { request.home = "~no-such-user-here/x"; }},
+        {Kind::unknownProgram, "/nope", [](auto& request) { request.commandPath = "/nope"; }},
+        {Kind::notOffered, "", [](auto& request) { request.inTerminal = true; }},
         {Kind::unreadableApplication, "/nope.app",
          [](auto& request) {
              request.kind = ambrel::ShortcutKind::app;
@@ -145,6 +154,54 @@ TEST_CASE("a request that can become no instance is refused by what is wrong wit
         CHECK(refusal.kind == row.kind);
         CHECK(refusal.subject == row.subject);
     }
+}
+
+TEST_CASE("a field that the kind does not heed is refused, never stored") {
+    const Scene scene;
+    using ambrel::ShortcutKind;
+    struct Row {
+        std::string field;
+        Strings heededBy;
+        std::function<void(CreateRequest&)> change;
+    };
+    const Row rows[] = {
+        {"args", {"app"}, [](auto& request) { request.args = {"a"}; }},
+        {"addedArgs", {"app"}, [](auto& request) { request.addedArgs = {"a"}; }},
+        {"strategy", {"app"}, [](auto& request) { request.strategy = ambrel::Strategy{}; }},
+        {"shareUserFolders", {"app"}, [](auto& request) { request.shareUserFolders = false; }},
+        {"environment",
+         {"app", "command"},
+         [](auto& request) {
+             request.environment = {{"A", ""}};
+         }},
+        {"workingDirectory", {"command"}, [](auto& request) { request.workingDirectory = "/"; }},
+        {"processName", {"app"}, [](auto& request) { request.processName = "p"; }},
+        {"useProfile", {"app"}, [](auto& request) { request.useProfile = UseProfile::no; }},
+        {"home", {"app", "web", "command"}, [](auto& request) { request.home = "/h"; }},
+        {"registerAsBrowser", {"app"}, [](auto& request) { request.registerAsBrowser = true; }},
+        {"openWithPassthrough", {"app"}, [](auto& request) { request.openWithPassthrough = true; }},
+    };
+    for (const auto& row : rows) {
+        for (const auto& [kind, word] : ambrel::RawValues<ShortcutKind>::table) {
+            if (std::ranges::find(row.heededBy, word) != row.heededBy.end()) continue;
+            CAPTURE(row.field);
+            CAPTURE(word);
+            auto request = scene.appRequest();
+            request.kind = kind;
+            request.openPath = "/";
+            request.url = "https://example.org/";
+            row.change(request);
+            const auto refusal = refusalOf(scene, [&] { scene.plan(request); });
+            CHECK(refusal.kind == Kind::hasNoEffect);
+            CHECK(refusal.subject == row.field);
+            CHECK(contains(refusal.sentence(), "for the kind " + row.heededBy.front()));
+        }
+    }
+    auto hidden = scene.request();
+    hidden.hideIcon = true;
+    const auto refusal = refusalOf(scene, [&] { scene.plan(hidden); });
+    CHECK(refusal.kind == Kind::hasNoEffect);
+    CHECK(refusal.remedy == Remedy::hideFromDesktop);
 }
 
 TEST_CASE("what stands in the place of the instance is told apart") {

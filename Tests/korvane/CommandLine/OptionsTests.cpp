@@ -56,4 +56,27 @@ TEST_CASE("words behind two dashes are set apart once the verb has its own") {
     CHECK(dashed.trailing == Strings{"-a"});
 }
 
+TEST_CASE("words behind the verb's own are set apart without dashes where the verb wants that") {
+    CLI::App app;
+    std::string first;
+    std::string second;
+    std::vector<std::string> variables;
+    options::text(app, "NAME", first, "");
+    options::text(app, "PROGRAM", second, "");
+    options::texts(app, "--env", variables, "");
+    const options::Rules rules{.trailingAfter = 2, .apart = options::Apart::byPosition};
+    const auto arranged = [&](const Strings& words) { return options::arrange(app, words, rules); };
+
+    const auto plain = arranged({"--env", "a", "n", "--env", "b", "p", "-x", "--env=", "--", "y"});
+    CHECK(plain.parsed == Strings{"--env", "a", "n", "--env", "b", "p"});
+    CHECK(plain.trailing == Strings{"-x", "--env=", "--", "y"});
+
+    CHECK(arranged({"n", "p", "--", "-x", "--", "y"}).trailing == Strings{"-x", "--", "y"});
+    CHECK(arranged({"n", "p"}).trailing == Strings{});
+
+    const auto dashed = arranged({"--", "-n", "p", "-a"});
+    CHECK(dashed.parsed == Strings{"--", "-n", "p"});
+    CHECK(dashed.trailing == Strings{"-a"});
+}
+
 } // namespace korvane::test

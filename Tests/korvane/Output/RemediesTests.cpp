@@ -67,11 +67,6 @@ TEST_CASE("a notice is told with its remedy, and a field by its option") {
           "There is no icon: give one with --icon.");
     CHECK(text(Notice::Kind::notRegistered, Remedy::registerAgain, "Work", "Not shown.") ==
           "Not shown. Try again with: korvane register Work");
-    CHECK(text(Notice::Kind::fieldIsUnused, Remedy::moveToCommandArguments, "addedArgs",
-               "addedArgs is stored.") ==
-          "--add-arg is stored. A command's arguments stand behind \"--\".");
-    CHECK(text(Notice::Kind::fieldIsUnused, Remedy::none, "shareUserFolders",
-               "shareUserFolders is it.") == "--no-share-folders is it.");
 }
 
 TEST_CASE("a warning is marked as one, and information is not") {

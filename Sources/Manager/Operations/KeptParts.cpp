@@ -1,0 +1,199 @@
+#include "Manager/Operations/KeptParts.h"
+
+#include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Instance/DesktopId.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/PropertyList.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
+#include "Manager/Operations/WorkedOut.h"
+#include "Manager/Rules/FieldEffect.h"
+#include "Manager/Rules/InfoPlistKeys.h"
+#include "Manager/Rules/OpenedTypes.h"
+
+#include <algorithm>
+
+namespace korvane {
+
+using ambrel::InstanceConfig;
+using ambrel::InstanceRecord;
+using ambrel::ShortcutKind;
+using ambrel::StringMap;
+using ambrel::WrapperFactory;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string listed(const std::string& what, const Texts& texts) {
+    std::string list;
+    for (const auto& text : texts) list += (list.empty() ? "" : " ") + shellWord(text);
+    return what + " " + list;
+}
+
+/// Takes over part by part from `old` into `request`.
+class Keeper {
+public:
+    Keeper(const InstanceRecord& replaced, CreateRequest& request)
+        : old_(replaced.config), bundle_(replaced.bundleURL), request_(request) {}
+
+    void keepPlaces() {
+        if (!request_.home) {
+            request_.home = old_.instanceHome;
+            const bool isUsual =
+                old_.instanceHome == WrapperFactory::defaultInstanceHome(request_.name);
+            if (!isUsual && isHeeded("instanceHome", request_.kind)) tell("its home");
+        }
+        if (!request_.bundleId) {
+            request_.bundleId = old_.bundleId;
+            const bool isUsual = old_.bundleId == WrapperFactory::defaultBundleId(request_.name);
+            if (!isUsual) tell("its identifier");
+        }
+        keep("workingDirectory", request_.workingDirectory, old_.workingDirectory,
+             "its working directory");
+    }
+
+    void keepLook() {
+        keep("iconLabel", request_.iconLabel, old_.iconLabel, "its label");
+        keepFlag("menuBarIcon", request_.menuBarIcon, old_.menuBarIcon, "its item in the menu bar");
+        keepFlag("menuBarIconTemplate", request_.menuBarIconTemplate, old_.menuBarIconTemplate);
+        if (!request_.hideIcon) request_.hideIcon = isHidden();
+    }
+
+    void keepOffers() {
+        keepFlag("registerAsBrowser", request_.registerAsBrowser, old_.registerAsBrowser,
+                 "that it is offered as a web browser");
+        if (old_.openWithPassthrough && !request_.openWithPassthrough && !opensFiles()) return;
+        keepFlag("openWithPassthrough", request_.openWithPassthrough, old_.openWithPassthrough,
+                 "that it is offered for opening documents");
+    }
+
+    void keepSharing() {
+        if (request_.shareUserFolders || !bothHeed("shareUserFolders")) return;
+        request_.shareUserFolders = old_.shareUserFolders;
+        if (!old_.shareUserFolders) tell("that it does not share your folders");
+    }
+
+    /// `worked` is what was worked out for the old one; a command has nothing that was.
+    void keepStart(const WorkedOut& worked) {
+        keepVariables(worked);
+        keepNames(worked);
+        if (!bothHeed("extraArgs")) return;
+        keepArguments(worked);
+        if (request_.strategy || !isSameTarget() || old_.strategy == worked.strategy()) return;
+        request_.strategy = old_.strategy;
+        tell("its strategy");
+    }
+
+    std::vector<std::string> kept;
+
+private:
+    bool bothHeed(std::string_view key) const {
+        return isHeeded(key, request_.kind) && isHeeded(key, old_.kind);
+    }
+
+    void tell(std::string part) { kept.push_back(std::move(part)); }
+
+    template <class T>
+    void keep(std::string_view key, std::optional<T>& wanted, const std::optional<T>& had,
+              const std::string& part) {
+        if (wanted || !had || !bothHeed(key)) return;
+        wanted = had;
+        tell(part);
+    }
+
+    void keepFlag(std::string_view key, std::optional<bool>& wanted, bool had,
+                  const std::string& part = "") {
+        if (wanted || !had || !bothHeed(key)) return;
+        wanted = had;
+        if (!part.empty()) tell(part);
+    }
+
+    bool isHidden() const {
+        const auto info = ambrel::readPropertyList(ambrel::BundleLayout{bundle_}.infoPlist());
+        if (!info || old_.infoPlistOverrides.contains("LSUIElement")) return false;
+        const auto found = info->find("LSUIElement");
+        return found != info->end() && found->second.exactBoolean().value_or(false);
+    }
+
+    bool opensFiles() const {
+        if (request_.kind != ShortcutKind::app) return false;
+        const auto app = ambrel::AppBundle::read(request_.targetApp);
+        return app && namesOpenedTypes(*app);
+    }
+
+    bool isSameTarget() const {
+        return request_.kind == old_.kind &&
+               (request_.targetApp == old_.targetAppPath ||
+                ambrel::fileSystem::isSameItem(request_.targetApp, old_.targetAppPath));
+    }
+
+    void keepVariables(const WorkedOut& worked) {
+        if (!bothHeed("environment")) return;
+        Texts names;
+        for (const auto& [name, value] : worked.ownVariables(old_)) {
+            if (request_.environment.emplace(name, value).second) names.push_back(name);
+        }
+        if (!names.empty())
+            tell(listed(names.size() == 1 ? "the variable" : "the variables", names));
+    }
+
+    void keepNames(const WorkedOut& worked) {
+        auto overrides = old_.infoPlistOverrides;
+        const auto processName = worked.takeNames(overrides);
+        const bool isApp = request_.kind == ShortcutKind::app;
+        if (isApp && processName && !processNameOf(request_)) {
+            request_.processName = processName;
+            tell("its process name");
+        }
+        const auto before = request_.infoPlistOverrides.size();
+        request_.infoPlistOverrides.merge(overrides);
+        if (request_.infoPlistOverrides.size() > before) tell("entries of its Info.plist");
+    }
+
+    void keepArguments(const WorkedOut& worked) {
+        const bool areReplaced = !worked.isIn(old_.extraArgs);
+        if (areReplaced && !request_.args.empty()) return;
+        if (areReplaced && isSameTarget()) {
+            request_.args = withoutGiven(old_.extraArgs);
+            if (!request_.args.empty()) tell(listed("its arguments", request_.args));
+            return;
+        }
+        if (!areReplaced && worked.use == UseProfile::no && isSameTarget()) {
+            request_.useProfile = UseProfile::no;
+        }
+        const auto own = withoutGiven(worked.ownArguments(old_.extraArgs));
+        if (own.empty()) return;
+        request_.addedArgs.insert(request_.addedArgs.begin(), own.begin(), own.end());
+        tell(listed(own.size() == 1 ? "the argument" : "the arguments", own));
+    }
+
+    /// One that is given again is not wanted twice.
+    Texts withoutGiven(Texts arguments) const {
+        std::erase_if(arguments, [&](const std::string& argument) {
+            return std::ranges::find(request_.addedArgs, argument) != request_.addedArgs.end();
+        });
+        return arguments;
+    }
+
+    const InstanceConfig& old_;
+    const ambrel::Path& bundle_;
+    CreateRequest& request_;
+};
+
+} // namespace
+
+std::vector<std::string> keepParts(const InstanceRecord& replaced, CreateRequest& request,
+                                   const ambrel::UserPlaces& user,
+                                   const ambrel::Environment& environment) {
+    Keeper keeper(replaced, request);
+    keeper.keepPlaces();
+    keeper.keepLook();
+    keeper.keepOffers();
+    keeper.keepSharing();
+    keeper.keepStart(WorkedOut::of(replaced.config, request.targetApp, user, environment));
+    return std::move(keeper.kept);
+}
+
+} // namespace korvane

@@ -1,0 +1,120 @@
+#include "Manager/Operations/WorkedOut.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Instance/DesktopId.h"
+#include "Manager/Base/Refusal.h"
+#include "Manager/Rules/InfoPlistKeys.h"
+
+#include <algorithm>
+
+namespace korvane {
+
+using ambrel::InstanceConfig;
+using ambrel::StringMap;
+
+namespace {
+
+std::optional<StartPlan> tryPlanStart(const ambrel::AppBundle& app, const std::string& desktopId,
+                                      const ambrel::UserPlaces& user,
+                                      const ambrel::Environment& environment) {
+    try {
+        return planStart(app, desktopId, UseProfile::yes, user, environment);
+    } catch (const Refusal&) {
+        return std::nullopt; // the profile is told of where it is asked for
+    }
+}
+
+std::optional<std::string> valueIn(const StringMap& map, const std::string& key) {
+    const auto found = map.find(key);
+    return found == map.end() ? std::nullopt : std::optional(found->second);
+}
+
+} // namespace
+
+WorkedOut WorkedOut::of(const InstanceConfig& config, const ambrel::Path& otherwise,
+                        const ambrel::UserPlaces& user, const ambrel::Environment& environment) {
+    WorkedOut worked;
+    if (config.kind != ambrel::ShortcutKind::app) return worked;
+    auto app = ambrel::AppBundle::read(config.targetAppURL());
+    if (!app && !otherwise.empty()) app = ambrel::AppBundle::read(otherwise);
+    if (!app) return worked;
+    const auto id = ambrel::desktopId(config.bundleId);
+    auto with = tryPlanStart(*app, id, user, environment);
+    worked.plan = planStart(*app, id, UseProfile::no, user, environment);
+    worked.use = UseProfile::no;
+    if (!with) return worked;
+    const WorkedOut full{std::move(*with), UseProfile::yes};
+    // Without arguments of the engine's it is the missing name that tells of no profile.
+    const bool isNameless =
+        full.plan.processName && !config.infoPlistOverrides.contains(ambrel::processNameKey);
+    const bool isTold = isNameless || !worked.plan.arguments.empty();
+    const bool isWithout = isTold && worked.isIn(config.extraArgs);
+    return isWithout && !full.isIn(config.extraArgs) ? worked : full;
+}
+
+ambrel::Strategy WorkedOut::strategy() const {
+    return plan.profile ? plan.profile->profile.strategy : ambrel::Strategy::homeOverride;
+}
+
+bool WorkedOut::isIn(const std::vector<std::string>& arguments) const {
+    auto next = plan.arguments.begin();
+    for (const auto& argument : arguments) {
+        if (next != plan.arguments.end() && argument == *next) ++next;
+    }
+    return next == plan.arguments.end();
+}
+
+std::vector<std::string> WorkedOut::missingIn(const std::vector<std::string>& arguments) const {
+    auto missing = plan.arguments;
+    for (const auto& argument : arguments) {
+        const auto found = std::ranges::find(missing, argument);
+        if (found != missing.end()) missing.erase(found);
+    }
+    return missing;
+}
+
+std::vector<std::string> WorkedOut::ownArguments(const std::vector<std::string>& arguments) const {
+    auto own = arguments;
+    for (const auto& argument : plan.arguments) {
+        const auto found = std::ranges::find(own, argument);
+        if (found != own.end()) own.erase(found);
+    }
+    return own;
+}
+
+StringMap WorkedOut::ownVariables(const InstanceConfig& config) const {
+    auto own = config.environment;
+    const auto name = valueIn(config.infoPlistOverrides, ambrel::processNameKey);
+    std::erase_if(own, [&](const auto& entry) {
+        const bool isName =
+            name == entry.second &&
+            std::ranges::find(plan.nameVariables, entry.first) != plan.nameVariables.end();
+        return isName || valueIn(plan.environment, entry.first) == entry.second;
+    });
+    return own;
+}
+
+std::optional<std::string> WorkedOut::takeNames(StringMap& overrides) const {
+    const auto name = valueIn(overrides, ambrel::processNameKey);
+    overrides.erase(ambrel::processNameKey);
+    overrides.erase(windowClassKey);
+    return name == plan.processName ? std::nullopt : name;
+}
+
+StartPlan requireStart(const InstanceConfig& config, const ambrel::UserPlaces& user,
+                       const ambrel::Environment& environment) {
+    const auto app = ambrel::AppBundle::read(config.targetAppURL());
+    if (!app) {
+        throw Refusal(Refusal::Kind::unreadableApplication, config.targetAppURL(),
+                      "Not a readable .app: " + ambrel::utf8::oneLine(config.targetAppURL()) +
+                          ". What keeps the instance apart cannot be worked out.");
+    }
+    auto plan =
+        planStart(*app, ambrel::desktopId(config.bundleId), UseProfile::yes, user, environment);
+    if (const auto name = valueIn(config.infoPlistOverrides, ambrel::processNameKey)) {
+        for (const auto& variable : plan.nameVariables) plan.environment[variable] = *name;
+    }
+    return plan;
+}
+
+} // namespace korvane
