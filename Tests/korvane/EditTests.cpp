@@ -1,6 +1,7 @@
 #include "Manager.h"
 
 #include "Ambrel/Instance/ConfigFields.h"
+#include "korvane/Verbs/ConfigEdit.h"
 
 #include <algorithm>
 
@@ -11,7 +12,7 @@ namespace {
 /// A manager with one command instance called Work.
 struct Fixture {
     Manager manager;
-    Path bundle = manager.create({"command", "Work", aProgram, "--env", "A=1", "--", "x"});
+    Path bundle = manager.create({"command", "Work", "--env", "A=1", aProgram, "--", "x"});
 
     Path file() const { return bundle + "/Contents/Resources/instance.json"; }
     ambrel::InstanceConfig config() const { return manager.configOf(bundle); }
@@ -27,31 +28,130 @@ struct Fixture {
 TEST_CASE("a Boolean, a list and a map are given as JSON") {
     const Fixture fixture;
 
-    const auto config = fixture.after({"--set", "shareUserFolders=false", "--set",
-                                       R"(extraArgs=["-x", "a=b", "ç"])", "--set",
-                                       R"(environment={"B": "2"})", "--set", "commandArgs=[]"});
+    const auto config =
+        fixture.after({"--set", "menuBarIcon=true", "--set", R"(commandArgs=["-x", "a=b", "ç"])",
+                       "--set", R"(environment={"B": "2"})"});
 
-    CHECK_FALSE(config.shareUserFolders);
-    CHECK(config.extraArgs == Strings{"-x", "a=b", "ç"});
+    CHECK(config.menuBarIcon);
+    CHECK(config.commandArgs == Strings{"-x", "a=b", "ç"});
     CHECK(config.environment == ambrel::StringMap{{"B", "2"}});
-    CHECK(config.commandArgs == Strings{});
+    CHECK(fixture.after({"--set", "commandArgs=[]"}).commandArgs == Strings{});
 }
 
 TEST_CASE("other fields are plain text, and paths become absolute") {
     const Fixture fixture;
+    const auto& manager = fixture.manager;
+    manager.installApp("Mail", "org.example.mail");
+    manager.create({"web", "Site", "https://example.org/"});
+    const auto app = manager.create({"app", "App", "Mail"});
 
-    const auto config = fixture.after(
-        {"--set", "url=https://example.org/?a=b", "--set", "commandPath=~/tool", "--set",
-         "workingDirectory=sub", "--set", "strategy=wrapper-identity", "--set", "kind=file",
-         "--set", "openPath=/doc", "--set", "targetAppPath=~/Mail.app"});
+    const auto config =
+        fixture.after({"--set", "commandPath=~/tool", "--set", "workingDirectory=sub"});
+    manager.result({"edit", "Site", "--set", "url=https://example.org/?a=b"});
+    manager.result(
+        {"edit", "App", "--set", "strategy=wrapper-identity", "--set", "targetAppPath=~/Mail.app"});
 
-    CHECK(config.url == "https://example.org/?a=b");
     CHECK(config.commandPath == "~/tool");
-    CHECK(config.workingDirectory == fixture.manager.tmp / "sub");
-    CHECK(config.strategy == ambrel::Strategy::wrapperIdentity);
-    CHECK(config.kind == ambrel::ShortcutKind::file);
-    CHECK(config.openPath == "/doc");
-    CHECK(config.targetAppPath == fixture.manager.home / "Mail.app");
+    CHECK(config.workingDirectory == manager.tmp / "sub");
+    CHECK(manager.configOf(manager.applications() + "/Site.app").url == "https://example.org/?a=b");
+    CHECK(manager.configOf(app).strategy == ambrel::Strategy::wrapperIdentity);
+    CHECK(manager.configOf(app).targetAppPath == manager.home / "Mail.app");
+}
+
+TEST_CASE("a field that the kind does not heed is refused with the kind that does") {
+    const Fixture fixture;
+    const auto before = readFile(fixture.file());
+    const std::pair<std::string, std::string> rows[] = {
+        {"url=x", "url means nothing to an instance of the kind command: it is for the kind web."},
+        {"extraArgs=[]", "it is for the kind app."},
+        {"strategy=home-override", "it is for the kind app."},
+        {"infoPlistOverrides.KorvaneProcessName=x", "it is for the kind app."},
+        {"openPath=x", "it is for the kind file."},
+    };
+    for (const auto& [assignment, sentence] : rows) {
+        CAPTURE(assignment);
+        CHECK(says(fixture.manager.refusal({"edit", "Work", "--set", assignment}), sentence));
+    }
+    CHECK(says(fixture.manager.refusal({"edit", "Work", "--set", "kind=app"}),
+               "Create the instance again instead, with --replace"));
+    CHECK(readFile(fixture.file()) == before);
+}
+
+TEST_CASE("arguments and variables are added and taken away one by one") {
+    const Fixture fixture;
+
+    auto config = fixture.after({"--add-arg", "--new", "--add-arg", "y z", "--env", "B=1=2"});
+    CHECK(config.commandArgs == Strings{"x", "--new", "y z"});
+    CHECK(config.environment == ambrel::StringMap{{"A", "1"}, {"B", "1=2"}});
+    config = fixture.after({"--remove-arg", "x", "--remove-arg=--new", "--env", "A=2"});
+    CHECK(config.commandArgs == Strings{"y z"});
+    CHECK(config.environment == ambrel::StringMap{{"A", "2"}, {"B", "1=2"}});
+
+    CHECK(says(fixture.manager.refusal({"edit", "Work", "--remove-arg", "nope"}),
+               "not started with the argument \"nope\""));
+    fixture.manager.refusal({"edit", "Work", "--env", "A"}, 2);
+    fixture.manager.create({"file", "Paper", "/tmp"});
+    CHECK(says(fixture.manager.refusal({"edit", "Paper", "--add-arg", "x"}),
+               "--add-arg means nothing to an instance of the kind file"));
+}
+
+TEST_CASE("arguments that keep an instance apart go with a warning, and come back") {
+    const Manager manager;
+    manager.installApp("App", "org.mozilla.firefox");
+    const auto bundle = manager.create({"app", "Work", "App"});
+    const auto before = manager.configOf(bundle);
+
+    const auto done = manager.run({"edit", "Work", "--set", R"(extraArgs=["--incognito"])"});
+    CHECK(done.status == 0);
+    CHECK(says(done.error, "warning: It is no longer started with what was worked out"));
+    CHECK(says(done.error, "Get them back with: korvane edit Work --unset extraArgs"));
+    CHECK(manager.configOf(bundle).extraArgs == Strings{"--incognito"});
+
+    const auto back = manager.run({"edit", "Work", "--unset", "extraArgs"});
+    CHECK(back.status == 0);
+    CHECK_FALSE(contains(back.error, "warning"));
+    CHECK(manager.configOf(bundle).extraArgs == before.extraArgs);
+    manager.result({"edit", "Work", "--set", "environment={}"});
+    manager.result({"edit", "Work", "--unset", "environment"});
+    CHECK(manager.configOf(bundle).environment == before.environment);
+
+    const auto help = manager.result({"edit", "--help"});
+    CHECK_FALSE(contains(help, "--unset extraArgs"));
+    CHECK_FALSE(contains(help, "extraArgs="));
+}
+
+TEST_CASE("a new name is taken in one step with all that bears it") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    const auto data = manager.home / ".local/share";
+    const auto entry = data + "/applications/app.korvane.instance.work.desktop";
+
+    const auto done = manager.run({"edit", "Work", "--name", "New Name"});
+
+    CHECK(done.status == 0);
+    const auto bundle = manager.applications() + "/New Name.app";
+    CHECK(says(done.error,
+               "Changed \"Work\", which is called \"New Name\" now and stands at " + bundle + "."));
+    CHECK(says(done.error, "See it with: korvane show 'New Name'"));
+    CHECK_FALSE(isThere(fixture.bundle));
+    CHECK(contains(readFile(entry), "X-Korvane-Bundle=" + bundle + "\n"));
+    CHECK(contains(readFile(data + "/korvane/open/app.korvane.instance.work"), bundle));
+    CHECK(manager.run({"run", "New Name"}).status == 0);
+    manager.create({"command", "Other", aProgram});
+    CHECK(says(manager.refusal({"edit", "New Name", "--name", "Other"}), "Choose another name"));
+    CHECK(says(manager.refusal({"edit", "New Name", "--set", "displayName=x"}),
+               "korvane edit NAME --name"));
+}
+
+TEST_CASE("a label of blanks is none, in an edit as in a creation") {
+    const Fixture fixture;
+
+    CHECK(fixture.after({"--label", "A", "--label-position", "top"}).iconLabel->text == "A");
+    CHECK(fixture.after({"--label-color", "FF0000"}).iconLabel ==
+          ambrel::IconLabel{"A", "FF0000", ambrel::IconLabel::Position::top});
+    CHECK_FALSE(fixture.after({"--label", " \t "}).iconLabel);
+    CHECK(says(fixture.manager.refusal({"edit", "Work", "--label-color", "FF0000"}, 2),
+               "want a label"));
 }
 
 TEST_CASE("one variable of the environment is set and taken out") {
@@ -68,30 +168,30 @@ TEST_CASE("one variable of the environment is set and taken out") {
 TEST_CASE("several assignments may follow one option") {
     const Fixture fixture;
 
-    const auto config =
-        fixture.after({"--set", "url=a", "openPath=/b", "--unset", "environment.A", "commandArgs"});
+    const auto config = fixture.after(
+        {"--set", "menuBarIcon=true", "commandPath=/b", "--unset", "environment.A", "commandArgs"});
 
-    CHECK(config.url == "a");
-    CHECK(config.openPath == "/b");
+    CHECK(config.menuBarIcon);
+    CHECK(config.commandPath == "/b");
     CHECK(config.environment.empty());
     CHECK(config.commandArgs == Strings{});
 }
 
 TEST_CASE("unsetting gives the default of the file") {
     const Fixture fixture;
-    fixture.after({"--set", "shareUserFolders=false", "--set", "strategy=unsupported", "--set",
-                   "menuBarIcon=true"});
+    const auto& manager = fixture.manager;
+    manager.installApp("Mail", "org.example.mail");
+    const auto app = manager.create(
+        {"app", "App", "Mail", "--no-share-folders", "--strategy", "unsupported", "--menu-bar"});
 
-    const auto config = fixture.after(
-        {"--unset", "shareUserFolders", "--unset", "strategy", "--unset", "menuBarIcon", "--unset",
-         "commandPath", "--unset", "commandArgs", "--unset", "kind", "--unset", "environment"});
+    manager.result({"edit", "App", "--unset", "shareUserFolders", "strategy", "menuBarIcon"});
+    const auto config = fixture.after({"--unset", "commandPath", "commandArgs", "environment"});
 
-    CHECK(config.shareUserFolders);
-    CHECK(config.strategy == ambrel::Strategy::homeOverride);
-    CHECK_FALSE(config.menuBarIcon);
+    CHECK(manager.configOf(app).shareUserFolders);
+    CHECK(manager.configOf(app).strategy == ambrel::Strategy::homeOverride);
+    CHECK_FALSE(manager.configOf(app).menuBarIcon);
     CHECK_FALSE(config.commandPath);
     CHECK(config.commandArgs == Strings{});
-    CHECK(config.kind == ambrel::ShortcutKind::app);
     CHECK(config.environment.empty());
 }
 
@@ -108,9 +208,8 @@ TEST_CASE("keys that the bundle carries elsewhere are refused with what to do in
     const Fixture fixture;
     const auto before = readFile(fixture.file());
     for (const std::string key :
-         {"displayName", "bundleId", "infoPlistOverrides", "infoPlistOverrides.LSUIElement",
-          "registerAsBrowser", "openWithPassthrough", "customIcon", "hideWrapperIcon",
-          "outputDir"}) {
+         {"kind", "bundleId", "infoPlistOverrides", "infoPlistOverrides.LSUIElement",
+          "registerAsBrowser", "openWithPassthrough", "outputDir"}) {
         CAPTURE(key);
         const auto error = fixture.manager.refusal({"edit", "Work", "--set", key + "=x"});
         CHECK(says(error, "Create the instance again instead, "));
@@ -118,14 +217,14 @@ TEST_CASE("keys that the bundle carries elsewhere are refused with what to do in
     CHECK(readFile(fixture.file()) == before);
 }
 
-TEST_CASE("a label is set as JSON, and the icon is drawn anew by create alone") {
+TEST_CASE("a label is set as JSON, and told of where there is no icon to draw it on") {
     const Fixture fixture;
     const std::string label = R"({"text": "A", "colorHex": "FF0000", "position": "top"})";
 
     const auto done = fixture.manager.run({"edit", "Work", "--set", "iconLabel=" + label});
 
     CHECK(done.status == 0);
-    CHECK(says(done.error, "--replace"));
+    CHECK(says(done.error, "There is no icon to draw the label on: give one with --icon"));
     const auto stored = fixture.manager.configOf(fixture.bundle).iconLabel;
     CHECK((stored == ambrel::IconLabel{"A", "FF0000", ambrel::IconLabel::Position::top}));
     CHECK(fixture.manager.run({"edit", "Work", "--unset", "iconLabel"}).status == 0);
@@ -140,21 +239,23 @@ TEST_CASE("what is no key or no value of it is wrong usage, and nothing is writt
     const auto before = readFile(fixture.file());
     const std::string deep(100000, '[');
     for (const auto& assignment :
-         {std::string("nope=1"), std::string("=1"), std::string("url"),
-          std::string("shareUserFolders=1"), std::string("shareUserFolders=yes"),
-          std::string("extraArgs=-x"), std::string("extraArgs=[1]"), std::string("extraArgs={}"),
-          std::string("environment=[]"), std::string(R"(environment={"A":1})"),
-          std::string("environment.=1"), std::string("strategy=Unsupported"),
-          std::string("kind=none"), std::string("instanceHome="), "extraArgs=" + deep,
-          std::string("extraArgs=1e999")}) {
+         {std::string("nope=1"), std::string("=1"), std::string("commandPath"),
+          std::string("menuBarIcon=1"), std::string("menuBarIcon=yes"),
+          std::string("commandArgs=-x"), std::string("commandArgs=[1]"),
+          std::string("commandArgs={}"), std::string("environment=[]"),
+          std::string(R"(environment={"A":1})"), std::string("environment.=1"),
+          std::string("instanceHome="), "commandArgs=" + deep, std::string("commandArgs=1e999")}) {
         CAPTURE(assignment.substr(0, 60));
-        fixture.manager.refusal({"edit", "Work", "--set", "url=x", "--set", assignment}, 2);
+        fixture.manager.refusal({"edit", "Work", "--set", "menuBarIcon=true", "--set", assignment},
+                                2);
     }
     fixture.manager.refusal({"edit", "Work"}, 2);
-    fixture.manager.refusal({"edit", "Work", "--set", "url=x", "--unset", "url"}, 2);
+    fixture.manager.refusal({"edit", "Work", "--set", "commandPath=x", "--unset", "commandPath"},
+                            2);
     CHECK(says(fixture.manager.refusal({"edit", "Work", "--set", "iconLable=1"}, 2),
                "Did you mean \"iconLabel\"?"));
-    CHECK(says(fixture.manager.refusal({"edit", "Work", "--set", "url=\xff"}), "is not UTF-8"));
+    CHECK(says(fixture.manager.refusal({"edit", "Work", "--set", "commandPath=\xff"}),
+               "is not UTF-8"));
     CHECK(readFile(fixture.file()) == before);
 }
 
@@ -167,9 +268,12 @@ TEST_CASE("every field of the table is one that an edit knows") {
         const auto error =
             fixture.manager.run({"edit", "Work", "--set", std::string(field.key) + "=\x01"}).error;
         CHECK_FALSE(contains(error, "is no key of an instance"));
+        const bool hasOption = !edit::optionFor(field.key).empty();
         const bool again = field.edit.form == ambrel::FieldEdit::Form::byCreatingAgain;
-        CHECK(contains(error, "Create the instance again") == again);
-        CHECK(contains(error, "outside its configuration") == again);
+        CHECK(contains(error, "Create the instance again") == (again && !hasOption));
+        CHECK(contains(error, "korvane edit NAME --") == hasOption);
+        const bool isHeeded = field.kinds.contains(ambrel::ShortcutKind::command);
+        CHECK(contains(error, "means nothing to") == (!isHeeded && !again));
     });
 }
 
@@ -193,7 +297,7 @@ TEST_CASE("an edit of the process name that could not be written leaves Info.pli
 TEST_CASE("an edit that could not be written fails and leaves the old bytes") {
     const Fixture fixture;
     const auto before = readFile(fixture.file());
-    auto setup = fixture.manager.setupAsOrdinaryUser({"edit", "Work", "--set", "url=x"});
+    auto setup = fixture.manager.setupAsOrdinaryUser({"edit", "Work", "--set", "commandPath=/x"});
 
     SUBCASE("a file that may not be written") {
         setMode(fixture.file(), 0444);
@@ -206,7 +310,7 @@ TEST_CASE("an edit that could not be written fails and leaves the old bytes") {
         REQUIRE(before.size() < 1024);
         const auto script = std::find(setup.command.begin(), setup.command.end(), "-c") + 1;
         *script = "ulimit -f 2; trap '' XFSZ; exec \"$@\" </dev/null";
-        setup.command.back() = "url=" + std::string(2000, 'x');
+        setup.command.back() = "commandPath=/" + std::string(2000, 'x');
         const auto done = run(setup);
         CHECK(done.status == 1);
         CHECK(says(done.error, "the old configuration is back"));

@@ -28,10 +28,15 @@ TEST_CASE("a replacement under another identifier takes the old entry away") {
     CHECK(isThere(other));
 }
 
-TEST_CASE("a replacement without an icon leaves no icons behind") {
+TEST_CASE("a replacement keeps a chosen icon, and one without an icon leaves none behind") {
     const Registrations fixture;
-    fixture.createCommand("Work", {"--icon", fixture.picture(red)});
+    const auto bundle = fixture.createCommand("Work", {"--icon", fixture.picture(red)});
+    const auto before = fixture.registered();
 
+    fixture.createCommand("Work", {"--replace"});
+    CHECK(fixture.registered() == before);
+
+    REQUIRE(::unlink((bundle + "/Contents/Resources/AppIcon.icns").c_str()) == 0);
     fixture.createCommand("Work", {"--replace"});
 
     CHECK(readEntryFile(fixture.entry(work)).string("Icon") == "utilities-terminal");
@@ -43,11 +48,14 @@ TEST_CASE("edit keeps an entry in step and makes none") {
     const auto& manager = fixture.manager;
     fixture.createCommand("Work");
 
-    manager.result({"edit", "Work", "--set", "kind=web", "--set", "url=https://example.org/"});
-    CHECK(readEntryFile(fixture.entry(work)).string("Categories") == "Network;");
+    manager.result({"edit", "Work", "--icon", fixture.picture(red)});
+    CHECK(readEntryFile(fixture.entry(work)).string("Icon") == work);
+    const auto first = readFile(fixture.icon(work, 48));
+    manager.result({"edit", "Work", "--icon", fixture.picture(blue)});
+    CHECK(readFile(fixture.icon(work, 48)) != first);
 
     manager.result({"unregister", "Work"});
-    manager.result({"edit", "Work", "--set", "kind=command"});
+    manager.result({"edit", "Work", "--set", "commandArgs=[]"});
     CHECK_FALSE(isThere(fixture.entry(work)));
 }
 
@@ -161,7 +169,7 @@ TEST_CASE("a change of icons changes the time of the theme folder and nothing el
     fixture.createCommand("Work", {"--icon", fixture.picture(blue), "--replace"});
     CHECK(changed());
     setOld();
-    fixture.manager.result({"edit", "Work", "--set", "shareUserFolders=false"});
+    fixture.manager.result({"edit", "Work", "--set", "commandArgs=[]"});
     CHECK_FALSE(changed());
     fixture.manager.result({"delete", "Work"});
     CHECK(changed());

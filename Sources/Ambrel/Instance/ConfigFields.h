@@ -92,7 +92,7 @@ template <class Visitor> constexpr void forEachField(Visitor&& visit) {
                       "What the instance is called"});
     visit(ConfigField{"bundleId", &C::bundleId, required, every, Part::identity, byCreatingAgain,
                       "The identifier of the bundle"});
-    visit(ConfigField{"kind", &C::kind, optional, every, Part::identity, asValue,
+    visit(ConfigField{"kind", &C::kind, optional, every, Part::identity, byCreatingAgain,
                       "What sort of thing the instance opens"});
     // The launcher takes this path as it stands, without a tilde's meaning.
     visit(ConfigField{"targetAppPath", &C::targetAppPath, optional, app, Part::subject,

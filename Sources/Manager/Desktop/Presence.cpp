@@ -87,6 +87,19 @@ std::vector<Notice> changed(const InstanceRecord& record, const UserPlaces& user
     return notices;
 }
 
+std::vector<Notice> moved(const std::optional<Entry>& former, const InstanceRecord& record,
+                          const UserPlaces& user) noexcept {
+    std::vector<Notice> notices;
+    if (!former) return notices;
+    remove(*former, user, notices);
+    add(record, user,
+        {.kind = Notice::Kind::notRegistered,
+         .subject = {},
+         .sentence = "The desktop does not show it in its new place."},
+        notices);
+    return notices;
+}
+
 std::vector<Notice> deleted(const std::optional<Entry>& entry, const UserPlaces& user) noexcept {
     std::vector<Notice> notices;
     if (entry) remove(*entry, user, notices);

@@ -19,6 +19,12 @@ std::vector<Notice> created(const ambrel::InstanceRecord& made,
 std::vector<Notice> changed(const ambrel::InstanceRecord& record,
                             const ambrel::UserPlaces& user) noexcept;
 
+/// Gives an instance that has another place now an entry there, in place of `former`, which it had
+/// before; entryNotRemoved or notRegistered where that failed. One without an entry gets none.
+std::vector<Notice> moved(const std::optional<registration::Entry>& former,
+                          const ambrel::InstanceRecord& record,
+                          const ambrel::UserPlaces& user) noexcept;
+
 /// Removes the entry, if there is one, of an instance that is gone, else entryNotRemoved.
 std::vector<Notice> deleted(const std::optional<registration::Entry>& entry,
                             const ambrel::UserPlaces& user) noexcept;

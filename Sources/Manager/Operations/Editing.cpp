@@ -10,13 +10,21 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/Presence.h"
+#include "Manager/Operations/IconOrigin.h"
+#include "Manager/Operations/Rebuilding.h"
 #include "Manager/Operations/Unchanged.h"
+#include "Manager/Operations/WorkedOut.h"
+#include "Manager/Rules/FieldEffect.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/UserText.h"
+
+#include <algorithm>
 
 namespace korvane {
 
+using ambrel::Environment;
 using ambrel::InstanceConfig;
 using ambrel::InstanceRecord;
 using ambrel::Path;
@@ -39,9 +47,20 @@ void requireSameBundle(const InstanceConfig& stored, const InstanceConfig& asked
     const auto wanted = withoutEditedKeys(asked);
     ambrel::forEachField([&](const auto& field) {
         if (field.edit.form != ambrel::FieldEdit::Form::byCreatingAgain) return;
+        if (field.part == ambrel::ConfigPart::name) return; // for which all is built anew
         if (config.*field.member == wanted.*field.member) return;
         throw Refusal(Kind::fieldIsBundles, field.key, whyNotEdited(field.key),
                       Remedy::createAgain);
+    });
+}
+
+/// What would be stored and never heeded is refused; what is stored so can be taken out.
+void requireHeededChanges(const InstanceConfig& config, const InstanceConfig& wanted) {
+    static const InstanceConfig defaults;
+    ambrel::forEachField([&](const auto& field) {
+        const auto& value = wanted.*field.member;
+        if (value == config.*field.member || value == defaults.*field.member) return;
+        requireHeeded(field.key, field.key, config.kind);
     });
 }
 
@@ -137,30 +156,115 @@ void writeWithInfoPlist(const InstanceRecord& record, const InstanceConfig& want
     }
 }
 
+Notice separationDropped(const std::string& what, const std::string& name, Remedy remedy) {
+    return {.kind = Notice::Kind::separationDropped,
+            .subject = name,
+            .sentence =
+                "It is no longer started with what was worked out to keep it apart: " + what + ".",
+            .remedy = remedy};
+}
+
+std::string listed(const std::vector<std::string>& words) {
+    std::string list;
+    for (const auto& word : words) list += (list.empty() ? "" : " ") + shellWord(word);
+    return list;
+}
+
+/// What keeps an instance apart does not go without a word.
+void addDropped(const InstanceConfig& before, const InstanceConfig& after, const WorkedOut& worked,
+                const std::string& name, std::vector<Notice>& notices) {
+    if (worked.isIn(before.extraArgs) && !worked.isIn(after.extraArgs)) {
+        const auto lost = worked.missingIn(after.extraArgs);
+        notices.push_back(separationDropped(listed(lost.empty() ? worked.plan.arguments : lost),
+                                            name, Remedy::workOutArguments));
+    }
+    std::vector<std::string> variables;
+    for (const auto& [key, value] : worked.plan.environment) {
+        const auto had = before.environment.find(key);
+        const auto has = after.environment.find(key);
+        if (had == before.environment.end() || had->second != value) continue;
+        const bool isName =
+            std::ranges::find(worked.plan.nameVariables, key) != worked.plan.nameVariables.end();
+        const bool isLost = has == after.environment.end() || (has->second != value && !isName);
+        if (isLost) variables.push_back(key);
+    }
+    if (variables.empty()) return;
+    notices.push_back(separationDropped(listed(variables), name, Remedy::workOutVariables));
+}
+
+/// Never fails: it is told what is known.
+std::vector<Notice> noticesOnDropped(const InstanceRecord& before, const InstanceRecord& after,
+                                     const UserPlaces& user, const Environment& environment) {
+    std::vector<Notice> notices;
+    if (before.config.targetAppPath != after.config.targetAppPath) return notices;
+    try {
+        const auto worked = WorkedOut::of(before.config, "", user, environment);
+        addDropped(before.config, after.config, worked, nameFor(after, user), notices);
+    } catch (const std::exception&) {
+        // Without the application nothing can be said of how it is started.
+    }
+    return notices;
+}
+
+void append(std::vector<Notice>& notices, std::vector<Notice> more) {
+    for (auto& notice : more) notices.push_back(std::move(notice));
+}
+
+/// Only the name of an instance that is given a new one is looked at.
+InstanceConfig checkedConfig(const InstanceRecord& record, InstanceConfig wanted) {
+    const bool isNamed = wanted.displayName != record.config.displayName;
+    if (isNamed) wanted.displayName = checkedName(wanted.displayName);
+    wanted.iconLabel = visibleLabel(wanted.iconLabel);
+    return wanted;
+}
+
+/// Brings the bundle to what is wanted, and returns where it stands then.
+Path writeBundle(const InstanceRecord& record, const InstanceConfig& wanted,
+                 const std::optional<Path>& icon, const UserPlaces& user,
+                 std::vector<Notice>& notices) {
+    if (!icon && !needsRebuilding(record.config, wanted)) {
+        writeWithInfoPlist(record, wanted, user);
+        return record.bundleURL;
+    }
+    auto rebuilt = rebuild(record, wanted, icon, user);
+    append(notices, std::move(rebuilt.notices));
+    const bool isMoved = wanted.displayName != record.config.displayName;
+    return isMoved ? rebuilt.bundle : record.bundleURL;
+}
+
 } // namespace
 
 std::string whyNotEdited(const std::string& name) {
+    if (name == "kind") return "What an instance opens is what it was made for.";
     return "The bundle carries " + name +
            " outside its configuration (Info.plist, icon or folder name), and an edit would not "
            "change it.";
 }
 
-Edited change(const InstanceRecord& record, const InstanceConfig& wanted, const UserPlaces& user) {
+Edited change(const InstanceRecord& record, const InstanceConfig& asked, const UserPlaces& user,
+              const Environment& environment, const std::optional<Path>& icon) {
     requireUnchanged(record, user);
+    const auto wanted = checkedConfig(record, asked);
     requireSameBundle(record.config, wanted);
+    requireHeededChanges(record.config, wanted);
     requireUsableHome(record, wanted, user);
-    ambrel::NewFolders folders;
-    makeHome(wanted, user, folders);
-    writeWithInfoPlist(record, wanted, user);
-    folders.keep();
+    const auto entry = registration::findEntry(record, user);
     Edited edited{.before = record,
                   .record = {record.bundleURL, wanted},
                   .homeChanged = wanted.instanceHome != record.config.instanceHome,
-                  .iconIsOutdated = wanted.iconLabel != record.config.iconLabel,
-                  .notices = furnishHome(wanted, user)};
-    for (auto& notice : presence::changed(edited.record, user)) {
-        edited.notices.push_back(std::move(notice));
-    }
+                  .notices = {}};
+    ambrel::NewFolders folders;
+    makeHome(wanted, user, folders);
+    edited.record.bundleURL = writeBundle(record, wanted, icon, user, edited.notices);
+    folders.keep();
+    append(edited.notices, furnishHome(wanted, user));
+    const bool isMoved = edited.record.bundleURL != record.bundleURL;
+    append(edited.notices, isMoved ? presence::moved(entry, edited.record, user)
+                                   : presence::changed(edited.record, user));
+    append(edited.notices, noticesOnDropped(record, edited.record, user, environment));
+    const bool isLabelled = wanted.iconLabel != record.config.iconLabel;
+    auto unseen = isLabelled ? labelObstacle(edited.record) : std::nullopt;
+    if (unseen) edited.notices.push_back(std::move(*unseen));
     if (!edited.homeChanged) return edited;
     forgetHome(record.config, user);
     auto obstacle = homeObstacle(usableHome(wanted, user).value_or(""));

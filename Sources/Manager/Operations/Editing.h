@@ -1,9 +1,11 @@
 #pragma once
 
 #include "Ambrel/Instance/InstanceRegistry.h"
+#include "Ambrel/Platform/ProcessEnvironment.h"
 #include "Ambrel/Platform/UserPlaces.h"
 #include "Manager/Base/Notice.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,7 +16,6 @@ struct Edited {
     ambrel::InstanceRecord before;
     ambrel::InstanceRecord record; ///< as it is now
     bool homeChanged = false;      ///< the data stays in the home of `before`
-    bool iconIsOutdated = false;   ///< only creating the instance again draws another label
     std::vector<Notice> notices;   ///< in the order in which they came up
 };
 
@@ -22,13 +23,18 @@ struct Edited {
 std::string whyNotEdited(const std::string& name);
 
 /// Brings the instance `record` from the configuration that it has to `wanted`: its stored
-/// configuration, the names in its Info.plist, its home and its desktop entry. Throws Refusal
-/// fieldIsBundles for a field that the bundle carries elsewhere too (name, identifier, what it
-/// offers, and all overrides but the names of process and windows), unknownUser and homeTaken for
-/// another home, changedMeanwhile where the instance is not as `record` says, damagedInstance, and
-/// notWritten: then everything is as it was but for notRestored. Also FileError, EncodingError and
-/// LibraryError, with nothing changed.
+/// configuration, the names in its Info.plist, its label, its name and with that its place, its
+/// home and its desktop entry; identifier and home stay when it is renamed. `icon` is a picture for
+/// its icon, absent: the one that it has. For another name, label or icon the bundle is built aside
+/// and put in place in one step. `environment` serves to work out what keeps the instance apart:
+/// that it goes is a notice. Throws Refusal fieldIsBundles for a field that the bundle carries
+/// elsewhere too (kind, identifier, what it offers, and all overrides but the names of process and
+/// windows), hasNoEffect for one that its kind does not heed, unknownUser and homeTaken for another
+/// home, badName, what rebuild() throws, changedMeanwhile where the instance is not as `record`
+/// says, damagedInstance, and notWritten: then everything is as it was but for notRestored. Also
+/// FileError, EncodingError and LibraryError, with nothing changed.
 Edited change(const ambrel::InstanceRecord& record, const ambrel::InstanceConfig& wanted,
-              const ambrel::UserPlaces& user);
+              const ambrel::UserPlaces& user, const ambrel::Environment& environment = {},
+              const std::optional<ambrel::Path>& icon = {});
 
 } // namespace korvane

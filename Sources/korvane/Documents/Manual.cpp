@@ -194,10 +194,11 @@ std::string configuration() {
     ambrel::forEachField([&]<class T>(const ambrel::ConfigField<T>& field) {
         text += ".TP\n" + bold(field.key) + "\n" + sentence(field.description) + "It is " +
                 sentence(formOf<T>(field.edit.form)) + kindsOf(field.kinds);
-        if (field.edit.form == ambrel::FieldEdit::Form::byCreatingAgain) {
-            text += "It is changed by creating the instance again,\n" +
-                    sentence(edit::howToCreateAgain(field.key));
-        }
+        if (field.edit.form != ambrel::FieldEdit::Form::byCreatingAgain) return;
+        const auto option = edit::optionFor(field.key);
+        text += option.empty() ? "It is changed by creating the instance again,\n" +
+                                     sentence(edit::howToCreateAgain(field.key))
+                               : "It is changed with\n" + bold("korvane edit " + option) + ".\n";
     });
     return text;
 }

@@ -5,7 +5,9 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Operations/Editing.h"
+#include "Manager/Operations/WorkedOut.h"
 #include "Manager/Programs/StartPlan.h"
+#include "Manager/Rules/FieldEffect.h"
 #include "Manager/Rules/UserText.h"
 #include "korvane/CommandLine/UsageError.h"
 
@@ -28,19 +30,23 @@ using Form = ambrel::FieldEdit::Form;
 /// "create" instead. The last ones are no fields of the configuration but can be asked for all the
 /// same.
 constexpr std::pair<std::string_view, const char*> bundleKeys[] = {
-    {"displayName",
-     "under the new name, with --home to go on with its data, after deleting this one"},
+    {"kind", "with --replace, as what it is to be"},
     {"bundleId", "with --replace --bundle-id ID"},
     {"infoPlistOverrides", "with --replace --plist K=V"},
-    {"registerAsBrowser", "with --replace --browser, or without"},
-    {"openWithPassthrough", "with --replace --open-with, or without"},
-    {"customIcon", "with --replace --icon FILE"},
-    {"hideWrapperIcon", "with --replace --hide-icon, or without"},
+    {"registerAsBrowser", "with --replace and --browser or --no-browser"},
+    {"openWithPassthrough", "with --replace and --open-with or --no-open-with"},
     {"outputDir", "with --output DIR, after deleting this one"},
 };
 
+/// What has an option of its own, for the bundle is built anew for it.
+constexpr std::pair<std::string_view, const char*> optionKeys[] = {
+    {"displayName", "--name"},
+    {"customIcon", "--icon"},
+};
+
 constexpr bool isBundleKey(std::string_view key) {
-    return std::ranges::any_of(bundleKeys, [&](const auto& entry) { return entry.first == key; });
+    const auto isIt = [&](const auto& entry) { return entry.first == key; };
+    return std::ranges::any_of(bundleKeys, isIt) || std::ranges::any_of(optionKeys, isIt);
 }
 
 constexpr bool areBundleKeysAll() {
@@ -63,12 +69,17 @@ void refuseIfSame(const std::string& key, const std::string& name, const std::st
 }
 
 void refuseBundleKey(const std::string& key) {
+    for (const auto& [name, option] : optionKeys) {
+        if (key != name) continue;
+        throw Refusal(key + " is not set so: it is changed with: korvane edit NAME " + option);
+    }
     for (const auto& [name, instead] : bundleKeys) refuseIfSame(key, std::string(name), instead);
 }
 
 [[noreturn]] void refuseUnknownKey(const std::string& key) {
     auto names = keys();
     for (const auto& [name, instead] : bundleKeys) names.emplace_back(name);
+    for (const auto& [name, option] : optionKeys) names.emplace_back(name);
     const auto meant = nearest(key, names);
     throw UsageError(inQuotes(key) + " is no key of an instance." +
                      (meant.empty() ? "" : " Did you mean " + inQuotes(meant) + "?") +
@@ -187,6 +198,15 @@ std::optional<std::string> variableOf(const std::string& key) {
     return variable;
 }
 
+/// Whether the kind heeds it is a question of the whole map for one of its entries.
+void requireHeededKey(const std::string& key, ambrel::ShortcutKind kind) {
+    refuseBundleKey(key == processNameField ? "" : key);
+    const auto field = key == processNameField ? "targetAppPath"
+                       : variableOf(key)       ? "environment"
+                                               : key;
+    requireHeeded(key, field, kind);
+}
+
 } // namespace
 
 std::vector<std::string> keys() {
@@ -204,6 +224,12 @@ std::string howToCreateAgain(std::string_view key) {
     return found == std::ranges::end(bundleKeys) ? "" : found->second;
 }
 
+std::string optionFor(std::string_view key) {
+    const auto* found =
+        std::ranges::find(optionKeys, key, [](const auto& entry) { return entry.first; });
+    return found == std::ranges::end(optionKeys) ? "" : found->second;
+}
+
 std::string keyOf(const std::string& assignment) {
     return assignment.substr(0, assignment.find('='));
 }
@@ -215,6 +241,7 @@ void set(InstanceConfig& config, const std::string& assignment, const ambrel::Us
     }
     const auto key = keyOf(assignment);
     const auto value = assignment.substr(equals + 1);
+    requireHeededKey(key, config.kind);
     if (key == processNameField) {
         requireProcessName(value, key);
         setProcessName(config, value);
@@ -230,7 +257,8 @@ void set(InstanceConfig& config, const std::string& assignment, const ambrel::Us
     if (key == "instanceHome" && value.empty()) refuseValue(key, value, "a folder");
 }
 
-void unset(InstanceConfig& config, const std::string& key) {
+void unset(InstanceConfig& config, const std::string& key, const ambrel::UserPlaces& user,
+           const ambrel::Environment& environment) {
     if (key == processNameField) {
         if (!config.infoPlistOverrides.contains(ambrel::processNameKey)) {
             throw Refusal("The instance has no process name.");
@@ -247,6 +275,14 @@ void unset(InstanceConfig& config, const std::string& key) {
             throw Refusal(key + " has to be there and cannot be unset.");
         }
     });
+    if (config.kind == ambrel::ShortcutKind::app && key == "extraArgs") {
+        config.extraArgs = requireStart(config, user, environment).arguments;
+        return;
+    }
+    if (config.kind == ambrel::ShortcutKind::app && key == "environment") {
+        config.environment = requireStart(config, user, environment).environment;
+        return;
+    }
     // A configuration made here has the defaults that an absent key has in the file.
     static const InstanceConfig defaults;
     withField(key, [&](const auto& field) { config.*field.member = defaults.*field.member; });

@@ -1,0 +1,155 @@
+#include "Manager/Operations/Rebuilding.h"
+
+#include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/PropertyList.h"
+#include "Ambrel/Wrapper/WrapperGenerator.h"
+#include "Manager/Base/Quoting.h"
+#include "Manager/Base/Refusal.h"
+#include "Manager/Files/IconConversion.h"
+#include "Manager/Files/StagingFolder.h"
+#include "Manager/Operations/IconOrigin.h"
+#include "Manager/Operations/Unchanged.h"
+
+namespace korvane {
+
+using ambrel::BundleLayout;
+using ambrel::InstanceConfig;
+using ambrel::InstanceRecord;
+using ambrel::Path;
+using ambrel::UserPlaces;
+using ambrel::WrapperGenerator;
+using Kind = Refusal::Kind;
+namespace fileSystem = ambrel::fileSystem;
+
+namespace {
+
+/// The folder itself, where the instance is named by a link to it.
+Path bundleOf(const InstanceRecord& record) {
+    Path bundle{ambrel::paths::withoutTrailingSlashes(record.bundleURL)};
+    if (fileSystem::kindOf(bundle) != fileSystem::ItemKind::symbolicLink) return bundle;
+    return fileSystem::resolved(bundle).value_or(bundle);
+}
+
+bool isHidden(const Path& bundle, const InstanceConfig& config) {
+    if (config.infoPlistOverrides.contains("LSUIElement")) return false;
+    const auto info = ambrel::readPropertyList(BundleLayout{bundle}.infoPlist());
+    if (!info) return false;
+    const auto found = info->find("LSUIElement");
+    return found != info->end() && found->second.exactBoolean().value_or(false);
+}
+
+/// The chosen icon as an icon file, in `folder` where it was none.
+IconSource chosenIcon(const Path& icon, const Path& folder) {
+    if (!fileSystem::exists(icon) || fileSystem::isFolder(icon)) {
+        throw Refusal(Kind::unusableIcon, icon,
+                      "The icon is no file: " + ambrel::utf8::oneLine(icon));
+    }
+    if (isIconFile(icon)) return {.picture = icon};
+    const auto converted = ambrel::paths::join(folder, "icon.icns");
+    convertToIconFile(icon, converted);
+    return {.picture = converted};
+}
+
+Path generateIn(const Path& folder, const WrapperGenerator::Options& options) {
+    try {
+        return WrapperGenerator().generate(folder, options);
+    } catch (const WrapperGenerator::GenError& error) {
+        const bool isRunner = error.kind == WrapperGenerator::GenError::Kind::runnerMissing;
+        throw Refusal(isRunner ? Kind::damagedInstance : Kind::unreadableApplication, error.subject,
+                      ambrel::utf8::oneLine(error.description()));
+    }
+}
+
+Path buildIn(const Path& folder, const InstanceRecord& record, const InstanceConfig& wanted,
+             const std::optional<Path>& icon) {
+    const auto old = bundleOf(record);
+    const auto source =
+        icon ? chosenIcon(*icon, folder) : iconSourceOf(record, wanted.iconLabel, folder);
+    const auto built = generateIn(folder, {.config = wanted,
+                                           .runnerBinary = BundleLayout{old}.runner(),
+                                           .customIcon = source.picture,
+                                           .hideWrapperIcon = isHidden(old, record.config)});
+    if (source.isDrawn) {
+        fileSystem::replace(BundleLayout{built}.icon(), fileSystem::read(*source.picture));
+    }
+    return built;
+}
+
+Refusal changedMeanwhile(const Path& bundle) {
+    return Refusal(Kind::changedMeanwhile, bundle,
+                   "The instance at " + ambrel::utf8::oneLine(bundle) +
+                       " has changed since it was looked at.",
+                   Remedy::lookAgain);
+}
+
+/// The old bundle is looked at once nobody else can reach it at its path, and put back where it is
+/// not the one that was meant.
+void exchangeUnchanged(StagingFolder& staging, const Path& built, const Path& place,
+                       const InstanceRecord& record, const UserPlaces& user) {
+    staging.exchange(built, place);
+    const auto old = ambrel::InstanceRegistry(user).recordFor(built);
+    if (old && isUnchanged(record, {record.bundleURL, old->config})) return;
+    staging.exchange(built, place);
+    throw changedMeanwhile(place);
+}
+
+void giveName(StagingFolder& staging, const Path& built, const Path& place, const Path& wanted) {
+    if (place == wanted) return;
+    try {
+        fileSystem::move(place, wanted);
+    } catch (const ambrel::FileError&) {
+        staging.exchange(built, place);
+        throw;
+    }
+}
+
+void removeOld(StagingFolder& staging, Rebuilt& rebuilt) {
+    const auto hidden = staging.path();
+    try {
+        staging.remove();
+    } catch (const ambrel::FileError& error) {
+        rebuilt.notices.push_back({.kind = Notice::Kind::remainsLeft,
+                                   .subject = hidden,
+                                   .sentence = "Remains of what was changed lie in " +
+                                               ambrel::utf8::oneLine(hidden) + ". " +
+                                               error.description()});
+    }
+}
+
+void requireFreePlace(const Path& place, const Path& wanted) {
+    if (place == wanted || !fileSystem::kindOf(wanted)) return;
+    throw Refusal(Kind::placeTaken, wanted,
+                  "Something stands at " + ambrel::utf8::oneLine(wanted) +
+                      " already. Choose another name.");
+}
+
+} // namespace
+
+bool needsRebuilding(const InstanceConfig& before, const InstanceConfig& wanted) {
+    return before.displayName != wanted.displayName ||
+           visibleLabel(before.iconLabel) != visibleLabel(wanted.iconLabel);
+}
+
+Path placeFor(const InstanceRecord& record, const InstanceConfig& wanted) {
+    auto place = bundleOf(record);
+    if (wanted.displayName == record.config.displayName) return place;
+    return BundleLayout::wrapper(ambrel::paths::deletingLastComponent(place), wanted.displayName)
+        .bundle;
+}
+
+Rebuilt rebuild(const InstanceRecord& record, const InstanceConfig& wanted,
+                const std::optional<Path>& icon, const UserPlaces& user) {
+    const auto place = bundleOf(record);
+    Rebuilt rebuilt{.bundle = placeFor(record, wanted), .notices = {}};
+    requireFreePlace(place, rebuilt.bundle);
+    StagingFolder staging(Path(ambrel::paths::deletingLastComponent(place)));
+    const auto built = buildIn(staging.path(), record, wanted, icon);
+    exchangeUnchanged(staging, built, place, record, user);
+    giveName(staging, built, place, rebuilt.bundle);
+    removeOld(staging, rebuilt);
+    return rebuilt;
+}
+
+} // namespace korvane
