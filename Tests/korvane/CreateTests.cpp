@@ -535,6 +535,7 @@ TEST_CASE("--replace keeps what is not given, and tells of it") {
     CHECK(config.instanceHome == "~/h");
     CHECK(config.bundleId == "org.example.w");
     CHECK(config.workingDirectory == "/tmp");
+    REQUIRE(config.iconLabel);
     CHECK(config.iconLabel->text == "W");
 }
 

@@ -146,7 +146,8 @@ TEST_CASE("a new name is taken in one step with all that bears it") {
 TEST_CASE("a label of blanks is none, in an edit as in a creation") {
     const Fixture fixture;
 
-    CHECK(fixture.after({"--label", "A", "--label-position", "top"}).iconLabel->text == "A");
+    CHECK(fixture.after({"--label", "A", "--label-position", "top"}).iconLabel ==
+          ambrel::IconLabel{"A", "FFFFFF", ambrel::IconLabel::Position::top});
     CHECK(fixture.after({"--label-color", "FF0000"}).iconLabel ==
           ambrel::IconLabel{"A", "FF0000", ambrel::IconLabel::Position::top});
     CHECK_FALSE(fixture.after({"--label", " \t "}).iconLabel);
