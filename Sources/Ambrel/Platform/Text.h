@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,12 @@ std::string lowercased(std::string_view text);
 std::string uppercased(std::string_view text);
 /// A letter, mark or number of any script (L*, M*, N*).
 bool isAlphanumeric(char32_t character);
+
+/// How many columns of a terminal the character takes: two where East Asian width makes it wide, as
+/// that of ideographs and emoji, none where it stands on the one before it.
+std::size_t columnsOf(char32_t character);
+/// Of a text in one line.
+std::size_t columnsOf(std::string_view text);
 
 /// The order of names in lists: that of the user's locale, without regard to case but with regard
 /// to accents. Opening it costs more than comparing; keep one for a whole sort.

@@ -73,6 +73,28 @@ bool isAlphanumeric(char32_t character) {
     return (U_GET_GC_MASK(static_cast<UChar32>(character)) & wanted) != 0;
 }
 
+std::size_t columnsOf(char32_t character) {
+    const auto c = static_cast<UChar32>(character);
+    // A soft hyphen is shown, though it is a format character; the later parts of a Korean syllable
+    // are letters that join the first.
+    constexpr char32_t softHyphen = 0xAD;
+    const bool joinsSyllable =
+        u_getIntPropertyValue(c, UCHAR_HANGUL_SYLLABLE_TYPE) == U_HST_VOWEL_JAMO ||
+        u_getIntPropertyValue(c, UCHAR_HANGUL_SYLLABLE_TYPE) == U_HST_TRAILING_JAMO;
+    constexpr auto joining = U_GC_MN_MASK | U_GC_ME_MASK | U_GC_CF_MASK;
+    if (character == softHyphen) return 1;
+    if (joinsSyllable || (U_GET_GC_MASK(c) & joining) != 0) return 0;
+    const auto width = u_getIntPropertyValue(c, UCHAR_EAST_ASIAN_WIDTH);
+    return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
+}
+
+std::size_t columnsOf(std::string_view text) {
+    constexpr char32_t replacement = 0xFFFD;
+    std::size_t columns = 0;
+    while (!text.empty()) columns += columnsOf(utf8::takeFirst(text).value_or(replacement));
+    return columns;
+}
+
 NameOrder::NameOrder() : collator_(nullptr) {
     auto status = U_ZERO_ERROR;
     std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance(listLocale(), status));

@@ -6,6 +6,7 @@
 #include <string>
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
+#include <vector>
 
 using namespace ambrel;
 
@@ -72,6 +73,31 @@ TEST_CASE("letters, marks and numbers of any script are alphanumeric and nothing
     });
     CHECK_FALSE(text::isAlphanumeric(0xD800));
     CHECK_FALSE(text::isAlphanumeric(0x110000));
+}
+
+TEST_CASE("a character takes the columns that East Asian width gives it") {
+    struct Row {
+        std::string text;
+        std::size_t columns;
+    };
+    const std::vector<Row> table{
+        {"", 0},
+        {"abc", 3},
+        {"\u00E9", 1},
+        {"e\u0301", 1},
+        {"\u4E2D\u6587", 4},
+        {"\uFF21", 2}, // a full-width letter
+        {"\uFF71", 1}, // a half-width one
+        {"\U0001F600", 2},
+        {"\u200B\u200D", 0},
+        {"\u00AD", 1},
+        {"\u1112\u1161\u11AB", 2}, // one Korean syllable in three parts
+        {"\xff", 1},
+    };
+    for (const auto& row : table) {
+        CAPTURE(row.text);
+        CHECK(text::columnsOf(row.text) == row.columns);
+    }
 }
 
 TEST_CASE("upper and lower case are the full mapping of the root locale") {
