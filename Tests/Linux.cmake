@@ -73,8 +73,10 @@ include(FaultInjection.cmake)
 add_doctest(FaultInjectionTests
     Ambrel/Home/Linux/DesktopAccessFaultTests.cpp
     Ambrel/Platform/Linux/FileSystemFaultTests.cpp
+    Manager/Operations/Linux/CreationFaultTests.cpp
     Support/Faults.cpp
 )
+target_link_libraries(FaultInjectionTests PRIVATE Korvane::Manager)
 target_link_options(FaultInjectionTests PRIVATE ${KORVANE_WRAPPED_CALLS})
 
 # Processes that are killed in place of one call after another.

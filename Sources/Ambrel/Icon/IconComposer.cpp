@@ -68,14 +68,18 @@ std::string composedFile(const Image& source, const IconLabel& label) {
 } // namespace
 
 void IconComposer::compose(const Path& source, const IconLabel& label, const Path& destination) {
-    const auto image = loadLargestImage(source);
-    if (!image) throw ComposeError::noSourceImage(source);
-    const auto file = composedFile(*image, label);
+    const auto file = composed(source, label);
     try {
         fileSystem::replace(destination, file);
     } catch (const FileError&) {
         throw ComposeError::destinationFailed();
     }
+}
+
+std::string IconComposer::composed(const Path& source, const IconLabel& label) {
+    const auto image = loadLargestImage(source);
+    if (!image) throw ComposeError::noSourceImage(source);
+    return composedFile(*image, label);
 }
 
 std::optional<Image> IconComposer::loadLargestImage(const Path& url) {

@@ -36,6 +36,10 @@ struct IconComposer {
     /// that is needed; nothing is written then, and what was at `destination` stays.
     static void compose(const Path& source, const IconLabel& label, const Path& destination);
 
+    /// The bytes of the file that compose() writes, for who wants to know why they cannot be
+    /// written or does not want a file. Throws ComposeError noSourceImage and LibraryError.
+    static std::string composed(const Path& source, const IconLabel& label);
+
     // The steps of compose.
 
     /// The widest image of the file, the first among equals; absent when it has none that can be

@@ -11,8 +11,12 @@ struct FileError : std::runtime_error {
     /// `action` is what was tried ("read", "create the folder"), `code` the system's error number.
     FileError(const std::string& action, const Path& path, int code);
 
+    /// The same failure, told of another path: of the one that the user knows, where work was done
+    /// aside.
+    FileError at(const Path& other) const { return {action, other, code}; }
     std::string description() const { return what(); }
 
+    std::string action;
     Path path;
     int code;
 };

@@ -27,7 +27,7 @@ bool isIconFile(const Path& file) {
 void convertToIconFile(const Path& picture, const Path& destination) {
     try {
         const IconLabel none{"", "", IconLabel::Position::bottom};
-        IconComposer::compose(picture, none, destination);
+        ambrel::fileSystem::replace(destination, IconComposer::composed(picture, none));
     } catch (const IconComposer::ComposeError& error) {
         throw Refusal(Refusal::Kind::unusableIcon, picture,
                       ambrel::utf8::oneLine(error.description()));

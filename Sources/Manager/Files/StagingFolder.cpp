@@ -7,6 +7,7 @@
 
 namespace korvane {
 
+using ambrel::FileError;
 using ambrel::FolderLock;
 using ambrel::Path;
 namespace fileSystem = ambrel::fileSystem;
@@ -71,13 +72,13 @@ void tryRemoveAbandoned(const Path& parent) noexcept {
 
 } // namespace
 
-StagingFolder::StagingFolder(const Path& parent) {
+StagingFolder::StagingFolder(const Path& parent) : parent_(parent) {
     above_.make(parent);
     tryRemoveAbandoned(parent);
     make(parent);
     try {
         mayGo();
-    } catch (const ambrel::FileError&) {
+    } catch (const FileError&) {
         fileSystem::removeItem(path_);
         throw;
     }
@@ -89,7 +90,11 @@ void StagingFolder::make(const Path& parent) {
     constexpr unsigned ownerOnly = 0700;
     for (int attempt = 0; attempt < attempts && !lock_; ++attempt) {
         path_ = paths::join(parent, stagingName());
-        fileSystem::createFolder(path_, ownerOnly);
+        try {
+            fileSystem::createFolder(path_, ownerOnly);
+        } catch (const FileError& error) {
+            throw FileError("write into", parent, error.code);
+        }
         lock_ = FolderLock::tryTake(path_);
         if (!lock_ && !fileSystem::isMissing(path_)) return; // no locks here
     }
@@ -102,6 +107,13 @@ StagingFolder::~StagingFolder() {
     } catch (const std::exception&) {
         // A hidden folder that stays behind harms nobody, and the first failure is the one to tell.
     }
+}
+
+FileError StagingFolder::outwards(const FileError& error) const {
+    const bool isInside = !path_.empty() && error.path.starts_with(path_ + "/");
+    if (isInside)
+        return error.at(ambrel::paths::join(parent_, error.path.substr(path_.size() + 1)));
+    return error.path == path_ ? error.at(parent_) : error;
 }
 
 void StagingFolder::putInPlace(const Path& built, const Path& place) {

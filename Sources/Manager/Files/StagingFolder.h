@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/Home/NewFolders.h"
+#include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/FolderLock.h"
 
 #include <optional>
@@ -24,6 +25,10 @@ public:
 
     const ambrel::Path& path() const { return path_; }
 
+    /// The failure as it is told a person: what lies in this folder is named as it would be called
+    /// in the one around, where the user has asked for it.
+    ambrel::FileError outwards(const ambrel::FileError& error) const;
+
     /// Moves `built`, which lies in this folder, to `place`, where nothing may be.
     void putInPlace(const ambrel::Path& built, const ambrel::Path& place);
     /// Exchanges `built` with what is at `place`, which lies in this folder then. Nobody but this
@@ -41,6 +46,7 @@ private:
     void make(const ambrel::Path& parent);
 
     ambrel::NewFolders above_;
+    ambrel::Path parent_;
     ambrel::Path path_;
     std::optional<ambrel::FolderLock> lock_; ///< absent where there are none: nobody removes it
 };

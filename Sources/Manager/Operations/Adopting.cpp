@@ -36,8 +36,12 @@ std::string referenceTo(const std::string& name, const Path& bundle, const UserP
 void build(const Adoption& adoption, const Path& folder, const Path& bundle) {
     StagingFolder staging(folder);
     const auto built = BundleLayout::wrapper(staging.path(), adoption.name).bundle;
-    writeAdoptedBundle(adoption, built);
-    staging.putInPlace(built, bundle);
+    try {
+        writeAdoptedBundle(adoption, built);
+        staging.putInPlace(built, bundle);
+    } catch (const ambrel::FileError& error) {
+        throw staging.outwards(error);
+    }
 }
 
 /// Whether the bundle at `place` was made of the same program.

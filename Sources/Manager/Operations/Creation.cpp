@@ -136,8 +136,7 @@ InstanceRecord requireReadable(const Path& built, const Path& place, const UserP
     throw Refusal(Kind::notCreated, place, "The new instance cannot be read back.");
 }
 
-Created build(const CreationPlan& plan, const UserPlaces& user) {
-    StagingFolder staging(*plan.wrapper.outputDir);
+Created buildIn(StagingFolder& staging, const CreationPlan& plan, const UserPlaces& user) {
     const auto [built, hasKeptIcon] = createIn(staging.path(), plan, user);
     Created created{.record = requireReadable(built, plan.bundle, user),
                     .replaced = plan.replaced,
@@ -162,6 +161,15 @@ Created build(const CreationPlan& plan, const UserPlaces& user) {
     // Only now: what lies in a new home would keep it from being removed after a failure.
     append(created.notices, furnishHome(config, user));
     return created;
+}
+
+Created build(const CreationPlan& plan, const UserPlaces& user) {
+    StagingFolder staging(*plan.wrapper.outputDir);
+    try {
+        return buildIn(staging, plan, user);
+    } catch (const ambrel::FileError& error) {
+        throw staging.outwards(error);
+    }
 }
 
 Created make(const CreationPlan& plan, const UserPlaces& user) {

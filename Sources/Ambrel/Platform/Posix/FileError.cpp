@@ -6,10 +6,10 @@
 
 namespace ambrel {
 
-FileError::FileError(const std::string& action, const Path& failedPath, int errorCode)
-    : std::runtime_error(
-          utf8::oneLine("Cannot " + action + " " + failedPath + ": " + errorReason(errorCode))),
-      path(failedPath), code(errorCode) {}
+FileError::FileError(const std::string& failedAction, const Path& failedPath, int errorCode)
+    : std::runtime_error(utf8::oneLine("Cannot " + failedAction + " " + failedPath + ": " +
+                                       errorReason(errorCode))),
+      action(failedAction), path(failedPath), code(errorCode) {}
 
 void throwFileError(const std::string& action, const Path& path) {
     throw FileError(action, path, errno);
