@@ -45,4 +45,70 @@ TEST_CASE("what is no profile is a failure with the reason") {
     CHECK(says(manager.refusal({"profile", "check", manager.tmp.path()}), manager.tmp.path()));
 }
 
+TEST_CASE("a profile's variables and the name of its windows are checked and shown too") {
+    const Manager manager;
+    auto json = nlohmann::json::parse(profile);
+    json["environment"] = {{"A", "1"}};
+    json["windowName"] = {{"arguments", {"--class={{desktopId}}"}}, {"processName", true}};
+    const auto file = writeFile(manager.tmp / "mail.json", json.dump());
+
+    const auto done = manager.run({"profile", "check", file});
+    const auto again = manager.json({"profile", "check", file, "--json"});
+
+    CHECK(done.status == 0);
+    CHECK(contains(done.output, "\nenvironment             A=1\n"));
+    CHECK(contains(done.output, "\nwindowName.arguments    --class={{desktopId}}\n"));
+    CHECK(contains(done.output, "\nwindowName.processName  true\n"));
+    CHECK_FALSE(contains(done.error, "warning"));
+    CHECK(again == json);
+}
+
+TEST_CASE("a profile that create would refuse is refused by its check for the same reason") {
+    const Manager manager;
+    manager.installApp("Mail", "org.example.mail");
+    auto json = nlohmann::json::parse(profile);
+    const auto file = manager.home / ".config/korvane/profiles/org.example.mail.json";
+    for (const auto& environment :
+         {nlohmann::json{{"", "x"}}, nlohmann::json{{"A=B", "x"}},
+          nlohmann::json{{"A", std::string("a\0b", 3)}}, nlohmann::json("A=1")}) {
+        json["environment"] = environment;
+        writeFile(file, json.dump());
+        const auto checked = manager.refusal({"profile", "check", file});
+        const auto used = manager.refusal({"inspect", "Mail"});
+        CHECK(used == checked.substr(0, checked.size() - 1) +
+                          " Mend it, or go without it with --no-profile.\n");
+    }
+}
+
+TEST_CASE("what means nothing in a profile is told, with what may be meant") {
+    const Manager manager;
+    auto json = nlohmann::json::parse(profile);
+    json["enviroment"] = {{"A", "1"}};
+    json["windowName"] = {{"argument", nlohmann::json::array()}};
+    json["displayName"] = "";
+    const auto file = writeFile(manager.tmp / "mail.json", json.dump());
+
+    const auto done = manager.run({"profile", "check", file});
+
+    CHECK(done.status == 0);
+    CHECK(says(done.error, "warning: The key \"enviroment\" means nothing in a profile. Did you "
+                           "mean \"environment\"?"));
+    CHECK(says(done.error, "The key \"windowName.argument\" means nothing"));
+    CHECK(says(done.error, "warning: Its displayName is empty."));
+}
+
+TEST_CASE("the check of a profile tells whether instances get it") {
+    const Manager manager;
+    const auto used = manager.home / ".config/korvane/profiles/org.example.mail.json";
+    const auto other = writeFile(manager.tmp / "mail.json", profile);
+
+    CHECK(says(manager.run({"profile", "check", other}).error,
+               "It is not in use. Instances of \"org.example.mail\" get it as: " + used));
+    writeFile(used, profile);
+    CHECK(says(manager.run({"profile", "check", other}).error,
+               "It is not in use. Instances of \"org.example.mail\" get: " + used));
+    CHECK(says(manager.run({"profile", "check", used}).error,
+               "Instances of \"org.example.mail\" get it."));
+}
+
 } // namespace korvane::test

@@ -232,7 +232,11 @@ TEST_CASE("every installed profile can be read and describes the application it 
         const auto profile = ProgramProfile::decode(text);
         CHECK(profile.profile.bundleId + ".json" == name);
         CHECK(nlohmann::json::parse(text).dump(2) + "\n" == text);
-        CHECK_FALSE(profile.profile.verifiedOn.empty());
+        // Who claims that it was tried says where, and the other way round.
+        const bool wasTried = profile.profile.confidence != ambrel::Confidence::autoDetected;
+        CHECK(wasTried == !profile.profile.verifiedOn.empty());
+        CHECK(isUsable(profile));
+        CHECK(unknownKeys(text).empty());
     }
     for (const std::string name : {"org.xfce.mousepad", "org.gnome.TextEditor", "gimp",
                                    "org.inkscape.Inkscape", "org.keepassxc.KeePassXC"}) {

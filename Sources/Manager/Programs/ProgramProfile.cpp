@@ -48,34 +48,47 @@ bool areUsable(const StringMap& variables) {
     });
 }
 
-/// Whether no program would refuse to be started so.
-bool isStartable(const ProgramProfile& profile) {
-    const auto name = profile.windowName.value_or(WindowName());
-    return std::ranges::all_of(profile.profile.extraArgs, isUsableText) &&
-           std::ranges::all_of(name.arguments, isUsableText) && areUsable(profile.environment) &&
-           areUsable(name.environment);
+Refusal unusable(const Path& file, const std::string& reason, Remedy remedy) {
+    return Refusal(Refusal::Kind::unusableProfile, file,
+                   "The profile " + ambrel::utf8::oneLine(file) + " cannot be used. " + reason,
+                   remedy);
 }
 
-ProgramProfile read(const Path& file, const std::string& bundleId) {
-    const auto refused = [&](const std::string& reason) {
-        return Refusal(Refusal::Kind::unusableProfile, file,
-                       "The profile " + ambrel::utf8::oneLine(file) + " cannot be used. " + reason,
-                       Remedy::goWithoutProfile);
-    };
+ProgramProfile read(const Path& file, Remedy remedy) {
     try {
         auto profile = ProgramProfile::decode(fileSystem::read(file));
         profile.file = file;
-        if (!isStartable(profile)) {
-            throw refused("No program can be started with its arguments or variables.");
-        }
-        if (profile.profile.bundleId == bundleId) return profile;
-        throw refused("It describes " + inQuotes(profile.profile.bundleId) + ", not " +
-                      inQuotes(bundleId) + ".");
+        if (isUsable(profile)) return profile;
     } catch (const ambrel::DecodingError& error) {
-        throw refused(error.description() + ".");
+        throw unusable(file, error.description() + ".", remedy);
     } catch (const ambrel::FileError& error) {
-        throw refused(error.description() + ".");
+        throw unusable(file, error.description() + ".", remedy);
     }
+    throw unusable(file, "No program can be started with its arguments or variables.", remedy);
+}
+
+ProgramProfile readFor(const Path& file, const std::string& bundleId) {
+    auto profile = read(file, Remedy::goWithoutProfile);
+    if (profile.profile.bundleId == bundleId) return profile;
+    throw unusable(file,
+                   "It describes " + inQuotes(profile.profile.bundleId) + ", not " +
+                       inQuotes(bundleId) + ".",
+                   Remedy::goWithoutProfile);
+}
+
+/// What a profile can say of the windows' name.
+constexpr const char* windowNameKeys[] = {"arguments", "environment", "processName",
+                                          "startupWMClass"};
+/// What it can say else, beside the keys of every profile.
+constexpr const char* addedKeys[] = {"environment", "windowName"};
+
+json::Value valueOf(const WindowName& name) {
+    json::Value value = json::Value::object();
+    if (!name.arguments.empty()) value["arguments"] = name.arguments;
+    if (!name.environment.empty()) value["environment"] = name.environment;
+    if (name.byProcessName) value["processName"] = true;
+    if (name.startupWmClass) value["startupWMClass"] = *name.startupWmClass;
+    return value;
 }
 
 } // namespace
@@ -92,6 +105,52 @@ ProgramProfile ProgramProfile::decode(std::string_view text) {
     return result;
 }
 
+std::string ProgramProfile::encodedJSON() const {
+    auto value = json::parse(profile.encodedJSON());
+    if (!environment.empty()) value["environment"] = environment;
+    if (windowName) value["windowName"] = valueOf(*windowName);
+    return json::write(value);
+}
+
+bool isUsable(const ProgramProfile& profile) {
+    const auto name = profile.windowName.value_or(WindowName());
+    return std::ranges::all_of(profile.profile.extraArgs, isUsableText) &&
+           std::ranges::all_of(name.arguments, isUsableText) && areUsable(profile.environment) &&
+           areUsable(name.environment);
+}
+
+std::vector<std::string> profileKeys() {
+    std::vector<std::string> keys(std::begin(addedKeys), std::end(addedKeys));
+    const auto every = json::parse(ambrel::AppProfile().encodedJSON());
+    for (const auto& [key, ignored] : every.items()) keys.push_back(key);
+    for (const auto* key : windowNameKeys) keys.push_back(std::string("windowName.") + key);
+    return keys;
+}
+
+std::vector<std::string> unknownKeys(std::string_view text) {
+    const auto known = profileKeys();
+    std::vector<std::string> unknown;
+    const auto look = [&](const json::Value& value, const std::string& above) {
+        if (!value.is_object()) return;
+        for (const auto& [key, ignored] : value.items()) {
+            if (std::ranges::find(known, above + key) == known.end()) {
+                unknown.push_back(above + key);
+            }
+        }
+    };
+    const auto root = json::parse(text);
+    look(root, "");
+    if (root.contains("windowName")) look(root["windowName"], "windowName.");
+    return unknown;
+}
+
+ProgramProfile readProfile(const Path& file) { return read(file, Remedy::none); }
+
+Path ownProfileFile(const std::string& bundleId, const ambrel::UserPlaces& user) {
+    if (user.config.empty()) return {};
+    return paths::join(user.config, "korvane/profiles/" + bundleId + ".json");
+}
+
 std::optional<ProgramProfile> findProfile(const std::string& bundleId,
                                           const ambrel::UserPlaces& user) {
     const bool isName = !bundleId.empty() && bundleId.find('/') == std::string::npos &&
@@ -99,7 +158,7 @@ std::optional<ProgramProfile> findProfile(const std::string& bundleId,
     if (!isName) return std::nullopt;
     for (const auto& folder : profileFolders(user)) {
         const auto file = paths::join(folder, bundleId + ".json");
-        if (fileSystem::kindOf(file)) return read(file, bundleId);
+        if (fileSystem::kindOf(file)) return readFor(file, bundleId);
     }
     return std::nullopt;
 }

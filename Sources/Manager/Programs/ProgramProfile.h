@@ -36,7 +36,27 @@ struct ProgramProfile {
 
     /// Throws DecodingError. The added keys "environment" and "windowName" may be missing.
     static ProgramProfile decode(std::string_view json);
+    /// The same as JSON text, pretty-printed with sorted keys; the added keys where they say
+    /// something. Throws EncodingError when a text is not UTF-8.
+    std::string encodedJSON() const;
 };
+
+/// Whether programs can be started as the profile says: no text in it has a NUL character, and its
+/// variables have names.
+bool isUsable(const ProgramProfile& profile);
+
+/// The keys in the text of a profile that mean nothing, as paths; `json` is one that decodes.
+std::vector<std::string> unknownKeys(std::string_view json);
+
+/// All keys that mean something, as paths.
+std::vector<std::string> profileKeys();
+
+/// Reads the profile `file`, whatever application it describes. Throws Refusal unusableProfile.
+ProgramProfile readProfile(const ambrel::Path& file);
+
+/// Where a profile of the user's own for the application `bundleId` stands; empty where the user
+/// has no folder for settings.
+ambrel::Path ownProfileFile(const std::string& bundleId, const ambrel::UserPlaces& user);
 
 /// The profile of the application `bundleId`: BUNDLEID.json in the user's own folder
 /// (korvane/profiles in the user's configuration folder), else the one installed with the manager.

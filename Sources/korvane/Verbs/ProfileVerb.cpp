@@ -1,10 +1,11 @@
 #include "korvane/Verbs/ProfileVerb.h"
 
-#include "Ambrel/Application/AppProfile.h"
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Base/NearestWord.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
+#include "Manager/Programs/ProgramProfile.h"
 #include "Manager/Rules/UserText.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/Messages.h"
@@ -14,30 +15,74 @@
 
 namespace korvane {
 
-using ambrel::AppProfile;
-
 namespace {
 
-AppProfile readProfile(const ambrel::Path& file) {
-    try {
-        return AppProfile::decode(ambrel::fileSystem::read(file));
-    } catch (const ambrel::DecodingError& error) {
-        throw Refusal("Not a profile: " + ambrel::utf8::oneLine(file) + ". " + error.description());
+void addMap(Table& table, const std::string& key, const ambrel::StringMap& map) {
+    for (const auto& [name, value] : map) table.add({key, name + "=" + value});
+}
+
+void addWindowName(Table& table, const WindowName& name) {
+    for (const auto& argument : name.arguments) table.add({"windowName.arguments", argument});
+    addMap(table, "windowName.environment", name.environment);
+    table.add({"windowName.processName", name.byProcessName ? "true" : "false"});
+    if (name.startupWmClass) table.add({"windowName.startupWMClass", *name.startupWmClass});
+}
+
+/// In the words of the file, which is what is to be corrected.
+void writeTable(const ProgramProfile& found, const Surroundings& surroundings) {
+    const auto& profile = found.profile;
+    const auto spoken = [](bool value) { return value ? "true" : "false"; };
+    Table table;
+    table.add({"displayName", profile.displayName});
+    table.add({"bundleId", profile.bundleId});
+    table.add({"strategy", std::string(rawValue(profile.strategy))});
+    table.add({"singleton", std::string(rawValue(profile.singleton))});
+    table.add({"sandboxed", spoken(profile.sandboxed)});
+    table.add({"prefsLeak", spoken(profile.prefsLeak)});
+    for (const auto& argument : profile.extraArgs) table.add({"extraArgs", argument});
+    addMap(table, "environment", found.environment);
+    if (found.windowName) addWindowName(table, *found.windowName);
+    for (const auto& signature : profile.verifiedOn) table.add({"verifiedOn", signature});
+    table.add({"confidence", std::string(rawValue(profile.confidence))});
+    table.write(surroundings.results);
+}
+
+/// What the file says that nobody heeds, or that can hardly be meant.
+void warnOfOddities(const ProgramProfile& found, const Surroundings& surroundings) {
+    for (const auto& key : unknownKeys(ambrel::fileSystem::read(found.file))) {
+        const auto meant = nearest(key, profileKeys());
+        warn(surroundings, "The key " + inQuotes(key) + " means nothing in a profile." +
+                               (meant.empty() ? "" : " Did you mean " + inQuotes(meant) + "?"));
+    }
+    const auto& profile = found.profile;
+    if (profile.bundleId.empty()) warn(surroundings, "Its bundleId is empty: it is never used.");
+    if (profile.displayName.empty()) warn(surroundings, "Its displayName is empty.");
+    const bool claims = profile.confidence == ambrel::Confidence::verified;
+    if (claims && profile.verifiedOn.empty()) {
+        warn(surroundings, "It claims to be verified, but verifiedOn names no environment.");
     }
 }
 
-void writeTable(const AppProfile& profile, const Surroundings& surroundings) {
-    Table table;
-    table.add({"name", profile.displayName});
-    table.add({"identifier", profile.bundleId});
-    table.add({"strategy", std::string(rawValue(profile.strategy))});
-    table.add({"single copy", std::string(rawValue(profile.singleton))});
-    table.add({"sandboxed", yesOrNo(profile.sandboxed)});
-    table.add({"preferences leak", yesOrNo(profile.prefsLeak)});
-    for (const auto& argument : profile.extraArgs) table.add({"argument", argument});
-    for (const auto& signature : profile.verifiedOn) table.add({"verified on", signature});
-    table.add({"confidence", std::string(rawValue(profile.confidence))});
-    table.write(surroundings.results);
+/// Whether instances get this profile or another one.
+void tellUse(const ProgramProfile& checked, const Surroundings& surroundings) {
+    const auto& id = checked.profile.bundleId;
+    if (id.empty()) return;
+    std::optional<ProgramProfile> used;
+    try {
+        used = findProfile(id, surroundings.user);
+    } catch (const Refusal& refusal) {
+        warn(surroundings, refusal.sentence()); // about the one in use, not the one that is checked
+        return;
+    }
+    if (!used) {
+        say(surroundings, "It is not in use. Instances of " + inQuotes(id) + " get it as: " +
+                              ambrel::utf8::oneLine(ownProfileFile(id, surroundings.user)));
+    } else if (ambrel::fileSystem::isSameItem(used->file, checked.file)) {
+        say(surroundings, "Instances of " + inQuotes(id) + " get it.");
+    } else {
+        say(surroundings, "It is not in use. Instances of " + inQuotes(id) +
+                              " get: " + ambrel::utf8::oneLine(used->file));
+    }
 }
 
 struct ProfileOptions {
@@ -48,14 +93,16 @@ struct ProfileOptions {
 
 int check(const ProfileOptions& options, const Surroundings& surroundings) {
     if (options.signature) requireUtf8(*options.signature, "--signature");
-    auto profile = readProfile(usablePath(options.file, surroundings.user));
+    auto found = readProfile(usablePath(options.file, surroundings.user));
+    auto& profile = found.profile;
     const auto stated = profile.confidence;
     if (options.signature) profile = profile.reconciled(*options.signature);
     if (options.asJson) {
-        surroundings.results << profile.encodedJSON() << '\n';
+        surroundings.results << found.encodedJSON() << '\n';
     } else {
-        writeTable(profile, surroundings);
+        writeTable(found, surroundings);
     }
+    warnOfOddities(found, surroundings);
     if (profile.confidence != stated) {
         say(surroundings, "It was not verified on " + inQuotes(*options.signature) +
                               ": its confidence is lowered from " + std::string(rawValue(stated)) +
@@ -64,6 +111,7 @@ int check(const ProfileOptions& options, const Surroundings& surroundings) {
         say(surroundings, "Its confidence is as the file states it; compare it with an environment "
                           "by --signature.");
     }
+    tellUse(found, surroundings);
     return 0;
 }
 
