@@ -1,10 +1,12 @@
 #include "Ambrel/Base/Utf8.h"
+#include "Ambrel/Platform/Terminal.h"
 #include "korvane/CommandLine/CommandLine.h"
 #include "korvane/CommandLine/UsageError.h"
 #include "korvane/Output/Messages.h"
 #include "korvane/Output/Remedies.h"
 #include "korvane/Verbs/AllVerbs.h"
 
+#include <charconv>
 #include <iostream>
 #include <unistd.h>
 
@@ -13,12 +15,25 @@ namespace {
 constexpr int failed = 1;
 constexpr int wrongUsage = 2;
 
+std::string valueOf(const ambrel::Environment& environment, const char* name) {
+    const auto found = environment.find(name);
+    return found == environment.end() ? std::string() : found->second;
+}
+
 bool wantsColor(const ambrel::Environment& environment) {
-    const auto valueOf = [&](const char* name) {
-        const auto found = environment.find(name);
-        return found == environment.end() ? std::string() : found->second;
-    };
-    return isatty(STDERR_FILENO) != 0 && valueOf("NO_COLOR").empty() && valueOf("TERM") != "dumb";
+    return isatty(STDERR_FILENO) != 0 && valueOf(environment, "NO_COLOR").empty() &&
+           valueOf(environment, "TERM") != "dumb";
+}
+
+/// COLUMNS goes before what the terminal itself says, for who wants it otherwise.
+std::optional<std::size_t> widthOfResults(const ambrel::Environment& environment) {
+    if (isatty(STDOUT_FILENO) == 0) return std::nullopt;
+    const auto wanted = valueOf(environment, "COLUMNS");
+    std::size_t columns = 0;
+    const auto* end = wanted.data() + wanted.size();
+    const auto [parsed, error] = std::from_chars(wanted.data(), end, columns);
+    if (error == std::errc() && parsed == end && columns > 0) return columns;
+    return ambrel::terminal::columnsOf(STDOUT_FILENO);
 }
 
 korvane::Surroundings surroundingsOfThisProcess() {
@@ -29,6 +44,7 @@ korvane::Surroundings surroundingsOfThisProcess() {
             .inputIsTerminal = isatty(STDIN_FILENO) != 0,
             .messagesAreTerminal = isatty(STDERR_FILENO) != 0,
             .useColor = wantsColor(environment),
+            .width = widthOfResults(environment),
             .environment = environment,
             .user = ambrel::UserPlaces::ofThisProcess()};
 }

@@ -1,5 +1,7 @@
 #include "Manager.h"
 
+#include <sstream>
+
 namespace korvane::test {
 
 namespace {
@@ -43,7 +45,12 @@ TEST_CASE("the overview names every verb") {
 
     const auto help = manager.result({"--help"});
 
-    for (const auto& verb : verbs) CHECK(contains(help, "  " + verb + " "));
+    for (const auto& verb : verbs) {
+        const auto name = "\n  " + verb;
+        const bool isListed = contains(help, name + " ") || contains(help, name + ", ");
+        CAPTURE(verb);
+        CHECK(isListed);
+    }
     CHECK(help == manager.result({"-h"}));
     CHECK(help == manager.result({"help"}));
     CHECK(help.find("Examples:") < help.find("Usage:"));
@@ -61,6 +68,60 @@ TEST_CASE("a group of verbs has help of its own") {
 TEST_CASE("the version is shown") {
     const Manager manager;
     CHECK(beginsWith(manager.result({"--version"}), "korvane "));
+    CHECK(manager.result({"-V"}) == manager.result({"--version"}));
+}
+
+TEST_CASE("ls and rm are list and delete, and help says so") {
+    const Manager manager;
+    const auto bundle = manager.create({"command", "Work", aProgram});
+
+    CHECK(manager.result({"ls", "--json"}) == manager.result({"list", "--json"}));
+    CHECK(manager.result({"rm", "--help"}) == manager.result({"delete", "--help"}));
+    CHECK(contains(manager.result({"help", "ls"}), "\nIn short: korvane ls\n"));
+    CHECK(contains(manager.result({"--help"}), "\n  list, ls        List the instances.\n"));
+    CHECK(manager.run({"rm", "Work"}).status == 0);
+    CHECK_FALSE(isThere(bundle));
+    CHECK(says(manager.refusal({"lz"}, 2), "Did you mean \"ls\"?"));
+}
+
+TEST_CASE("help speaks of this system's desktop") {
+    const Manager manager;
+    for (const auto& verb : verbs) {
+        CAPTURE(verb);
+        const auto help = manager.result(wordsOf(verb, {"--help"}));
+        CHECK_FALSE(contains(help, "Dock"));
+        CHECK_FALSE(contains(help, "menu bar"));
+    }
+    CHECK(contains(manager.result({"create", "web", "--help"}), "Show an item in the panel"));
+}
+
+TEST_CASE("help is wrapped at the width of a terminal, and nowhere else") {
+    const Manager manager;
+    const auto widest = [](const std::string& text) {
+        std::size_t most = 0;
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);) {
+            const bool isExample = line.starts_with("  korvane ");
+            if (line.ends_with('\r')) line.pop_back();
+            if (!isExample) most = std::max(most, line.size());
+        }
+        return most;
+    };
+    const auto onTerminal = [&](const std::string& columns, const Strings& words) {
+        const ScopedVariable width("COLUMNS", columns);
+        return manager.runOnTerminal(words, "").output;
+    };
+    const auto plain = manager.result({"create", "app", "--help"});
+
+    const auto narrow = onTerminal("60", {"create", "app", "--help"});
+
+    CHECK(widest(plain) > 100);
+    CHECK(widest(narrow) <= 60);
+    CHECK(contains(narrow, "\r\n                              ")); // an option's second line
+    CHECK(widest(onTerminal("400", {"create", "app", "--help"})) <= 100);
+    CHECK(widest(onTerminal("50", {"--help"})) <= 50);
+    const ScopedVariable width("COLUMNS", "60");
+    CHECK(manager.result({"create", "app", "--help"}) == plain);
 }
 
 TEST_CASE("no command is wrong usage and shows the overview as a message") {

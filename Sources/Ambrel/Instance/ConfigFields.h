@@ -114,7 +114,7 @@ template <class Visitor> constexpr void forEachField(Visitor&& visit) {
     visit(ConfigField{"iconLabel", &C::iconLabel, optional, every, Part::look, asValue,
                       "The label that is drawn on the icon"});
     visit(ConfigField{"menuBarIcon", &C::menuBarIcon, optional, every, Part::desktop, asValue,
-                      "The instance shows an item in the menu bar"});
+                      "The instance shows a status item"});
     visit(ConfigField{"menuBarIconTemplate", &C::menuBarIconTemplate, optional, every,
                       Part::desktop, asValue, "That item is drawn as a template image"});
     // True by default, unlike the others: files written before the key existed share the folders.

@@ -6,6 +6,7 @@
 #include "korvane/CommandLine/HelpFormatter.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/CommandLine/UsageError.h"
+#include "korvane/Output/Wrapping.h"
 #include "korvane/Version.h"
 
 #include <algorithm>
@@ -16,6 +17,26 @@ namespace korvane {
 namespace {
 
 bool asksForHelp(const std::string& word) { return word == "-h" || word == "--help"; }
+
+bool isCalled(const Verb& verb, const std::string& name) {
+    return verb.name == name || std::ranges::find(verb.aliases, name) != verb.aliases.end();
+}
+
+/// "list, ls".
+std::string allNames(const Verb& verb) {
+    auto names = verb.name;
+    for (const auto& alias : verb.aliases) names += ", " + alias;
+    return names;
+}
+
+std::string commandRow(const Verb& verb, std::optional<std::size_t> width) {
+    constexpr std::size_t nameColumns = 16;
+    const auto names = allNames(verb);
+    const auto blanks = names.size() < nameColumns ? nameColumns - names.size() : 1;
+    constexpr std::size_t indent = 2;
+    return std::string(indent, ' ') + names + std::string(blanks, ' ') +
+           wrapped(verb.summary, indent + nameColumns, width) + "\n";
+}
 
 std::string firstWord(const std::string& name) { return name.substr(0, name.find(' ')); }
 
@@ -80,7 +101,7 @@ void refuseWithoutEffect(const std::string& option, const Verb& verb,
 int parseAndRun(const Verb& verb, const std::vector<Verb>& verbs,
                 const std::vector<std::string>& words, const Surroundings& surroundings) {
     Parser app(verb.summary, "korvane " + verb.name);
-    app.formatter(std::make_shared<HelpFormatter>(verb.examples, verb.rules.trailingUsage()));
+    app.formatter(std::make_shared<HelpFormatter>(verb, surroundings.width));
     const auto action = verb.declare(app, surroundings);
     auto [parsed, trailing] = options::arrange(app, words, verb.rules);
     std::reverse(parsed.begin(), parsed.end());
@@ -105,11 +126,11 @@ CommandLine::CommandLine(std::vector<Verb> verbs) : verbs_(std::move(verbs)) {}
 int CommandLine::run(const std::vector<std::string>& words,
                      const Surroundings& surroundings) const {
     if (words.empty()) {
-        surroundings.messages << overview("");
+        surroundings.messages << overview("", std::nullopt);
         throw UsageError("Which command?");
     }
     const auto& first = words.front();
-    if (first == "--version") {
+    if (first == "--version" || first == "-V") {
         surroundings.results << "korvane " << version << '\n';
         return 0;
     }
@@ -126,7 +147,7 @@ int CommandLine::run(const std::vector<std::string>& words,
 
 const Verb* CommandLine::find(const std::string& name) const {
     const auto found = std::find_if(verbs_.begin(), verbs_.end(),
-                                    [&](const Verb& verb) { return verb.name == name; });
+                                    [&](const Verb& verb) { return isCalled(verb, name); });
     return found == verbs_.end() ? nullptr : &*found;
 }
 
@@ -152,7 +173,10 @@ const Verb& CommandLine::requireVerb(const std::vector<std::string>& words) cons
 std::vector<std::string> CommandLine::namesBelow(const std::string& group) const {
     std::vector<std::string> names;
     for (const auto& verb : verbs_) {
-        if (group.empty()) addUnlessKnown(names, firstWord(verb.name));
+        if (group.empty()) {
+            addUnlessKnown(names, firstWord(verb.name));
+            for (const auto& alias : verb.aliases) addUnlessKnown(names, alias);
+        }
         if (!group.empty() && verb.name.starts_with(group + " ")) {
             names.push_back(verb.name.substr(group.size() + 1));
         }
@@ -160,11 +184,14 @@ std::vector<std::string> CommandLine::namesBelow(const std::string& group) const
     return names;
 }
 
-std::string CommandLine::overview(const std::string& group) const {
-    std::string text =
-        group.empty() ? "korvane runs several isolated copies of an application, and turns a web "
-                        "site, a\ndocument or a command into an application of its own.\n\n"
-                      : "";
+std::string CommandLine::overview(const std::string& group,
+                                  std::optional<std::size_t> width) const {
+    constexpr std::size_t usualWidth = 80;
+    const auto about =
+        wrapped("korvane runs several isolated copies of an application, and turns a "
+                "web site, a document or a command into an application of its own.",
+                0, width.value_or(usualWidth));
+    auto text = group.empty() ? about + "\n\n" : "";
     text += "Examples:\n";
     for (const auto& verb : verbs_) {
         const bool shown = group.empty() ? verb.name == "adopt" || verb.name == "create app" ||
@@ -176,23 +203,24 @@ std::string CommandLine::overview(const std::string& group) const {
     text += "Commands:\n";
     for (const auto& verb : verbs_) {
         if (!group.empty() && !verb.name.starts_with(group + " ")) continue;
-        text += "  " + verb.name +
-                std::string(verb.name.size() < 16 ? 16 - verb.name.size() : 1, ' ') + verb.summary +
-                "\n";
+        text += commandRow(verb, width);
     }
-    text += "\nkorvane COMMAND --help tells more about one command; korvane --version shows the "
-            "version.\n";
+    text += "\n" +
+            wrapped("korvane COMMAND --help tells more about one command; korvane --version shows "
+                    "the version.",
+                    0, width) +
+            "\n";
     return text;
 }
 
 int CommandLine::help(const std::vector<std::string>& words,
                       const Surroundings& surroundings) const {
     if (words.empty() || asksForHelp(words.front())) {
-        surroundings.results << overview("");
+        surroundings.results << overview("", surroundings.width);
         return 0;
     }
     if (words.size() == 1 && find(words.front()) == nullptr && !namesBelow(words.front()).empty()) {
-        surroundings.results << overview(words.front());
+        surroundings.results << overview(words.front(), surroundings.width);
         return 0;
     }
     return parseAndRun(requireVerb(words), verbs_, {"--help"}, surroundings);

@@ -2,6 +2,7 @@
 
 #include "korvane/CommandLine/Verb.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,7 @@ private:
     const Verb* find(const std::string& name) const;
     const Verb& requireVerb(const std::vector<std::string>& words) const;
     std::vector<std::string> namesBelow(const std::string& group) const;
-    std::string overview(const std::string& group) const;
+    std::string overview(const std::string& group, std::optional<std::size_t> width) const;
     int help(const std::vector<std::string>& words, const Surroundings& surroundings) const;
 
     std::vector<Verb> verbs_;

@@ -1,15 +1,28 @@
 #include "korvane/CommandLine/HelpFormatter.h"
 
+#include "korvane/Output/Wrapping.h"
+
+#include <algorithm>
+
 namespace korvane {
 
-HelpFormatter::HelpFormatter(std::vector<std::string> examples, std::string trailing)
-    : examples_(std::move(examples)), trailing_(std::move(trailing)) {
-    column_width(30);
+namespace {
+
+constexpr std::size_t optionColumns = 30;
+
+} // namespace
+
+HelpFormatter::HelpFormatter(const Verb& verb, std::optional<std::size_t> width)
+    : examples_(verb.examples), aliases_(verb.aliases), trailing_(verb.rules.trailingUsage()),
+      width_(width) {
+    column_width(optionColumns);
 }
 
 std::string HelpFormatter::make_help(const CLI::App* app, std::string name,
                                      CLI::AppFormatMode mode) const {
-    std::string text = app->get_description() + "\n\nExamples:\n";
+    std::string text = wrapped(app->get_description(), 0, width_) + "\n";
+    for (const auto& alias : aliases_) text += "In short: korvane " + alias + "\n";
+    text += "\nExamples:\n";
     for (const auto& example : examples_) text += "  " + example + "\n";
     text += "\n" + make_usage(app, name.empty() ? app->get_name() : name);
     text += make_positionals(app);
@@ -21,6 +34,14 @@ std::string HelpFormatter::make_usage(const CLI::App* app, std::string name) con
     auto text = CLI::Formatter::make_usage(app, std::move(name));
     if (!trailing_.empty()) text.insert(text.find_last_not_of('\n') + 1, " " + trailing_);
     return text;
+}
+
+std::string HelpFormatter::make_option_desc(const CLI::Option* option) const {
+    const auto text = CLI::Formatter::make_option_desc(option);
+    if (!width_) return text;
+    // The lines after the first are indented by what lays the option out.
+    const auto columns = std::min(*width_, widestText);
+    return wrapped(text, 0, columns - std::min(columns, optionColumns));
 }
 
 std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {

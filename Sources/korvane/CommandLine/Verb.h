@@ -25,6 +25,8 @@ struct Verb {
     std::string about{}; ///< "a command": what it is for, as an option of another verb is not
     /// Options that this system has no use for, and what to say to who gives one.
     std::vector<std::pair<std::string, std::string>> unoffered{};
+    std::vector<std::string>
+        aliases{}; ///< other first words for the same, where `name` is one word
 };
 
 } // namespace korvane

@@ -4,6 +4,7 @@
 #include "Ambrel/Platform/UserPlaces.h"
 
 #include <iosfwd>
+#include <optional>
 
 namespace korvane {
 
@@ -15,6 +16,9 @@ struct Surroundings {
     bool inputIsTerminal = false;
     bool messagesAreTerminal = false;
     bool useColor = false; ///< for messages
+    /// Of the terminal that shows the results, in columns; absent where they go elsewhere: nothing
+    /// is shortened or wrapped then.
+    std::optional<std::size_t> width{};
     ambrel::Environment environment;
     ambrel::UserPlaces user; ///< for whom all this is done
 };

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,7 +13,9 @@ namespace korvane {
 class Table {
 public:
     void add(std::vector<std::string> cells);
-    void write(std::ostream& out) const;
+    /// With a `width`, that of a terminal, columns that hold paths are shortened to make the lines
+    /// fit, as far as that leaves something of them to read.
+    void write(std::ostream& out, std::optional<std::size_t> width = std::nullopt) const;
 
 private:
     std::vector<std::vector<std::string>> rows_;

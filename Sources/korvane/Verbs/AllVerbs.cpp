@@ -27,6 +27,9 @@
 #include "korvane/Verbs/UnadoptVerb.h"
 #include "korvane/Verbs/UnregisterVerb.h"
 
+#include <string_view>
+#include <utility>
+
 namespace korvane {
 
 namespace {
@@ -36,6 +39,15 @@ bool isOffered(const Verb& verb) {
     if (verb.name == "adopt" || verb.name == "unadopt") return adoptionIsOffered();
     const bool isOnDesktop = verb.name == "register" || verb.name == "unregister";
     return !isOnDesktop || registration::isOffered();
+}
+
+/// What people's fingers know from the shell.
+constexpr std::pair<std::string_view, const char*> aliases[] = {{"list", "ls"}, {"delete", "rm"}};
+
+void addAliases(Verb& verb) {
+    for (const auto& [name, alias] : aliases) {
+        if (verb.name == name) verb.aliases.emplace_back(alias);
+    }
 }
 
 } // namespace
@@ -69,6 +81,7 @@ std::vector<Verb> allVerbs() {
         iconLintVerb(),
     };
     std::erase_if(verbs, [](const Verb& verb) { return !isOffered(verb); });
+    for (auto& verb : verbs) addAliases(verb);
     return verbs;
 }
 

@@ -45,7 +45,7 @@ int apps(const std::vector<std::string>& folders, bool asJson, const Surrounding
     Table table;
     table.add({"NAME", "IDENTIFIER", "BUNDLE"});
     for (const auto& app : found) table.add({app.name, app.bundleId, app.url});
-    table.write(surroundings.results);
+    table.write(surroundings.results, surroundings.width);
     return 0;
 }
 

@@ -9,6 +9,7 @@
 #include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Messages.h"
 #include "korvane/Output/Remedies.h"
+#include "korvane/Output/SystemWords.h"
 #include "korvane/Verbs/CreateOptions.h"
 
 #include <algorithm>
@@ -89,7 +90,9 @@ void declareLook(CLI::App& app, CreateOptions& given) {
     using options::flag;
     using options::text;
     text(app, "--icon", given.icon, "An image for the icon")->type_name("FILE");
-    if (hasDock()) flag(app, "--hide-icon", given.hideIcon, "Show no icon in the Dock");
+    if (hasDock()) {
+        flag(app, "--hide-icon", given.hideIcon, std::string("Show no icon ") + systemWords.inDock);
+    }
     text(app, "--label", given.label, "A text on the icon; an empty one for none");
     text(app, "--label-color", given.labelColor, "Its color (default: FFFFFF)")
         ->type_name("RRGGBB");
@@ -98,7 +101,7 @@ void declareLook(CLI::App& app, CreateOptions& given) {
     options::texts(app, "--plist", given.plist, "Set an entry of the bundle's Info.plist")
         ->type_name("K=V");
     declareOffers(app, given);
-    flag(app, "--menu-bar", given.menuBar, "Show an item in the menu bar");
+    flag(app, "--menu-bar", given.menuBar, std::string("Show an item ") + systemWords.inStatusArea);
     flag(app, "--menu-bar-template", given.menuBarTemplate, "Draw that item as a template image");
     options::asJson(app, given.asJson);
 }

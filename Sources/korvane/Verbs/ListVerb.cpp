@@ -42,7 +42,7 @@ void writeTable(const std::vector<InstanceRecord>& records, const Surroundings& 
                    stateOf(record, running, surroundings.user), configText::subject(record.config),
                    record.bundleURL});
     }
-    table.write(surroundings.results);
+    table.write(surroundings.results, surroundings.width);
 }
 
 void writeJson(const std::vector<InstanceRecord>& records, const Surroundings& surroundings) {
