@@ -678,7 +678,9 @@ TEST_CASE("adopt tells programs the bundle as JSON, also of one that is there") 
         const auto done = fixture.manager.run({"adopt", fixture.program, "--json"});
         CHECK(done.status == 0);
         CHECK(nlohmann::json::parse(done.output) ==
-              nlohmann::json{{"bundleURL", fixture.manager.applications() + "/mailer.app"}});
+              nlohmann::json{{"name", "mailer"},
+                             {"bundle", fixture.manager.applications() + "/mailer.app"},
+                             {"program", fixture.program}});
         CHECK(contains(done.error, "stands at") == existed);
     }
 }

@@ -16,13 +16,13 @@ TEST_CASE("apps lists the catalog, without the instances") {
 
     CHECK(json ==
           nlohmann::json::array(
-              {{{"url", manager.applications() + "/Browser.app"},
+              {{{"bundle", manager.applications() + "/Browser.app"},
                 {"name", "Browser"},
-                {"bundleId", "org.example.browser"}},
-               {{"url", manager.applications() + "/Mail.app"},
+                {"identifier", "org.example.browser"}},
+               {{"bundle", manager.applications() + "/Mail.app"},
                 {"name", "Mail"},
-                {"bundleId", "org.example.mail"},
-                {"iconURL", manager.applications() + "/Mail.app/Contents/Resources/Icon.icns"}}}));
+                {"identifier", "org.example.mail"},
+                {"icon", manager.applications() + "/Mail.app/Contents/Resources/Icon.icns"}}}));
     CHECK(contains(manager.result({"apps"}), "org.example.mail"));
 }
 
@@ -34,7 +34,7 @@ TEST_CASE("apps takes folders in place of the default ones") {
     const auto json = manager.json({"apps", "--in", "more/", "--json"});
 
     REQUIRE(json.size() == 1);
-    CHECK(json[0]["url"] == manager.tmp / "more/Other.app");
+    CHECK(json[0]["bundle"] == manager.tmp / "more/Other.app");
 }
 
 TEST_CASE("no applications is an empty result and a hint") {
@@ -54,7 +54,7 @@ TEST_CASE("apps survives file names that are not UTF-8") {
 
     const auto json = manager.json({"apps", "--in", "more", "--json"});
 
-    CHECK(json[0]["url"] == manager.tmp / "more/bad\xef\xbf\xbd.app");
+    CHECK(json[0]["bundle"] == manager.tmp / "more/bad\xef\xbf\xbd.app");
     CHECK(contains(manager.result({"apps", "--in", "more"}), "bad\xef\xbf\xbd"));
 }
 
@@ -72,20 +72,19 @@ TEST_CASE("inspect shows identifier, flags, engine and what proved it") {
 
     const auto json = manager.json({"inspect", "Fox", "--json"});
 
-    CHECK(json == nlohmann::json{{"url", app},
-                                 {"bundleId", "ORG.Mozilla.Fox"},
-                                 {"executableName", "program"},
-                                 {"executableURL", app + "/Contents/MacOS/program"},
+    CHECK(json == nlohmann::json{{"bundle", app},
+                                 {"identifier", "ORG.Mozilla.Fox"},
+                                 {"executable", app + "/Contents/MacOS/program"},
                                  {"sandboxed", false},
-                                 {"prohibitsMultipleInstances", false},
+                                 {"oneCopyOnly", false},
                                  {"engine", "firefox"},
                                  {"engineProof", "ORG.Mozilla.Fox"},
-                                 {"arguments",
+                                 {"strategy", "home-override"},
+                                 {"extraArgs",
                                   {"-profile", "{{instanceHome}}/FirefoxProfile", "-no-remote",
                                    "--class", "{{desktopId}}", "--name", "{{desktopId}}"}},
                                  {"environment", {{"GSETTINGS_BACKEND", "keyfile"}}},
-                                 {"processName", nullptr},
-                                 {"profile", nullptr}});
+                                 {"infoPlistOverrides", nlohmann::json::object()}});
     CHECK(contains(manager.result({"inspect", app}), "firefox"));
 }
 
@@ -101,7 +100,7 @@ TEST_CASE("inspect names the file that proves an engine, and leaves out what is 
     const auto plain = manager.json({"inspect", "./Plain.app/", "--json"});
     CHECK(plain["engine"] == "other");
     CHECK_FALSE(plain.contains("engineProof"));
-    CHECK(plain["arguments"] == nlohmann::json::array());
+    CHECK(plain["extraArgs"] == nlohmann::json::array());
 }
 
 } // namespace korvane::test

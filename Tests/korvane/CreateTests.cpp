@@ -691,14 +691,13 @@ TEST_CASE("what the runner cannot host yet is said in one line") {
     CHECK(manager.configOf(manager.applications() + "/Site.app").url == "https://example.org/");
 }
 
-TEST_CASE("create tells programs the bundle as JSON") {
+TEST_CASE("create tells programs the instance as JSON") {
     const Manager manager;
 
     const auto made = manager.json(
         {"create", "command", "Work", "--json", "--runner", KORVANE_TEST_RUNNER, aProgram});
 
-    CHECK(made == nlohmann::json{{"bundleURL", manager.applications() + "/Work.app"},
-                                 {"profile", nullptr}});
+    CHECK(made == manager.json({"show", "Work", "--json"}));
 }
 
 TEST_CASE("the new bundle carries its name and identifier") {

@@ -108,6 +108,30 @@ TEST_CASE("a source that is no picture is refused and nothing is written") {
     }
 }
 
+TEST_CASE("a source that is not there, or a place that is full, is named with the reason") {
+    const Fixture fixture;
+    const auto missing = fixture.manager.tmp / "missing.png";
+    const auto nowhere = fixture.manager.tmp / "nowhere/out";
+    for (const std::string option : {"--output", "--preview"}) {
+        CAPTURE(option);
+        CHECK(fixture.manager.refusal({"icon", missing, option, fixture.out}) ==
+              "korvane: Cannot read " + missing + ": No such file or directory\n");
+        CHECK(fixture.manager.refusal({"icon", fixture.picture, option, nowhere}) ==
+              "korvane: Cannot write " + nowhere + ": No such file or directory\n");
+    }
+}
+
+TEST_CASE("icon tells programs what it has written as JSON") {
+    const Fixture fixture;
+    const auto preview = fixture.manager.tmp / "sheet.png";
+
+    CHECK(fixture.manager.json(
+              {"icon", fixture.picture, "-o", fixture.out, "--preview", preview, "--json"}) ==
+          nlohmann::json{{"icon", fixture.out}, {"preview", preview}});
+    CHECK(fixture.manager.json({"icon", fixture.picture, "-o", fixture.out, "--json"}) ==
+          nlohmann::json{{"icon", fixture.out}});
+}
+
 TEST_CASE("given no font, an icon is made without its label, and that is said") {
     const Fixture fixture;
     const Fonts none(fixture.manager.tmp, Fonts::Installed::none);
@@ -127,11 +151,11 @@ TEST_CASE("lint lists the elements of a file that shows in a bundle") {
     const auto report = fixture.manager.json({"icon", "lint", fixture.out, "--json"});
 
     CHECK(report.at("clean") == true);
-    CHECK(report.at("defect") == "");
+    CHECK_FALSE(report.contains("defect"));
     const auto& elements = report.at("elements");
     REQUIRE(elements.size() == 9);
     CHECK(elements[0].at("type") == "ic10");
-    CHECK(elements[0].at("width") == 1024);
+    CHECK(elements[0].at("pixels") == nlohmann::json{1024, 1024});
     CHECK(elements[0].at("data") == "PNG");
     CHECK(elements[0].at("inBundle") == "shows");
     CHECK(elements[7].at("type") == "is32");

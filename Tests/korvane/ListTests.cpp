@@ -12,10 +12,10 @@ TEST_CASE("list shows the instances of the default folder in order") {
 
     CHECK(text.find("Alpha") < text.find("beta"));
     REQUIRE(json.size() == 2);
-    CHECK(json[0]["bundleURL"] == manager.applications() + "/Alpha.app");
+    CHECK(json[0]["bundle"] == manager.applications() + "/Alpha.app");
     CHECK(json[0]["config"]["displayName"] == "Alpha");
     CHECK(json[0]["config"]["commandArgs"] == nlohmann::json::array());
-    CHECK_FALSE(json[0].contains("iconURL"));
+    CHECK_FALSE(json[0].contains("icon"));
     CHECK_FALSE(json[0]["config"].contains("url"));
 }
 
@@ -28,8 +28,8 @@ TEST_CASE("list takes folders in place of the default one") {
     const auto json = manager.json({"list", "--in", "one", "--in=~/two", "--json"});
 
     REQUIRE(json.size() == 2);
-    CHECK(json[0]["bundleURL"] == manager.tmp / "one/One.app");
-    CHECK(json[1]["bundleURL"] == manager.home / "two/Two.app");
+    CHECK(json[0]["bundle"] == manager.tmp / "one/One.app");
+    CHECK(json[1]["bundle"] == manager.home / "two/Two.app");
 }
 
 TEST_CASE("an empty list is an empty result and a hint") {
@@ -61,7 +61,7 @@ TEST_CASE("lists and JSON survive file names that are not UTF-8") {
     writeWrapper(manager.applications() + "/bad\xff.app", smallestConfig());
 
     CHECK(contains(manager.result({"list"}), "bad\xef\xbf\xbd.app"));
-    CHECK(manager.json({"list", "--json"})[0]["bundleURL"] ==
+    CHECK(manager.json({"list", "--json"})[0]["bundle"] ==
           manager.applications() + "/bad\xef\xbf\xbd.app");
     CHECK(manager.json({"show", manager.applications() + "/bad\xff.app",
                         "--json"})["config"]["displayName"] == "Mail");
@@ -74,8 +74,8 @@ TEST_CASE("show tells one instance by name and by path") {
 
     const auto json = manager.json({"show", "Work", "--json"});
 
-    CHECK(json["bundleURL"] == bundle);
-    CHECK(json["iconURL"] == bundle + "/Contents/Resources/AppIcon.icns");
+    CHECK(json["bundle"] == bundle);
+    CHECK(json["icon"] == bundle + "/Contents/Resources/AppIcon.icns");
     CHECK(manager.json({"show", bundle + "/", "--json"}) == json);
     CHECK(manager.json({"show", "user/Applications/Work.app", "--json"}) == json);
     CHECK(contains(manager.result({"show", "Work"}), "/bin/true"));
@@ -88,13 +88,21 @@ TEST_CASE("show tells the fields part by part, and none that is absent") {
                         "--working-directory", "/tmp", "--menu-bar", aProgram, "-x", "y z"});
 
     CHECK(manager.result({"show", "Work"}) ==
-          "displayName          Work\n"
+          "name                 Work\n"
           "bundle               " +
               bundle +
               "\n"
-              "bundleId             app.korvane.instance.work\n"
+              "identifier           app.korvane.instance.work\n"
               "kind                 command\n"
               "opens                /bin/true\n"
+              "home                 " +
+              manager.instanceHome("Work") +
+              "\n"
+              "desktopId            app.korvane.instance.work\n"
+              "desktopEntry         " +
+              (manager.home / ".local/share/applications/app.korvane.instance.work.desktop") +
+              "\n"
+              "running              false\n"
               "commandArgs          -x\n"
               "commandArgs          y z\n"
               "workingDirectory     /tmp\n"
@@ -106,12 +114,32 @@ TEST_CASE("show tells the fields part by part, and none that is absent") {
               "openWithPassthrough  false\n"
               "menuBarIcon          true\n"
               "menuBarIconTemplate  false\n"
-              "iconLabel            w (FFFFFF, bottom)\n"
-              "running              false\n"
-              "desktopId            app.korvane.instance.work\n"
-              "desktopEntry         " +
-              (manager.home / ".local/share/applications/app.korvane.instance.work.desktop") +
-              "\n");
+              "iconLabel            w (FFFFFF, bottom)\n");
+}
+
+TEST_CASE("the words of show and those of JSON are the same") {
+    const Manager manager;
+    const auto icon = writeFile(manager.tmp / "icon.icns", "icns picture");
+    manager.create({"command", "Work", aProgram, "--icon", icon});
+    manager.create({"command", "Plain", aProgram, "--home", "~/elsewhere"});
+    manager.result({"unregister", "Plain"});
+    for (const std::string name : {"Work", "Plain"}) {
+        const auto text = "\n" + manager.result({"show", name});
+        const auto json = manager.json({"show", name, "--json"});
+        for (const auto& [word, value] : json.items()) {
+            CAPTURE(word);
+            CHECK_FALSE(value.is_null());
+            const bool isConfig = word == "config";
+            CHECK(isConfig == !contains(text, "\n" + word + " "));
+            const auto shown = value.is_string() ? value.get<std::string>() : value.dump();
+            if (!isConfig) CHECK(contains(text, " " + shown + "\n"));
+        }
+    }
+    const auto plain = manager.json({"show", "Plain", "--json"});
+    CHECK(plain["home"] == manager.home / "elsewhere");
+    CHECK(plain["config"]["instanceHome"] == "~/elsewhere");
+    CHECK_FALSE(plain.contains("icon"));
+    CHECK_FALSE(plain.contains("desktopEntry"));
 }
 
 TEST_CASE("show tells what an instance of each kind opens") {
@@ -147,7 +175,7 @@ TEST_CASE("several instances of one name are refused and listed") {
         CHECK(contains(error, "\n  " + manager.applications() + "/one.app"));
         CHECK(contains(error, "\n  " + manager.applications() + "/two.app"));
     }
-    CHECK(manager.json({"show", manager.applications() + "/two.app", "--json"})["bundleURL"] ==
+    CHECK(manager.json({"show", manager.applications() + "/two.app", "--json"})["bundle"] ==
           manager.applications() + "/two.app");
 }
 

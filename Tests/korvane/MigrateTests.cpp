@@ -10,13 +10,13 @@ TEST_CASE("migrate moves private files into the user's folders and tells the cou
     makeFolder(manager.instanceHome("Work") + "/Desktop");
     makeFolder(manager.home / "Desktop");
 
-    const auto counts = manager.json({"migrate", "Work", "--json"});
+    const auto counts = manager.json({"migrate", "Work", "--json"})["moved"];
 
     CHECK(counts == nlohmann::json{{"Desktop", 0}, {"Downloads", 1}});
     CHECK(readFile(manager.home / "Downloads/a.txt") == "user's");
     CHECK(readFile(manager.home / "Downloads/a (1).txt") == "instance's");
     CHECK(isLink(manager.instanceHome("Work") + "/Downloads"));
-    CHECK(manager.result({"migrate", "Work", "--json"}) == "{}\n");
+    CHECK(manager.json({"migrate", "Work", "--json"})["moved"].empty());
 }
 
 TEST_CASE("migrate says what it moved on standard error") {
@@ -40,7 +40,7 @@ TEST_CASE("migrate moves into the folder that the user's desktop has named") {
     writeFile(manager.instanceHome("Work") + "/Documents/a", "mine");
     writeFile(manager.instanceHome("Work") + "/Desktop/b", "stays");
 
-    CHECK(manager.json({"migrate", "Work", "--json"}) == nlohmann::json{{"Documents", 1}});
+    CHECK(manager.json({"migrate", "Work", "--json"})["moved"] == nlohmann::json{{"Documents", 1}});
 
     CHECK(readFile(manager.home / "Dokumente/a") == "mine");
     CHECK(linkText(manager.instanceHome("Work") + "/Documents") == manager.home / "Dokumente");

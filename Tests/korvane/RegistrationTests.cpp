@@ -91,7 +91,7 @@ TEST_CASE("deleting a copy of a bundle leaves the entry of the instance") {
     REQUIRE(run({"cp", "-r", bundle, copy}).status == 0);
     const auto before = fixture.registered();
 
-    CHECK(fixture.manager.json({"show", copy, "--json"})["desktopEntry"].is_null());
+    CHECK_FALSE(fixture.manager.json({"show", copy, "--json"}).contains("desktopEntry"));
     CHECK(
         says(fixture.manager.refusal({"register", copy}), "belongs to the instance at " + bundle));
     fixture.manager.result({"delete", copy});
@@ -185,7 +185,7 @@ TEST_CASE("list and show tell the desktop id and the entry") {
     const auto list = manager.json({"list", "--json"});
     REQUIRE(list.size() == 2);
     CHECK(list[0]["desktopId"] == ambrel::desktopId("2nd"));
-    CHECK(list[0]["desktopEntry"].is_null());
+    CHECK_FALSE(list[0].contains("desktopEntry"));
     CHECK(list[1]["desktopId"] == work);
     CHECK(list[1]["desktopEntry"] == fixture.entry(work));
     CHECK(manager.json({"show", "Work", "--json"}) == list[1]);
@@ -193,6 +193,22 @@ TEST_CASE("list and show tell the desktop id and the entry") {
     const auto shown = manager.result({"show", "2nd"});
     CHECK(contains(shown, ambrel::desktopId("2nd")));
     CHECK_FALSE(contains(shown, "desktopEntry"));
+}
+
+TEST_CASE("register and unregister tell programs the instance as JSON") {
+    const Registrations fixture;
+    const auto& manager = fixture.manager;
+    fixture.createCommand("Work");
+
+    const auto hidden = manager.json({"unregister", "Work", "--json"});
+    const auto shown = manager.json({"register", "Work", "--json"});
+
+    CHECK_FALSE(hidden.contains("desktopEntry"));
+    CHECK(shown["desktopEntry"] == fixture.entry(work));
+    CHECK(shown == manager.json({"show", "Work", "--json"}));
+    const auto edited = manager.json({"edit", "Work", "--set", "environment.A=1", "--json"});
+    CHECK(edited["config"]["environment"]["A"] == "1");
+    CHECK(edited == manager.json({"show", "Work", "--json"}));
 }
 
 } // namespace korvane::test

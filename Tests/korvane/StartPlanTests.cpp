@@ -3,6 +3,8 @@
 #include "Ambrel/Platform/PropertyList.h"
 #include "Manager/Programs/ProgramProfile.h"
 
+#include <regex>
+
 namespace korvane::test {
 
 namespace {
@@ -181,10 +183,10 @@ TEST_CASE("create says which profile it used and how far that goes here") {
           fixture.manager.home / ".config/korvane/profiles/org.example.mail.json");
     CHECK(says(without.error, "warning: Used the profile of \"Mail Reader\", which says that it "
                               "cannot be kept apart."));
-    CHECK(fixture.manager
-              .json({"create", "app", "Other", "Mail", "--runner", KORVANE_TEST_RUNNER, "--json",
-                     "--no-profile"})["profile"]
-              .is_null());
+    CHECK_FALSE(fixture.manager
+                    .json({"create", "app", "Other", "Mail", "--runner", KORVANE_TEST_RUNNER,
+                           "--json", "--no-profile"})
+                    .contains("profile"));
 }
 
 TEST_CASE("a profile that cannot be used is refused with its path before anything is written") {
@@ -466,7 +468,7 @@ TEST_CASE("a bundle whose program is a pipe is inspected without waiting for it"
     makeFolder(app + "/Contents/MacOS");
     REQUIRE(::mkfifo((app + "/Contents/MacOS/pipe").c_str(), 0700) == 0);
 
-    CHECK(fixture.manager.json({"inspect", app, "--json"})["processName"].is_null());
+    CHECK(fixture.manager.json({"inspect", app, "--json"})["infoPlistOverrides"].empty());
 }
 
 TEST_CASE("a profile says what a window is called that keeps its own name") {
@@ -511,20 +513,37 @@ TEST_CASE("edit changes the process name in configuration and Info.plist togethe
     fixture.manager.refusal({"edit", "Work", "--unset", key});
 }
 
-TEST_CASE("inspect shows what an instance would be started with") {
+TEST_CASE("inspect shows what create stores") {
     const Fixture fixture;
     auto profile = profileOf("org.example.mail");
     profile["environment"] = {{"A", "1"}};
-    profile["windowName"] = {{"arguments", {"--name={{desktopId}}"}}, {"processName", true}};
+    profile["strategy"] = "wrapper-identity";
+    profile["windowName"] = {{"arguments", {"--name={{desktopId}}"}},
+                             {"processName", true},
+                             {"startupWMClass", "{{desktopIdUnderscored}}"}};
     fixture.writeProfile(profile);
 
     const auto found = fixture.manager.json({"inspect", "Mail", "--json"});
 
-    CHECK(found["arguments"] == nlohmann::json{"--apart", "--name={{desktopId}}"});
+    CHECK(found["extraArgs"] == nlohmann::json{"--apart", "--name={{desktopId}}"});
     CHECK(found["environment"] == nlohmann::json{{"A", "1"}, {"GSETTINGS_BACKEND", "keyfile"}});
-    CHECK(found["processName"] == "{{desktopId}}");
+    CHECK(found["infoPlistOverrides"]["KorvaneProcessName"] == "{{desktopId}}");
     CHECK(found["profile"]["confidence"] == "autoDetected");
     CHECK(contains(fixture.manager.result({"inspect", "Mail"}), "autoDetected"));
+    const auto bundle = fixture.manager.create({"app", "Work", "Mail"});
+    const auto stored = fixture.manager.json({"show", bundle, "--json"});
+    const auto id = stored["desktopId"].get<std::string>();
+    const auto withId = [&](const nlohmann::json& part) {
+        auto text = std::regex_replace(part.dump(), std::regex(R"(\{\{desktopId\}\})"), id);
+        auto underscored = id;
+        std::ranges::replace(underscored, '.', '_');
+        text = std::regex_replace(text, std::regex(R"(\{\{desktopIdUnderscored\}\})"), underscored);
+        return nlohmann::json::parse(text);
+    };
+    for (const auto* key : {"extraArgs", "environment", "infoPlistOverrides", "strategy"}) {
+        CAPTURE(key);
+        CHECK(withId(found[key]) == stored["config"][key]);
+    }
 }
 
 } // namespace korvane::test

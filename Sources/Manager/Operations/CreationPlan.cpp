@@ -60,7 +60,7 @@ std::optional<std::vector<std::string>> argumentsFor(const CreationPlan& plan) {
     return args;
 }
 
-StringMap overridesFor(const CreationPlan& plan) {
+StringMap overridesFor(const CreationPlan& plan, const std::string& desktopId) {
     auto overrides = plan.request.infoPlistOverrides;
     const auto chosen = processNameOf(plan.request);
     if (chosen) overrides.insert_or_assign(ambrel::processNameKey, *chosen);
@@ -68,8 +68,7 @@ StringMap overridesFor(const CreationPlan& plan) {
     const auto& start = *plan.start;
     if (start.processName) overrides.emplace(ambrel::processNameKey, *start.processName);
     const auto name = overrides.find(ambrel::processNameKey);
-    const auto expected =
-        name == overrides.end() ? ambrel::desktopId(*plan.wrapper.bundleId) : name->second;
+    const auto& expected = name == overrides.end() ? desktopId : name->second;
     if (start.windowClass && *start.windowClass != expected) {
         overrides.emplace(windowClassKey, *start.windowClass);
     }
@@ -168,19 +167,6 @@ void setSubject(CreationPlan& plan, const UserPlaces& user, const Environment& e
     }
 }
 
-/// What depends on how the target is started.
-void setStart(CreationPlan& plan, const UserPlaces& user, const Environment& environment) {
-    auto& wrapper = plan.wrapper;
-    if (plan.target) {
-        plan.start = planStart(*plan.target, ambrel::desktopId(*wrapper.bundleId),
-                               plan.request.useProfile, user, environment);
-    }
-    wrapper.strategy = strategyFor(plan);
-    wrapper.environment = environmentFor(plan);
-    wrapper.extraArgs = argumentsFor(plan);
-    wrapper.infoPlistOverrides = overridesFor(plan);
-}
-
 /// The instance at `place`, absent when nothing stands there. Throws for anything else.
 std::optional<InstanceRecord> requireReplaceable(const Path& place, Existing existing,
                                                  const UserPlaces& user) {
@@ -255,6 +241,18 @@ std::string freeBundleId(const CreationPlan& plan, const std::vector<InstanceRec
 
 } // namespace
 
+void planStartFor(CreationPlan& plan, const std::string& desktopId, const UserPlaces& user,
+                  const Environment& environment) {
+    auto& wrapper = plan.wrapper;
+    if (plan.target) {
+        plan.start = planStart(*plan.target, desktopId, plan.request.useProfile, user, environment);
+    }
+    wrapper.strategy = strategyFor(plan);
+    wrapper.environment = environmentFor(plan);
+    wrapper.extraArgs = argumentsFor(plan);
+    wrapper.infoPlistOverrides = overridesFor(plan, desktopId);
+}
+
 std::optional<InstanceRecord> requirePossible(const CreationPlan& plan,
                                               const std::vector<InstanceRecord>& instances,
                                               const UserPlaces& user,
@@ -286,7 +284,7 @@ CreationPlan planCreation(const CreateRequest& request, const UserPlaces& user,
     const auto instances = instancesWith(*wrapper.outputDir, user);
     const auto& bundleId = plan.request.bundleId;
     wrapper.bundleId = bundleId ? *bundleId : freeBundleId(plan, instances, user, environment);
-    setStart(plan, user, environment);
+    planStartFor(plan, ambrel::desktopId(*wrapper.bundleId), user, environment);
     requirePossible(plan, instances, user, environment);
     plan.reference = nameAmong(instances, {plan.bundle, claimsOf(wrapper)}, user);
     if (plan.replaced) plan.replacedSize = sizeOfTree(plan.bundle);

@@ -39,6 +39,12 @@ struct CreationPlan {
 CreationPlan planCreation(const CreateRequest& request, const ambrel::UserPlaces& user,
                           const ambrel::Environment& environment);
 
+/// The part of planCreation() that works out how the plan's target is started, for an instance that
+/// the desktop knows as `desktopId`: arguments, environment, overrides and strategy as they will be
+/// stored. Needs the request and the target. Throws Refusal unusableProfile.
+void planStartFor(CreationPlan& plan, const std::string& desktopId, const ambrel::UserPlaces& user,
+                  const ambrel::Environment& environment);
+
 /// Throws Refusal where something is in the way of the plan: notAnInstance or instanceExists for
 /// what stands in its place, instanceRuns for what would be replaced, unknownUser for the home,
 /// identifierTaken, homeTaken and entryTaken;

@@ -1,6 +1,7 @@
 #include "Manager/Operations/Inspection.h"
 
 #include "Ambrel/Platform/Text.h"
+#include "Manager/Operations/CreationPlan.h"
 
 namespace korvane {
 
@@ -9,7 +10,21 @@ Inspection inspect(const ambrel::AppBundle& app, UseProfile use, const ambrel::U
     auto engine = ambrel::findEngine(app.url, app.bundleId);
     // The identifier is compared in small letters.
     if (engine.proof == ambrel::text::lowercased(app.bundleId)) engine.proof = app.bundleId;
-    return {app, engine, planStart(app, std::string(desktopIdPlaceholder), use, user, environment)};
+    CreationPlan plan;
+    plan.request.kind = ambrel::ShortcutKind::app;
+    plan.request.targetApp = app.url;
+    plan.request.useProfile = use;
+    plan.target = app;
+    planStartFor(plan, std::string(desktopIdPlaceholder), user, environment);
+    Inspection found{.app = app,
+                     .engine = std::move(engine),
+                     .strategy = plan.wrapper.strategy,
+                     .arguments = plan.wrapper.extraArgs.value_or(std::vector<std::string>()),
+                     .environment = plan.wrapper.environment,
+                     .infoPlistOverrides = plan.wrapper.infoPlistOverrides,
+                     .profile = {}};
+    if (plan.start) found.profile = plan.start->profile;
+    return found;
 }
 
 } // namespace korvane

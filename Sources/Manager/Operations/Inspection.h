@@ -12,10 +12,17 @@ namespace korvane {
 struct Inspection {
     ambrel::AppBundle app;
     ambrel::EngineFinding engine; ///< an identifier as its proof is written as the bundle has it
-    StartPlan start;              ///< with `desktopIdPlaceholder` for an instance's desktop id
+    // What creation stores, with `desktopIdPlaceholder` for the instance's desktop id.
+    ambrel::Strategy strategy = ambrel::Strategy::homeOverride;
+    std::vector<std::string> arguments;
+    ambrel::StringMap environment;
+    ambrel::StringMap
+        infoPlistOverrides; ///< the process name and the windows' name, where they count
+    std::optional<ProgramProfile> profile;
 };
 
-/// Finds out how instances of `app` would be started. Throws Refusal unusableProfile.
+/// Finds out how an instance of `app` would be stored that nothing else is asked of. Throws Refusal
+/// unusableProfile.
 Inspection inspect(const ambrel::AppBundle& app, UseProfile use, const ambrel::UserPlaces& user,
                    const ambrel::Environment& environment);
 

@@ -30,6 +30,8 @@ std::string replacing(std::string text, std::string_view what, const std::string
 std::string withDesktopId(const std::string& text, const std::string& desktopId) {
     auto underscored = desktopId;
     std::replace(underscored.begin(), underscored.end(), '.', '_');
+    // For an instance that is not there yet both placeholders stay, which are not the same.
+    if (desktopId == desktopIdPlaceholder) underscored = underscoredIdPlaceholder;
     return replacing(replacing(text, desktopIdPlaceholder, desktopId), underscoredIdPlaceholder,
                      underscored);
 }

@@ -1,9 +1,8 @@
 #include "korvane/Output/JsonOutput.h"
 
 #include "Ambrel/Base/Utf8.h"
-#include "Ambrel/Instance/DesktopId.h"
-#include "Manager/Desktop/Registration.h"
 #include "Manager/Rules/MissingTarget.h"
+#include "korvane/Output/InstanceFacts.h"
 
 #include <ostream>
 
@@ -11,16 +10,16 @@ namespace korvane::json {
 
 std::string text(const std::string& value) { return ambrel::utf8::replacingInvalid(value); }
 
-nlohmann::json bundle(const ambrel::Path& bundleURL) { return {{"bundleURL", text(bundleURL)}}; }
+std::vector<std::string> texts(const std::vector<std::string>& values) {
+    std::vector<std::string> result;
+    for (const auto& value : values) result.push_back(text(value));
+    return result;
+}
 
 nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user) {
-    auto object = bundle(record.bundleURL);
+    nlohmann::json object;
+    for (const auto& fact : factsOf(record, user)) object[fact.word] = text(fact.text);
     object["config"] = nlohmann::json::parse(record.config.encode());
-    if (const auto icon = record.iconURL()) object["iconURL"] = text(*icon);
-    if (!registration::isOffered()) return object;
-    object["desktopId"] = ambrel::desktopId(record.config.bundleId);
-    const auto entry = registration::findEntry(record, user);
-    object["desktopEntry"] = entry ? nlohmann::json(text(entry->file)) : nlohmann::json();
     return object;
 }
 
@@ -34,18 +33,17 @@ nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::User
     return object;
 }
 
-nlohmann::json profile(const std::optional<ProgramProfile>& found) {
-    if (!found) return nullptr;
-    return {{"bundleId", found->profile.bundleId},
-            {"confidence", rawValue(found->profile.confidence)},
-            {"displayName", found->profile.displayName},
-            {"file", text(found->file)}};
+nlohmann::json profile(const ProgramProfile& found) {
+    return {{"name", found.profile.displayName},
+            {"identifier", found.profile.bundleId},
+            {"confidence", rawValue(found.profile.confidence)},
+            {"file", text(found.file)}};
 }
 
 nlohmann::json app(const ambrel::AppCatalog::InstalledApp& app) {
     nlohmann::json object{
-        {"url", text(app.url)}, {"name", text(app.name)}, {"bundleId", text(app.bundleId)}};
-    if (const auto icon = app.iconURL()) object["iconURL"] = text(*icon);
+        {"name", text(app.name)}, {"identifier", text(app.bundleId)}, {"bundle", text(app.url)}};
+    if (const auto icon = app.iconURL()) object["icon"] = text(*icon);
     return object;
 }
 

@@ -8,12 +8,11 @@
 #include <iosfwd>
 #include <nlohmann/json.hpp>
 
-/// The manager's answers for programs. Paths are plain absolute paths, absent fields are left out
-/// but for "desktopEntry", "profile" and "processName", which are null then.
+/// The manager's answers for programs, in the words of the tables that it shows people. Paths are
+/// plain absolute paths; what is absent is left out.
 namespace korvane::json {
 
-nlohmann::json bundle(const ambrel::Path& bundleURL);
-/// Without "desktopId" and "desktopEntry" on a system whose desktop has no entries of ours.
+/// What factsOf() tells, and "config", the configuration as the file has it.
 nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 /// The same with how it stands: "running", "processes" while it runs, and "missing", the path of
 /// what it opens where that is gone.
@@ -21,11 +20,13 @@ nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::User
                         const Running& running);
 nlohmann::json app(const ambrel::AppCatalog::InstalledApp& app);
 
-/// The profile that an instance was made with; null without one.
-nlohmann::json profile(const std::optional<ProgramProfile>& found);
+/// What is told of a profile that an instance is made with.
+nlohmann::json profile(const ProgramProfile& found);
 
 /// Text that a file name on disk may have come from: what is not UTF-8 becomes U+FFFD.
 std::string text(const std::string& value);
+/// The same for each element.
+std::vector<std::string> texts(const std::vector<std::string>& values);
 
 void write(const nlohmann::json& value, std::ostream& out);
 

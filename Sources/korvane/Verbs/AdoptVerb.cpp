@@ -51,7 +51,10 @@ int adoptProgram(const AdoptOptions& options, const Surroundings& surroundings) 
         adopt(requestFrom(options, surroundings), surroundings.user, surroundings.environment);
     tellAbout(adopted, surroundings);
     if (options.asJson) {
-        json::write(json::bundle(adopted.bundle), surroundings.results);
+        json::write({{"name", json::text(adopted.name)},
+                     {"bundle", json::text(adopted.bundle)},
+                     {"program", json::text(adopted.program)}},
+                    surroundings.results);
     } else {
         surroundings.results << adopted.bundle << '\n';
     }

@@ -185,8 +185,8 @@ int createInstance(const CreateOptions& options, const Surroundings& surrounding
         create(requestFrom(options, surroundings), surroundings.user, surroundings.environment);
     tellAbout(created, surroundings);
     if (options.asJson) {
-        auto object = json::bundle(created.record.bundleURL);
-        object["profile"] = json::profile(created.profile);
+        auto object = json::instance(created.record, surroundings.user);
+        if (created.profile) object["profile"] = json::profile(*created.profile);
         if (created.adopted) object["adopted"] = json::text(*created.adopted);
         json::write(object, surroundings.results);
     } else {

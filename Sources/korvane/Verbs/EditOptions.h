@@ -22,6 +22,7 @@ struct EditOptions {
     std::optional<std::string> labelPosition;
     std::optional<std::string> icon;
     std::optional<std::string> newName;
+    bool asJson = false;
 };
 
 /// Throws UsageError where nothing is to be changed, or one thing in two ways, and Refusal badText.

@@ -6,6 +6,7 @@
 #include "Manager/Rules/InstanceLookup.h"
 #include "Manager/Rules/UserText.h"
 #include "korvane/CommandLine/Options.h"
+#include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Messages.h"
 #include "korvane/Output/Remedies.h"
 #include "korvane/Verbs/EditOptions.h"
@@ -55,9 +56,10 @@ int editInstance(const EditOptions& options, const Surroundings& surroundings) {
     const auto record = requireInstance(options.name, user);
     std::optional<ambrel::Path> icon;
     if (options.icon) icon = usablePath(*options.icon, user);
-    tellAbout(change(record, wantedBy(options, record, surroundings), user,
-                     surroundings.environment, icon),
-              surroundings);
+    const auto edited = change(record, wantedBy(options, record, surroundings), user,
+                               surroundings.environment, icon);
+    tellAbout(edited, surroundings);
+    if (options.asJson) json::write(json::instance(edited.record, user), surroundings.results);
     return 0;
 }
 
@@ -101,6 +103,7 @@ Verb editVerb() {
                 declareFields(app, *given);
                 declareStart(app, *given);
                 declareLook(app, *given);
+                options::asJson(app, given->asJson);
                 return [given, &surroundings](const auto&) {
                     return editInstance(*given, surroundings);
                 };

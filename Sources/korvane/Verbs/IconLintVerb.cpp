@@ -44,22 +44,25 @@ void writeTable(const icns::LintReport& report, const Surroundings& surroundings
                    std::to_string(entry.bytes), std::string(showingText(entry.showing)),
                    entry.remark});
     }
-    table.write(surroundings.results);
+    table.write(surroundings.results, surroundings.width);
 }
 
-void writeJson(const icns::LintReport& report, const Surroundings& surroundings) {
+void writeJson(const ambrel::Path& file, const icns::LintReport& report,
+               const Surroundings& surroundings) {
     auto elements = nlohmann::json::array();
     for (const auto& entry : report.entries) {
-        elements.push_back({{"type", entry.type.name()},
-                            {"width", entry.width},
-                            {"height", entry.height},
-                            {"data", nameOf(entry.payload)},
-                            {"bytes", entry.bytes},
-                            {"inBundle", showingText(entry.showing)},
-                            {"remark", entry.remark}});
+        nlohmann::json element{{"type", entry.type.name()},
+                               {"data", nameOf(entry.payload)},
+                               {"bytes", entry.bytes},
+                               {"inBundle", showingText(entry.showing)}};
+        if (entry.width > 0) element["pixels"] = {entry.width, entry.height};
+        if (!entry.remark.empty()) element["remark"] = entry.remark;
+        elements.push_back(std::move(element));
     }
-    json::write({{"elements", elements}, {"defect", report.defect}, {"clean", report.isClean()}},
-                surroundings.results);
+    nlohmann::json object{
+        {"icon", json::text(file)}, {"elements", std::move(elements)}, {"clean", report.isClean()}};
+    if (!report.defect.empty()) object["defect"] = report.defect;
+    json::write(object, surroundings.results);
 }
 
 struct LintOptions {
@@ -75,7 +78,7 @@ int lint(const LintOptions& options, const Surroundings& surroundings) {
     }
     const auto report = icns::lint(bytes, ambrel::decodePayload);
     if (options.asJson) {
-        writeJson(report, surroundings);
+        writeJson(file, report, surroundings);
     } else {
         writeTable(report, surroundings);
     }

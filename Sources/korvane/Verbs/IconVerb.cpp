@@ -7,10 +7,10 @@
 #include "Manager/Base/Refusal.h"
 #include "Manager/Files/ContactSheet.h"
 #include "Manager/Files/IconConversion.h"
-#include "Manager/Files/StagingFolder.h"
 #include "Manager/Rules/UserText.h"
 #include "korvane/CommandLine/EnumText.h"
 #include "korvane/CommandLine/Options.h"
+#include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Messages.h"
 
 #include <ostream>
@@ -31,6 +31,7 @@ struct IconOptions {
     std::optional<std::string> position;
     std::optional<std::string> output;
     std::optional<std::string> preview;
+    bool asJson = false;
 };
 
 IconLabel labelFrom(const IconOptions& options) {
@@ -43,41 +44,52 @@ IconLabel labelFrom(const IconOptions& options) {
             enumFrom<IconLabel::Position>(options.position.value_or("bottom"), "--position")};
 }
 
-void compose(const Path& source, const IconLabel& label, const Path& destination) {
+/// The icon file that `source` and the label make. A picture that is not there, or may not be read,
+/// is told as such and not as one without an image.
+std::string composed(const Path& source, const IconLabel& label) {
+    fileSystem::read(source);
     try {
-        IconComposer::compose(source, label, destination);
+        return IconComposer::composed(source, label);
     } catch (const IconComposer::ComposeError& error) {
         throw Refusal(ambrel::utf8::oneLine(error.description()));
     }
 }
 
-/// The seven images as they stand in the file, drawn onto a PNG picture.
-void writePreview(const Path& icon, const Path& destination) {
-    const auto sheet = contactSheet(ambrel::imagesIn(fileSystem::read(icon)));
-    fileSystem::replace(destination, ambrel::images::encodePng(sheet));
-}
+/// What was written, under the name of the option that asked for it.
+using Written = std::vector<std::pair<const char*, Path>>;
 
-int makeIcon(const IconOptions& options, const Surroundings& surroundings) {
+Written writeAll(const IconOptions& options, const Surroundings& surroundings) {
     const auto label = labelFrom(options);
-    if (!options.output && !options.preview) {
-        throw UsageError("Where to? Give --output FILE, --preview FILE or both.");
-    }
     const auto source = usablePath(options.source, surroundings.user);
+    const auto icon = composed(source, label);
+    Written written;
     if (options.output) {
         const auto output = usablePath(*options.output, surroundings.user);
-        compose(source, label, output);
-        surroundings.results << output << '\n';
+        fileSystem::replace(output, icon);
+        written.emplace_back("icon", output);
     }
     if (options.preview) {
         const auto preview = usablePath(*options.preview, surroundings.user);
-        // Drawn from a file in any case, so that it shows what a file holds.
-        StagingFolder staging(Path(ambrel::paths::deletingLastComponent(preview)));
-        const auto icon = ambrel::paths::join(staging.path(), "icon.icns");
-        compose(source, label, icon);
-        writePreview(icon, preview);
-        surroundings.results << preview << '\n';
+        // The seven images as they stand in the file.
+        const auto sheet = contactSheet(ambrel::imagesIn(icon));
+        fileSystem::replace(preview, ambrel::images::encodePng(sheet));
+        written.emplace_back("preview", preview);
     }
     if (const auto obstacle = obstacleTo(label)) warn(surroundings, *obstacle);
+    return written;
+}
+
+int makeIcon(const IconOptions& options, const Surroundings& surroundings) {
+    if (!options.output && !options.preview) {
+        throw UsageError("Where to? Give --output FILE, --preview FILE or both.");
+    }
+    const auto written = writeAll(options, surroundings);
+    nlohmann::json object;
+    for (const auto& [word, file] : written) {
+        object[word] = json::text(file);
+        if (!options.asJson) surroundings.results << file << '\n';
+    }
+    if (options.asJson) json::write(object, surroundings.results);
     return 0;
 }
 
@@ -105,6 +117,7 @@ Verb iconVerb() {
             options::text(app, "--preview", given->preview,
                           "Show its seven sizes, on light and on dark, in a PNG picture")
                 ->type_name("FILE");
+            options::asJson(app, given->asJson);
             return [given, &surroundings](const auto&) { return makeIcon(*given, surroundings); };
         }};
 }

@@ -15,41 +15,43 @@ namespace {
 
 void writeJson(const Inspection& found, const Surroundings& surroundings) {
     nlohmann::json object{
-        {"url", json::text(found.app.url)},
-        {"bundleId", json::text(found.app.bundleId)},
-        {"executableName", json::text(found.app.executableName)},
-        {"executableURL", json::text(found.app.executableURL())},
+        {"bundle", json::text(found.app.url)},
+        {"identifier", json::text(found.app.bundleId)},
+        {"executable", json::text(found.app.executableURL())},
         {"sandboxed", found.app.sandboxed},
-        {"prohibitsMultipleInstances", found.app.prohibitsMultipleInstances},
+        {"oneCopyOnly", found.app.prohibitsMultipleInstances},
         {"engine", rawValue(found.engine.engine)},
-        {"arguments", found.start.arguments},
-        {"environment", found.start.environment},
-        {"profile", json::profile(found.start.profile)},
-        {"processName", nullptr},
+        {"strategy", rawValue(found.strategy)},
+        {"extraArgs", json::texts(found.arguments)},
+        {"environment", found.environment},
+        {"infoPlistOverrides", found.infoPlistOverrides},
     };
-    if (found.start.processName) object["processName"] = *found.start.processName;
     if (!found.engine.proof.empty()) object["engineProof"] = json::text(found.engine.proof);
+    if (found.profile) object["profile"] = json::profile(*found.profile);
     json::write(object, surroundings.results);
 }
 
+void addMap(Table& table, const std::string& word, const ambrel::StringMap& map) {
+    for (const auto& [name, value] : map) table.add({word, name + "=" + value});
+}
+
 void writeTable(const Inspection& found, const Surroundings& surroundings) {
-    const auto yesOrNo = [](bool value) { return value ? "yes" : "no"; };
     Table table;
     table.add({"bundle", found.app.url});
     table.add({"identifier", found.app.bundleId});
     table.add({"executable", found.app.executableURL()});
     table.add({"sandboxed", yesOrNo(found.app.sandboxed)});
-    table.add({"one copy only", yesOrNo(found.app.prohibitsMultipleInstances)});
+    table.add({"oneCopyOnly", yesOrNo(found.app.prohibitsMultipleInstances)});
     table.add({"engine", std::string(rawValue(found.engine.engine))});
-    if (!found.engine.proof.empty()) table.add({"shown by", found.engine.proof});
-    for (const auto& argument : found.start.arguments) table.add({"argument", argument});
-    for (const auto& [name, value] : found.start.environment) {
-        table.add({"environment", name + "=" + value});
-    }
-    if (found.start.processName) table.add({"process name", *found.start.processName});
-    if (const auto& profile = found.start.profile) {
-        table.add({"profile", profile->file});
-        table.add({"confidence", std::string(rawValue(profile->profile.confidence))});
+    if (!found.engine.proof.empty()) table.add({"engineProof", found.engine.proof});
+    table.add({"strategy", std::string(rawValue(found.strategy))});
+    for (const auto& argument : found.arguments) table.add({"extraArgs", argument});
+    addMap(table, "environment", found.environment);
+    addMap(table, "infoPlistOverrides", found.infoPlistOverrides);
+    if (found.profile) {
+        const auto& profile = found.profile->profile;
+        table.add({"profile",
+                   found.profile->file + " (" + std::string(rawValue(profile.confidence)) + ")"});
     }
     table.write(surroundings.results);
 }

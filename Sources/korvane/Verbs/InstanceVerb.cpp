@@ -38,6 +38,27 @@ Verb instanceVerb(std::string name, std::string summary, std::string example,
             }};
 }
 
+Verb instanceVerbWithJson(
+    std::string name, std::string summary, std::string example,
+    const std::function<int(const std::string&, bool asJson, const Surroundings&)>& action) {
+    struct Given {
+        std::string instance;
+        bool asJson = false;
+    };
+    const auto withJson = example + " --json";
+    return {std::move(name),
+            std::move(summary),
+            {std::move(example), withJson},
+            [action](CLI::App& app, const Surroundings& surroundings) -> Action {
+                const auto given = std::make_shared<Given>();
+                options::instanceName(app, given->instance);
+                options::asJson(app, given->asJson);
+                return [=, &surroundings](const auto&) {
+                    return action(given->instance, given->asJson, surroundings);
+                };
+            }};
+}
+
 std::vector<InstanceRecord> requireInstances(const std::vector<std::string>& names,
                                              const Surroundings& surroundings) {
     std::vector<InstanceRecord> records;

@@ -10,6 +10,11 @@ namespace korvane {
 Verb instanceVerb(std::string name, std::string summary, std::string example,
                   const std::function<int(const std::string&, const Surroundings&)>& action);
 
+/// The same with the option "--json", which the action gets too.
+Verb instanceVerbWithJson(
+    std::string name, std::string summary, std::string example,
+    const std::function<int(const std::string&, bool asJson, const Surroundings&)>& action);
+
 /// The instances that the words mean, each once, however often it is named. Throws as
 /// requireInstance() does for the first that means none.
 std::vector<ambrel::InstanceRecord> requireInstances(const std::vector<std::string>& names,

@@ -25,17 +25,20 @@ void tell(const Migrated& migrated, const Surroundings& surroundings) {
     if (total == 0) say(surroundings, "There was nothing to move.");
 }
 
-nlohmann::json countsOf(const Migrated& migrated) {
+void writeJson(const ambrel::InstanceRecord& record, const Migrated& migrated,
+               const Surroundings& surroundings) {
     auto counts = nlohmann::json::object();
     for (const auto& folder : migrated.folders) counts[folder.name] = folder.items;
-    return counts;
+    auto object = json::instance(record, surroundings.user);
+    object["moved"] = counts;
+    json::write(object, surroundings.results);
 }
 
 int migrate(const std::string& name, bool asJson, const Surroundings& surroundings) {
     const auto& user = surroundings.user;
-    const auto migrated =
-        perform(planMigration(requireInstance(name, user), user, Measure::no), user);
-    if (asJson) json::write(countsOf(migrated), surroundings.results);
+    const auto record = requireInstance(name, user);
+    const auto migrated = perform(planMigration(record, user, Measure::no), user);
+    if (asJson) writeJson(record, migrated, surroundings);
     tell(migrated, surroundings);
     if (migrated.failure) throw Refusal(*migrated.failure);
     return 0;
@@ -54,7 +57,7 @@ Verb migrateVerb() {
                 };
                 const auto given = std::make_shared<Given>();
                 options::instanceName(app, given->name);
-                options::flag(app, "--json", given->asJson, "Write the number of moved items");
+                options::asJson(app, given->asJson);
                 return [given, &surroundings](const auto&) {
                     return migrate(given->name, given->asJson, surroundings);
                 };

@@ -1,13 +1,12 @@
 #include "korvane/Verbs/ShowVerb.h"
 
-#include "Ambrel/Instance/DesktopId.h"
 #include "Ambrel/Instance/InstanceRegistry.h"
-#include "Manager/Desktop/Registration.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "Manager/Rules/MissingTarget.h"
 #include "Manager/Rules/Running.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/ConfigText.h"
+#include "korvane/Output/InstanceFacts.h"
 #include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Table.h"
 
@@ -34,20 +33,11 @@ void addState(Table& table, const InstanceRecord& record, const ambrel::UserPlac
 
 void writeDetails(const InstanceRecord& record, const Surroundings& surroundings) {
     Table table;
-    addPart(table, record, ConfigPart::name);
-    table.add({"bundle", record.bundleURL});
-    addPart(table, record, ConfigPart::identity);
-    table.add({"opens", configText::subject(record.config)});
+    for (const auto& [word, text] : factsOf(record, surroundings.user)) table.add({word, text});
+    addState(table, record, surroundings.user);
     for (const auto part : {ConfigPart::command, ConfigPart::start, ConfigPart::sharing,
                             ConfigPart::desktop, ConfigPart::look}) {
         addPart(table, record, part);
-    }
-    if (const auto icon = record.iconURL()) table.add({"icon", *icon});
-    addState(table, record, surroundings.user);
-    if (registration::isOffered()) {
-        table.add({"desktopId", ambrel::desktopId(record.config.bundleId)});
-        const auto entry = registration::findEntry(record, surroundings.user);
-        if (entry) table.add({"desktopEntry", entry->file});
     }
     table.write(surroundings.results);
 }

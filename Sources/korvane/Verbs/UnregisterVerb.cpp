@@ -3,6 +3,7 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Operations/Registering.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Messages.h"
 #include "korvane/Verbs/InstanceVerb.h"
 
@@ -10,10 +11,12 @@ namespace korvane {
 
 namespace {
 
-int hideInstance(const std::string& name, const Surroundings& surroundings) {
+int hideInstance(const std::string& name, bool asJson, const Surroundings& surroundings) {
     const auto record = requireInstance(name, surroundings.user);
     const auto shown = inQuotes(record.config.displayName);
-    if (!unregisterInstance(record, surroundings.user)) {
+    const bool wasShown = unregisterInstance(record, surroundings.user).has_value();
+    if (asJson) json::write(json::instance(record, surroundings.user), surroundings.results);
+    if (!wasShown) {
         say(surroundings, shown + " has no desktop entry.");
         return 0;
     }
@@ -26,8 +29,9 @@ int hideInstance(const std::string& name, const Surroundings& surroundings) {
 } // namespace
 
 Verb unregisterVerb() {
-    return instanceVerb("unregister", "Take an instance out of the desktop's menus and docks.",
-                        "korvane unregister Work", hideInstance);
+    return instanceVerbWithJson("unregister",
+                                "Take an instance out of the desktop's menus and docks.",
+                                "korvane unregister Work", hideInstance);
 }
 
 } // namespace korvane

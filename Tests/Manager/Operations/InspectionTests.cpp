@@ -14,8 +14,8 @@ TEST_CASE("an inspection tells the engine and how an instance of whatever id is 
     CHECK(found.app.bundleId == "org.Mozilla.firefox");
     CHECK(found.engine.engine == ambrel::AppEngine::firefox);
     CHECK(found.engine.proof == "org.Mozilla.firefox");
-    CHECK(std::ranges::count(found.start.arguments, desktopIdPlaceholder) == 2);
-    CHECK(inspect(*app, UseProfile::no, scene.user, scene.environment).start.arguments ==
+    CHECK(std::ranges::count(found.arguments, desktopIdPlaceholder) == 2);
+    CHECK(inspect(*app, UseProfile::no, scene.user, scene.environment).arguments ==
           Strings{"-profile", "{{instanceHome}}/FirefoxProfile", "-no-remote"});
 }
 

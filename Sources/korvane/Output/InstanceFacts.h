@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Ambrel/Instance/InstanceRegistry.h"
+#include "Ambrel/Platform/UserPlaces.h"
+
+#include <string>
+#include <vector>
+
+namespace korvane {
+
+/// One thing that is told of an instance beside its configuration. The word is the same in tables
+/// and in JSON.
+struct InstanceFact {
+    const char* word;
+    std::string text; ///< as it is, unescaped
+};
+
+/// What is told of an instance, in order; what does not apply is left out.
+std::vector<InstanceFact> factsOf(const ambrel::InstanceRecord& record,
+                                  const ambrel::UserPlaces& user);
+
+} // namespace korvane
