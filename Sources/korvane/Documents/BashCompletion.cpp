@@ -12,7 +12,7 @@ constexpr const char* head =
 # What "korvane COMMAND --json" has for a key, one on a line; what has escapes is left to be typed.
 _korvane_texts() {
     korvane "$1" --json 2>/dev/null |
-        sed -n 's/^ *"'"$2"'": "\([^"\\]*\)",\{0,1\}$/\1/p'
+        sed -n 's/^    "'"$2"'": "\([^"\\]*\)",\{0,1\}$/\1/p'
 }
 
 # Takes the arguments of compgen, one match on a line.
@@ -36,7 +36,7 @@ _korvane_offer_taken() {
     choice) _korvane_offer -W "$choices" -- "$word" && return ;;
     key) _korvane_offer -W "$keys" -- "$word" && return ;;
     folder) _korvane_offer -d -- "$word" && return ;;
-    instance) _korvane_offer_lines "$word" < <(_korvane_texts list displayName) ;;
+    instance) _korvane_offer_lines "$word" < <(_korvane_texts list name) ;;
     application) _korvane_offer_lines "$word" < <(_korvane_texts apps name) ;;
     program) [[ -n $word && $word != */* ]] && _korvane_offer -c -- "$word" ;;
     esac
@@ -51,7 +51,7 @@ _korvane() {
     local options='' valued='' words=() several='' trailing='' apart='' taken=text choices=''
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        _korvane_offer -W "$commands help --help --version" -- "$word"
+        _korvane_offer -W "$commands help --help -V --version" -- "$word"
         return
     fi
     ((COMP_CWORD == 2)) && _korvane_second "$verb" "$word" && return
@@ -125,7 +125,14 @@ std::string nameOf(Takes takes) {
     return {};
 }
 
-std::vector<std::string> namesOf(const VerbDescription& verb, bool onlyWithValue) {
+/// The verb as a pattern of "case", which its aliases fit too.
+std::string casePattern(const VerbDescription& verb) {
+    std::vector<std::string> quoted;
+    for (const auto& name : namesOf(verb)) quoted.push_back("'" + name + "'");
+    return joined(quoted, " | ");
+}
+
+std::vector<std::string> optionsOf(const VerbDescription& verb, bool onlyWithValue) {
     std::vector<std::string> names;
     for (const auto& option : verb.options) {
         if (onlyWithValue && option.value.empty()) continue;
@@ -137,9 +144,9 @@ std::vector<std::string> namesOf(const VerbDescription& verb, bool onlyWithValue
 std::string command(const VerbDescription& verb) {
     std::vector<std::string> words;
     for (const auto& word : verb.words) words.push_back(nameOf(word.values.takes));
-    std::string text = "    '" + verb.name + "')\n        options='" +
-                       joined(namesOf(verb, false)) + "'\n        valued='" +
-                       joined(namesOf(verb, true)) + "'\n";
+    std::string text = "    " + casePattern(verb) + ")\n        options='" +
+                       joined(optionsOf(verb, false)) + "'\n        valued='" +
+                       joined(optionsOf(verb, true)) + "'\n";
     if (!words.empty()) text += "        words=(" + joined(words) + ")\n";
     if (!words.empty() && verb.words.back().repeats) {
         text += "        trailing='" + words.back() + "'\n";
@@ -163,7 +170,7 @@ std::string values(const VerbDescription& verb) {
         names.insert(names.end(), option.names.begin(), option.names.end());
     }
     if (optionsBy.empty()) return {};
-    std::string text = "    '" + verb.name + "')\n        case $2 in\n";
+    std::string text = "    " + casePattern(verb) + ")\n        case $2 in\n";
     for (const auto& [assignment, names] : optionsBy) {
         text += "        " + joined(names, " | ") + ") " + assignment + " ;;\n";
     }

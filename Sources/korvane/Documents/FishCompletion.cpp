@@ -12,7 +12,7 @@ constexpr const char* head =
 # What "korvane COMMAND --json" has for a key; what has escapes is left to be typed.
 function __korvane_texts
     korvane $argv[1] --json 2>/dev/null |
-        string replace --filter --regex '^ *"'$argv[2]'": "([^"\\\\]*)",?$' '$1'
+        string replace --filter --regex '^    "'$argv[2]'": "([^"\\\\]*)",?$' '$1'
 end
 
 function __korvane_is
@@ -66,7 +66,7 @@ function __korvane_needs_second
 end
 
 complete -c korvane -f
-complete -c korvane -n __korvane_needs_verb -l version -d 'Show the version'
+complete -c korvane -n __korvane_needs_verb -s V -l version -d 'Show the version'
 )sh";
 
 std::string fishWord(const std::string& text) {
@@ -84,7 +84,7 @@ std::string offer(const Values& values, const std::vector<std::string>& keys) {
     case Takes::text:
         return {};
     case Takes::instance:
-        return " -a '(__korvane_texts list displayName)'";
+        return " -a '(__korvane_texts list name)'";
     case Takes::application:
         return " -F -a '(__korvane_texts apps name)'";
     case Takes::program:
@@ -183,7 +183,13 @@ std::string fishCompletion(const CompletionData& data) {
         text += word(fishWord("__korvane_needs_second " + verb.firstWord()), verb.secondWord(),
                      verb.summary);
     }
-    for (const auto& verb : data.verbs) text += "\n" + linesFor(verb, data);
+    for (const auto& verb : data.verbs) {
+        for (const auto& name : namesOf(verb)) {
+            auto called = verb;
+            called.name = name;
+            text += "\n" + linesFor(called, data);
+        }
+    }
     return text;
 }
 

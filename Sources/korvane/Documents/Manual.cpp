@@ -5,7 +5,7 @@
 #include "korvane/Version.h"
 
 #include <algorithm>
-#include <map>
+#include <cctype>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -99,20 +99,23 @@ std::string optionText(const OptionDescription& option) {
 
 bool isHelp(const OptionDescription& option) { return option.names.back() == "--help"; }
 
-/// With the notes on them, which may be on those of the whole group.
-std::string optionList(const VerbDescription& verb, const std::string& about, Sheet& sheet) {
+/// The options in `shown`, with the notes on them, which may be on those of the whole group.
+std::string optionList(const std::vector<OptionDescription>& shown, const std::string& verb,
+                       Sheet& sheet) {
+    const auto group = verb.substr(0, verb.find(' '));
     std::string text;
-    for (const auto& option : verb.options) {
+    for (const auto& option : shown) {
         if (isHelp(option)) continue;
         const auto& name = option.names.back();
         text += optionHead(option) + optionText(option) +
-                sheet.noteOn({about + " " + name, verb.firstWord() + " " + name});
+                sheet.noteOn({verb + " " + name, group + " " + name});
     }
     return text;
 }
 
-std::string verbHead(const VerbDescription& verb) {
-    auto text = "korvane " + verb.name;
+/// "korvane VERB WORD…" in bold, as roff goes on with it in a line that is bold.
+std::string usageOf(const VerbDescription& verb) {
+    auto text = "korvane " + roff(verb.name);
     for (const auto& word : verb.words) {
         text += " \\fI" + roff(word.name) + "\\fB" + (word.repeats ? "..." : "");
     }
@@ -120,44 +123,124 @@ std::string verbHead(const VerbDescription& verb) {
         const bool isByDashes = verb.rules.apart == options::Apart::byDashes;
         text += isByDashes ? " [\\-\\- \\fIARG\\fB ...]" : " [\\fIARG\\fB ...]";
     }
-    return ".SS \"" + text + "\"\n";
+    return text;
 }
 
-/// How many verbs from `first` on are of one group and take the same options.
-std::size_t alike(const std::vector<VerbDescription>& verbs, std::size_t first) {
-    std::size_t end = first + 1;
-    while (end < verbs.size() && !verbs[first].secondWord().empty() &&
-           verbs[end].firstWord() == verbs[first].firstWord() &&
-           verbs[end].options == verbs[first].options) {
-        ++end;
-    }
-    return end - first;
+/// The options that every one of the verbs takes alike.
+std::vector<OptionDescription> shared(const std::vector<const VerbDescription*>& verbs) {
+    auto options = verbs.front()->options;
+    std::erase_if(options, [&](const OptionDescription& option) {
+        return !std::ranges::all_of(verbs, [&](const auto* verb) {
+            return std::ranges::find(verb->options, option) != verb->options.end();
+        });
+    });
+    return options;
 }
 
-bool isFirstOfGroup(const std::vector<VerbDescription>& verbs, std::size_t at) {
-    const bool isOfTwo = !verbs[at].secondWord().empty();
-    return isOfTwo && (at == 0 || verbs[at - 1].firstWord() != verbs[at].firstWord());
+std::string title(const std::string& name, const Sheet& sheet) {
+    constexpr std::string_view begin = ".TH KORVANE ";
+    auto large = name;
+    for (auto& c : large) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    const auto at = sheet.text.find(begin);
+    const auto rest = at == std::string::npos
+                          ? "1\n"
+                          : sheet.text.substr(at + begin.size(),
+                                              sheet.text.find('\n', at) - at - begin.size() + 1);
+    return ".TH " + roff(large) + " " + rest;
 }
 
-std::string commands(const std::vector<VerbDescription>& verbs, Sheet& sheet) {
-    std::string text;
-    for (std::size_t first = 0; first < verbs.size();) {
-        const auto count = alike(verbs, first);
-        for (auto at = first; at < first + count; ++at) {
-            text +=
-                verbHead(verbs[at]) + sentence(verbs[at].summary) + sheet.noteOn({verbs[at].name});
-        }
-        auto about = verbs[first].name;
-        if (count > 1) {
-            about = verbs[first].firstWord();
-            text += ".SS \"Options of korvane " + about + "\"\n" + sheet.noteOn({about});
-        } else if (isFirstOfGroup(verbs, first)) {
-            text += sheet.noteOn({verbs[first].firstWord()});
-        }
-        text += optionList(verbs[first], about, sheet);
-        first += count;
+std::string decapitalized(std::string text) {
+    if (!text.empty())
+        text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
+    if (text.ends_with('.')) text.pop_back();
+    return text;
+}
+
+std::string synopsis(const std::vector<const VerbDescription*>& verbs) {
+    std::string text = ".SH SYNOPSIS\n";
+    for (const auto* verb : verbs) {
+        if (verb != verbs.front()) text += ".br\n";
+        text += "\\fB" + usageOf(*verb) + "\\fR [\\fIOPTION\\fR]...\n";
     }
     return text;
+}
+
+/// One verb alone.
+std::string description(const VerbDescription& verb, Sheet& sheet) {
+    auto text = ".SH DESCRIPTION\n" + sentence(verb.summary) + sheet.noteOn({verb.name});
+    for (const auto& alias : verb.aliases)
+        text += "In short\n\\fBkorvane " + roff(alias) + "\\fR.\n";
+    const auto list = optionList(verb.options, verb.name, sheet);
+    return text + (list.empty() ? "" : ".SH OPTIONS\n" + list);
+}
+
+/// Verbs with the same first word: what they have in common is told once, behind them.
+std::string descriptions(const std::vector<const VerbDescription*>& verbs, const std::string& first,
+                         Sheet& sheet) {
+    const bool isGroup = verbs.size() > 1 && !verbs.front()->secondWord().empty();
+    const auto common = isGroup ? shared(verbs) : std::vector<OptionDescription>();
+    std::string text = ".SH COMMANDS\n";
+    for (const auto* verb : verbs) {
+        auto own = verb->options;
+        std::erase_if(own, [&](const auto& option) {
+            return std::ranges::find(common, option) != common.end();
+        });
+        text += ".SS \"" + usageOf(*verb) + "\"\n" + sentence(verb->summary) +
+                sheet.noteOn({verb->name}) + optionList(own, verb->name, sheet);
+    }
+    if (!isGroup) return text;
+    return text + ".SH OPTIONS\n" + sheet.noteOn({first}) + optionList(common, first, sheet);
+}
+
+std::string examples(const std::vector<const VerbDescription*>& verbs) {
+    std::string lines;
+    for (const auto* verb : verbs) {
+        for (const auto& example : verb->examples) lines += roff(example) + "\n";
+    }
+    return lines.empty() ? "" : ".SH EXAMPLES\n.nf\n" + lines + ".fi\n";
+}
+
+std::string pageName(const std::string& words) {
+    auto name = "korvane-" + words;
+    std::ranges::replace(name, ' ', '-');
+    return name;
+}
+
+/// The page of all verbs that begin with `first`.
+std::string page(const std::vector<VerbDescription>& all, const std::string& first, Sheet& sheet) {
+    std::vector<const VerbDescription*> verbs;
+    for (const auto& verb : all) {
+        if (verb.firstWord() == first) verbs.push_back(&verb);
+    }
+    const bool isGroup = verbs.size() > 1 && findVerb(all, first) == nullptr;
+    const auto about = (isGroup ? "korvane " + first + " " : "") + summaryOf(all, first);
+    return title(pageName(first), sheet) + ".SH NAME\n" + roff(pageName(first)) + " \\- " +
+           roff(decapitalized(about)) + "\n" + synopsis(verbs) +
+           (verbs.size() == 1 ? description(*verbs.front(), sheet)
+                              : descriptions(verbs, first, sheet)) +
+           examples(verbs) + ".SH SEE ALSO\n.BR korvane (1)\n";
+}
+
+/// The verbs in one list, each with its page.
+std::string commands(const std::vector<VerbDescription>& verbs) {
+    std::string text;
+    for (const auto& verb : verbs) {
+        text += ".TP\n\\fB" + usageOf(verb) + "\\fR\n" + sentence(verb.summary) + "See\n.BR " +
+                roff(pageName(verb.firstWord())) + " (1).\n";
+        for (const auto& alias : verb.aliases) {
+            text += "In short\n.BR \"korvane " + roff(alias) + "\" .\n";
+        }
+    }
+    return text;
+}
+
+std::string seeAlso(const std::vector<VerbDescription>& verbs) {
+    std::vector<std::string> pages;
+    for (const auto& verb : verbs) {
+        const auto entry = ".BR " + roff(pageName(verb.firstWord())) + " (1)";
+        if (std::ranges::find(pages, entry) == pages.end()) pages.push_back(entry);
+    }
+    return joined(pages, ",\n") + "\n";
 }
 
 template <class T> constexpr bool isOptional = false;
@@ -205,13 +288,26 @@ std::string configuration() {
 
 } // namespace
 
-std::string manual(const std::string& text, const std::vector<VerbDescription>& verbs) {
+std::map<std::string, std::string> manual(const std::string& text,
+                                          const std::vector<VerbDescription>& verbs) {
     Sheet sheet(text);
-    sheet.replace("@commands@\n", commands(verbs, sheet));
+    sheet.replace("@commands@\n", commands(verbs));
     sheet.replace("@configuration@\n", configuration());
+    sheet.replace("@pages@\n", seeAlso(verbs));
     sheet.replace("@version@", std::string(version));
+    std::map<std::string, std::string> pages;
+    for (const auto& verb : verbs) {
+        const auto first = verb.firstWord();
+        const auto file = pageName(first) + ".1";
+        if (!pages.contains(file)) pages.emplace(file, page(verbs, first, sheet));
+        // What else the verb is called leads to its page.
+        for (const auto& name : namesOf(verb)) {
+            pages.emplace(pageName(name) + ".1", ".so man1/" + file + "\n");
+        }
+    }
     sheet.requireAllUsed();
-    return sheet.text;
+    pages.emplace("korvane.1", sheet.text);
+    return pages;
 }
 
 } // namespace korvane::documents

@@ -2,15 +2,23 @@
 
 #include "korvane/Documents/VerbDescription.h"
 
+#include <map>
+
 namespace korvane::documents {
 
-/// The manual in roff: `sheet`, the part of it that is written by hand, with these lines in it
-/// replaced:
-///     @commands@          every verb and its options
+/// The pages of the manual in roff by the names of their files: "korvane.1", which is `sheet`, the
+/// part that is written by hand, with these lines in it replaced:
+///     @commands@          every verb, in one list
 ///     @configuration@     the keys of a configuration
-/// "@version@" becomes the version wherever it stands. A line "@notes VERB@", "@notes VERB OPTION@"
-/// or "@notes GROUP@" begins text to be put behind what is written of that; the next such line ends
-/// it, or the end of the sheet. Throws std::runtime_error where notes are about nothing there is.
-std::string manual(const std::string& sheet, const std::vector<VerbDescription>& verbs);
+///     @pages@             references to all other pages
+/// and "korvane-VERB.1" with the options of each verb. Those that have their first word in common
+/// share a page, to which their whole names and aliases lead.
+/// "@version@" becomes the version wherever it stands. A line "@notes VERB@", "@notes VERB
+/// OPTION@",
+/// "@notes GROUP@" or "@notes GROUP OPTION@" begins text to be put behind what is written of that;
+/// the next such line ends it, or the end of the sheet. Throws std::runtime_error where notes are
+/// about nothing there is.
+std::map<std::string, std::string> manual(const std::string& sheet,
+                                          const std::vector<VerbDescription>& verbs);
 
 } // namespace korvane::documents

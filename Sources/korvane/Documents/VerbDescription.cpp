@@ -27,7 +27,9 @@ VerbDescription describe(const Verb& verb, const Surroundings& surroundings) {
                           .summary = verb.summary,
                           .options = {},
                           .words = {},
-                          .rules = verb.rules};
+                          .rules = verb.rules,
+                          .aliases = verb.aliases,
+                          .examples = verb.examples};
     for (const auto* option : static_cast<const CLI::App&>(parser).get_options()) {
         if (option->get_positional()) {
             found.words.push_back(
@@ -58,9 +60,12 @@ std::vector<VerbDescription> describe(const std::vector<Verb>& verbs,
 
 std::vector<std::string> firstWords(const std::vector<VerbDescription>& verbs) {
     std::vector<std::string> words;
+    const auto add = [&](const std::string& word) {
+        if (std::ranges::find(words, word) == words.end()) words.push_back(word);
+    };
     for (const auto& verb : verbs) {
-        const auto word = verb.firstWord();
-        if (std::find(words.begin(), words.end(), word) == words.end()) words.push_back(word);
+        add(verb.firstWord());
+        for (const auto& alias : verb.aliases) add(alias);
     }
     return words;
 }
@@ -76,8 +81,9 @@ std::vector<const VerbDescription*> verbsBelow(const std::vector<VerbDescription
 
 const VerbDescription* findVerb(const std::vector<VerbDescription>& verbs,
                                 const std::string& name) {
-    const auto found = std::find_if(verbs.begin(), verbs.end(),
-                                    [&](const auto& verb) { return verb.name == name; });
+    const auto found = std::find_if(verbs.begin(), verbs.end(), [&](const auto& verb) {
+        return verb.name == name || std::ranges::find(verb.aliases, name) != verb.aliases.end();
+    });
     return found == verbs.end() ? nullptr : &*found;
 }
 
@@ -88,6 +94,12 @@ std::string summaryOf(const std::vector<VerbDescription>& verbs, const std::stri
     std::vector<std::string> words;
     for (const auto* verb : below) words.push_back(verb->secondWord());
     return options::spokenList(words);
+}
+
+std::vector<std::string> namesOf(const VerbDescription& verb) {
+    std::vector<std::string> names{verb.name};
+    names.insert(names.end(), verb.aliases.begin(), verb.aliases.end());
+    return names;
 }
 
 std::string joined(const std::vector<std::string>& words, const std::string& separator) {

@@ -33,6 +33,8 @@ struct VerbDescription {
     std::vector<OptionDescription> options;
     std::vector<WordDescription> words; ///< those without an option, in order
     options::Rules rules{};
+    std::vector<std::string> aliases{};
+    std::vector<std::string> examples{}; ///< whole command lines
 
     /// "create" for "create app".
     std::string firstWord() const;
@@ -49,10 +51,13 @@ std::vector<std::string> firstWords(const std::vector<VerbDescription>& verbs);
 /// What can follow `first`; empty where it is a verb and nothing else.
 std::vector<const VerbDescription*> verbsBelow(const std::vector<VerbDescription>& verbs,
                                                const std::string& first);
-/// The verb called so; null without one.
+/// The verb called so, also by an alias; null without one.
 const VerbDescription* findVerb(const std::vector<VerbDescription>& verbs, const std::string& name);
 /// What `first` is about: the summary of the verb, or what can follow it.
 std::string summaryOf(const std::vector<VerbDescription>& verbs, const std::string& first);
+
+/// The name of the verb and its aliases.
+std::vector<std::string> namesOf(const VerbDescription& verb);
 
 /// "a b c".
 std::string joined(const std::vector<std::string>& words, const std::string& separator = " ");

@@ -13,12 +13,12 @@ constexpr const char* head = R"sh(#compdef korvane
 _korvane_texts() {
     local -a texts
     texts=(${(f)"$(korvane $1 --json 2>/dev/null |
-        sed -n 's/^ *"'$2'": "\([^"\\]*\)",\{0,1\}$/\1/p')"})
+        sed -n 's/^    "'$2'": "\([^"\\]*\)",\{0,1\}$/\1/p')"})
     compadd -a texts
 }
 
 _korvane_instances() {
-    _korvane_texts list displayName
+    _korvane_texts list name
     _files -g '*.app(-/)'
 }
 
@@ -87,7 +87,9 @@ std::string optionArguments(const OptionDescription& option, const std::vector<s
 }
 
 std::string arguments(const VerbDescription& verb, const std::vector<std::string>& keys) {
-    std::string text = "    " + shellQuoted(verb.name) + ")\n        _arguments";
+    std::vector<std::string> names;
+    for (const auto& name : namesOf(verb)) names.push_back(shellQuoted(name));
+    std::string text = "    " + joined(names, " | ") + ")\n        _arguments";
     for (const auto& option : verb.options) text += optionArguments(option, keys);
     const bool isByPosition = verb.rules.apart == options::Apart::byPosition;
     std::size_t number = 0;

@@ -6,13 +6,24 @@
 
 #include <iostream>
 
-// korvane-documents SHEET BASH ZSH FISH MANUAL: writes the completions and the manual to the named
-// files. A tool of the build, which is not installed.
+// korvane-documents SHEET BASH ZSH FISH MANUAL: writes the completions to the named files, and the
+// pages of the manual into the folder MANUAL, where those of an earlier build make way. A tool of
+// the build, which is not installed.
 
 namespace {
 
 namespace documents = korvane::documents;
 namespace fileSystem = ambrel::fileSystem;
+
+void writePages(const ambrel::Path& folder, const std::map<std::string, std::string>& pages) {
+    for (const auto& name : fileSystem::list(folder)) {
+        const bool isOld = name.starts_with("korvane-") && !pages.contains(name);
+        if (isOld) fileSystem::removeItem(ambrel::paths::join(folder, name));
+    }
+    for (const auto& [name, text] : pages) {
+        fileSystem::replace(ambrel::paths::join(folder, name), text);
+    }
+}
 
 void writeAll(const std::vector<ambrel::Path>& files) {
     const korvane::Surroundings surroundings{.input = std::cin,
@@ -25,7 +36,7 @@ void writeAll(const std::vector<ambrel::Path>& files) {
     fileSystem::replace(files[1], documents::bashCompletion(data));
     fileSystem::replace(files[2], documents::zshCompletion(data));
     fileSystem::replace(files[3], documents::fishCompletion(data));
-    fileSystem::replace(files[4], documents::manual(fileSystem::read(files[0]), data.verbs));
+    writePages(files[4], documents::manual(fileSystem::read(files[0]), data.verbs));
 }
 
 } // namespace
