@@ -138,6 +138,29 @@ class Installation(unittest.TestCase):
             self.assertIn("shareUserFolders", text, f"in {name}")
         self.assertEqual(re.findall("@.*@", (share / "man/man1/korvane.1").read_text()), [])
 
+    def test_every_command_has_a_page_of_the_manual(self):
+        pages = self.prefix / "share" / "man" / "man1"
+        help = self.user.run(self.prefix / "bin" / "korvane", "--help")
+        commands = re.findall("^  ([a-z]+(?: [a-z]+)?)(?:, [a-z]+)?  +[A-Z]", help, re.MULTILINE)
+        self.assertIn("create app", commands)
+        for command in commands:
+            page = pages / f"korvane-{command.replace(' ', '-')}.1"
+            shown = self.user.run("env", "MANPAGER=cat", "MANWIDTH=80", "man", "--warnings",
+                                  f"--manpath={self.prefix}/share/man", page.stem)
+            self.assertIn(f"korvane {command}", shown)
+
+    def test_what_was_installed_can_be_taken_away_again(self):
+        prefix = self.user.root / "passing"
+        (prefix / "bin").mkdir(parents=True)
+        (prefix / "bin" / "other").write_text("another's")
+        self.user.run("cmake", "--install", os.environ["BUILD_FOLDER"], "--prefix", prefix)
+        self.assertTrue((prefix / "bin" / "korvane").exists())
+
+        self.user.run("cmake", "--build", os.environ["BUILD_FOLDER"], "--target", "uninstall")
+
+        left = sorted(str(file.relative_to(prefix)) for file in prefix.rglob("*"))
+        self.assertEqual(left, ["bin", "bin/other"])
+
     def test_the_installed_manager_finds_the_installed_runner(self):
         bundle = self.user.run(self.prefix / "bin" / "korvane", "create", "command", "Hello",
                                "/bin/echo", "hello").rstrip("\n")
