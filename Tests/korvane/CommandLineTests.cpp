@@ -84,6 +84,22 @@ TEST_CASE("ls and rm are list and delete, and help says so") {
     CHECK(says(manager.refusal({"lz"}, 2), "Did you mean \"ls\"?"));
 }
 
+TEST_CASE("mv gives an instance another name, as edit does") {
+    const Manager manager;
+    manager.create({"command", "Work", aProgram});
+    const auto before = manager.json({"show", "Work", "--json"});
+
+    const auto renamed = manager.json({"mv", "Work", "Office", "--json"});
+
+    CHECK(renamed["name"] == "Office");
+    CHECK(renamed["identifier"] == before["identifier"]);
+    CHECK(renamed["home"] == before["home"]);
+    CHECK(renamed == manager.json({"show", "Office", "--json"}));
+    manager.create({"command", "Work", aProgram, "--home", "~/other"});
+    CHECK(says(manager.refusal({"mv", "Work", "Office"}), "Office"));
+    manager.refusal({"mv", "Work"}, 2);
+}
+
 TEST_CASE("help speaks of this system's desktop") {
     const Manager manager;
     for (const auto& verb : verbs) {

@@ -17,6 +17,7 @@
 #include "korvane/Verbs/ListVerb.h"
 #include "korvane/Verbs/LogsVerb.h"
 #include "korvane/Verbs/MigrateVerb.h"
+#include "korvane/Verbs/MoveVerb.h"
 #include "korvane/Verbs/OpenVerb.h"
 #include "korvane/Verbs/ProfileVerb.h"
 #include "korvane/Verbs/RegisterVerb.h"
@@ -67,6 +68,7 @@ std::vector<Verb> allVerbs() {
         stopVerb(),
         logsVerb(),
         editVerb(),
+        moveVerb(),
         migrateVerb(),
         registerVerb(),
         unregisterVerb(),

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "korvane/CommandLine/Verb.h"
+
+namespace korvane {
+
+Verb moveVerb();
+
+} // namespace korvane
