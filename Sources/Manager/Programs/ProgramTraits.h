@@ -29,12 +29,13 @@ struct WindowNaming {
 /// macOS nothing is.
 WindowNaming windowNamingOf(const ambrel::Path& started, const ambrel::Path& program);
 
-/// The variables by which `started` is told the name to start its program by, where it is a launcher
-/// of ours that passes one on; empty for anything else.
+/// The variables by which `started` is told the name to start its program by, where it is a
+/// launcher of ours that passes one on; empty for anything else.
 std::vector<std::string> launcherVariables(const ambrel::Path& started);
 
-/// Whether `program` is of the kind that registers on the session bus when it starts, and by default
-/// leaves its work to a copy that is registered already. On Linux by what it calls (GApplication).
+/// Whether `program` is of the kind that registers on the session bus when it starts, and by
+/// default leaves its work to a copy that is registered already. On Linux by what it calls
+/// (GApplication).
 bool registersOnBus(const ambrel::Path& program);
 
 /// The arguments that give the windows of programs with this engine the name `name`; none where the

@@ -84,8 +84,7 @@ Verb inspectVerb() {
                 };
                 const auto given = std::make_shared<Given>();
                 options::text(app, "APP", given->name,
-                              "The bundle's path, or a name or identifier that \"korvane apps\" "
-                              "lists")
+                              "The application, by any name that its program has, or its path")
                     ->required();
                 options::flag(app, "--no-profile", given->noProfile,
                               "Without the profile and a name of their own for the windows");
