@@ -48,6 +48,25 @@ TEST_CASE("no applications is an empty result and a hint") {
     CHECK(manager.result({"apps", "--in", "nowhere", "--json"}) == "[]\n");
 }
 
+TEST_CASE("apps lists the installed programs of menus too, by the words that find them") {
+    const Manager manager;
+    const std::string head = "[Desktop Entry]\nType=Application\nExec=/bin/true\n";
+    const auto file = writeFile(manager.tmp / "share/applications/org.example.Reader.desktop",
+                                head + "Name=Letter Reader\n");
+    writeFile(manager.tmp / "share/applications/hidden.desktop",
+              head + "Name=Hidden\nNoDisplay=true\n");
+
+    CHECK(
+        manager.json({"apps", "--programs", "--json"}) ==
+        nlohmann::json::array(
+            {{{"name", "Letter Reader"}, {"identifier", "org.example.Reader"}, {"entry", file}}}));
+    CHECK(contains(manager.result({"apps", "--programs"}), "Letter Reader  org.example.Reader  "));
+    manager.refusal({"apps", "--programs", "--in", "."}, 2);
+    for (const std::string word : {"Letter Reader", "org.example.Reader"}) {
+        manager.result({"adopt", word, "--into", manager.tmp / ("into " + word)});
+    }
+}
+
 TEST_CASE("apps survives file names that are not UTF-8") {
     const Manager manager;
     AppBundleBuilder(manager.tmp / "more/bad\xff.app").write();

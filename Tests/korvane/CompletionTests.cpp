@@ -60,6 +60,8 @@ struct Shell {
         manager.create({"command", "Two words", aProgram});
         manager.create({"command", "Other", aProgram});
         manager.installApp("Mail", "org.example.mail");
+        writeFile(manager.tmp / "share/applications/org.example.Reader.desktop",
+                  "[Desktop Entry]\nType=Application\nName=Letter Reader\nExec=/bin/true\n");
         writeFile(folder + "/afile.txt", "");
         writeFile(folder + "/afolder/inside", "");
         writeFile(bin + "/korvane",
@@ -183,6 +185,16 @@ TEST_CASE("bash completes what a command takes at each place") {
         {{"show", "afi"}, {"afile.txt"}},
         {{"show", "Other", "O"}, {}},
         {{"create", "app", "New", "Ma"}, {"Mail"}},
+        {{"create", "app", "New", "org.example.m"}, {"org.example.mail"}},
+        {{"create", "app", "New", "org.example.R"}, {"org.example.Reader"}},
+        {{"create", "app", "New", "Le"}, {"Letter Reader"}},
+        {{"create", "app", "New", "afi"}, {}},
+        {{"create", "app", "New", "./afi"}, {"./afile.txt"}},
+        {{"adopt", "Le"}, {"Letter Reader"}},
+        {{"adopt", "org.ex"}, {"org.example.Reader"}},
+        {{"adopt", "Ma"}, {}},
+        {{"adopt", "afi"}, {}},
+        {{"adopt", "./afi"}, {"./afile.txt"}},
         {{"create", "app", "--home", "x", "New", "Ma"}, {"Mail"}},
         {{"create", "app", "--home", "a"}, {"afolder"}},
         {{"create", "app", "--home", "=", "a"}, {"afolder"}},
@@ -207,7 +219,7 @@ TEST_CASE("bash completes what a command takes at each place") {
         CAPTURE(row.words);
         CHECK(shell.bash(row.words) == row.offered);
     }
-    CHECK(holds(shell.bash({"adopt", "bas"}), "bash"));
+    CHECK(holds(shell.bash({"create", "command", "New", "bas"}), "bash"));
     CHECK(shell.bash({"edit", "Other", "--set", ""}) == edit::keys());
 }
 
@@ -223,6 +235,10 @@ TEST_CASE("fish completes what a command takes at each place") {
     CHECK(holds(shell.fish("korvane rm Tw"), "Two words"));
     CHECK(shell.fish("korvane show Other O") == Strings{});
     CHECK(holds(shell.fish("korvane create app --home x New Ma"), "Mail"));
+    CHECK(shell.fish("korvane create app New Lett") == Strings{"Letter Reader"});
+    CHECK(shell.fish("korvane adopt org.ex") == Strings{"org.example.Reader"});
+    CHECK(shell.fish("korvane adopt afi") == Strings{});
+    CHECK(shell.fish("korvane adopt ./afi") == Strings{"./afile.txt"});
     CHECK(holds(shell.fish("korvane create app --icon afi"), "afile.txt"));
     CHECK(holds(shell.fish("korvane create web --home a"), "afolder/"));
     CHECK(shell.fish("korvane create app --strategy wr") == Strings{"wrapper-identity"});
@@ -243,6 +259,10 @@ TEST_CASE("zsh completes what a command takes at each place") {
     CHECK(shell.zsh("korvane show Tw") == Strings{"Two\\ words"});
     CHECK(shell.zsh("korvane rm Tw") == Strings{"Two\\ words"});
     CHECK(holds(shell.zsh("korvane create app --home x New Ma"), "Mail"));
+    CHECK(shell.zsh("korvane create app New Lett") == Strings{"Letter\\ Reader"});
+    CHECK(shell.zsh("korvane adopt org.ex") == Strings{"org.example.Reader"});
+    CHECK(shell.zsh("korvane adopt afi") == Strings{});
+    CHECK(holds(shell.zsh("korvane adopt ./afi"), "afile.txt"));
     CHECK(holds(shell.zsh("korvane create app --icon afi"), "afile.txt"));
     CHECK(holds(shell.zsh("korvane create web --home a"), "afolder"));
     CHECK(shell.zsh("korvane create app --strategy wr") == Strings{"wrapper-identity"});

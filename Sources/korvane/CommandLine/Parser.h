@@ -14,7 +14,8 @@ enum class Takes {
     instance,
     application,
     program,
-    file, ///< or a folder
+    installed, ///< a program that can become an application
+    file,      ///< or a folder
     folder,
     address,
     key, ///< of the configuration

@@ -9,10 +9,13 @@ namespace {
 constexpr const char* head =
     R"sh(# Completion of korvane for bash. Made from the commands of korvane when it was built.
 
-# What "korvane COMMAND --json" has for a key, one on a line; what has escapes is left to be typed.
+# What "korvane COMMAND… --json" has for the keys KEY|KEY, one on a line; what has escapes is left to
+# be typed.
 _korvane_texts() {
-    korvane "$1" --json 2>/dev/null |
-        sed -n 's/^    "'"$2"'": "\([^"\\]*\)",\{0,1\}$/\1/p'
+    local keys=$1
+    shift
+    korvane "$@" --json 2>/dev/null |
+        sed -nE 's/^    "('"$keys"')": "([^"\\]*)",?$/\2/p'
 }
 
 # Takes the arguments of compgen, one match on a line.
@@ -36,8 +39,17 @@ _korvane_offer_taken() {
     choice) _korvane_offer -W "$choices" -- "$word" && return ;;
     key) _korvane_offer -W "$keys" -- "$word" && return ;;
     folder) _korvane_offer -d -- "$word" && return ;;
-    instance) _korvane_offer_lines "$word" < <(_korvane_texts list name) ;;
-    application) _korvane_offer_lines "$word" < <(_korvane_texts apps name) ;;
+    instance) _korvane_offer_lines "$word" < <(_korvane_texts name list) ;;
+    application | installed)
+        _korvane_offer_lines "$word" < <(
+            {
+                [[ $taken == installed ]] || _korvane_texts 'name|identifier' apps
+                _korvane_texts 'name|identifier' apps --programs
+            } | sort -u
+        )
+        # Files only where a path is begun.
+        [[ $word == */* || $word == [.~]* ]] || return
+        ;;
     program) [[ -n $word && $word != */* ]] && _korvane_offer -c -- "$word" ;;
     esac
     # A bundle, document or program by its path.
@@ -112,6 +124,8 @@ std::string nameOf(Takes takes) {
         return "application";
     case Takes::program:
         return "program";
+    case Takes::installed:
+        return "installed";
     case Takes::file:
     case Takes::address: // of a page on this machine, as far as the shell can know
         return "file";

@@ -9,10 +9,16 @@ namespace {
 constexpr const char* head =
     R"sh(# Completion of korvane for fish. Made from the commands of korvane when it was built.
 
-# What "korvane COMMAND --json" has for a key; what has escapes is left to be typed.
+# What "korvane COMMAND… --json" has for the keys KEY|KEY; what has escapes is left to be typed.
 function __korvane_texts
-    korvane $argv[1] --json 2>/dev/null |
-        string replace --filter --regex '^    "'$argv[2]'": "([^"\\\\]*)",?$' '$1'
+    korvane $argv[2..] --json 2>/dev/null |
+        string replace --filter --regex '^    "(?:'$argv[1]')": "([^"\\\\]*)",?$' '$1'
+end
+
+function __korvane_begun_path
+    # Files only where a path is begun.
+    set -l word (commandline -ct)
+    string match -q -r '/|^[.~]' -- $word; and __fish_complete_path $word
 end
 
 function __korvane_is
@@ -84,9 +90,13 @@ std::string offer(const Values& values, const std::vector<std::string>& keys) {
     case Takes::text:
         return {};
     case Takes::instance:
-        return " -a '(__korvane_texts list name)'";
+        return " -a '(__korvane_texts name list)'";
     case Takes::application:
-        return " -F -a '(__korvane_texts apps name)'";
+        return " -a '(__korvane_texts \"name|identifier\" apps; __korvane_texts "
+               "\"name|identifier\" "
+               "apps --programs; __korvane_begun_path)'";
+    case Takes::installed:
+        return " -a '(__korvane_texts \"name|identifier\" apps --programs; __korvane_begun_path)'";
     case Takes::program:
         return " -F -a '(__fish_complete_command)'";
     case Takes::file:

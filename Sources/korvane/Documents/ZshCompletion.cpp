@@ -9,22 +9,34 @@ namespace {
 constexpr const char* head = R"sh(#compdef korvane
 # Completion of korvane for zsh. Made from the commands of korvane when it was built.
 
-# What "korvane COMMAND --json" has for a key; what has escapes is left to be typed.
+# What "korvane COMMAND… --json" has for the keys KEY|KEY; what has escapes is left to be typed.
 _korvane_texts() {
+    local keys=$1
+    shift
     local -a texts
-    texts=(${(f)"$(korvane $1 --json 2>/dev/null |
-        sed -n 's/^    "'$2'": "\([^"\\]*\)",\{0,1\}$/\1/p')"})
+    texts=(${(f)"$(korvane $@ --json 2>/dev/null |
+        sed -nE 's/^    "('$keys')": "([^"\\]*)",?$/\2/p')"})
     compadd -a texts
 }
 
 _korvane_instances() {
-    _korvane_texts list name
+    _korvane_texts name list
     _files -g '*.app(-/)'
 }
 
+# Files only where a path is begun.
+_korvane_begun_path() {
+    [[ $PREFIX == (*/*|[.~]*) ]] && _files
+}
+
 _korvane_applications() {
-    _korvane_texts apps name
-    _files
+    _korvane_texts 'name|identifier' apps
+    _korvane_installed
+}
+
+_korvane_installed() {
+    _korvane_texts 'name|identifier' apps --programs
+    _korvane_begun_path
 }
 
 _korvane_programs() {
@@ -54,6 +66,8 @@ std::string actionFor(const Values& values, const std::vector<std::string>& keys
         return "_korvane_applications";
     case Takes::program:
         return "_korvane_programs";
+    case Takes::installed:
+        return "_korvane_installed";
     case Takes::file:
         return "_files";
     case Takes::folder:

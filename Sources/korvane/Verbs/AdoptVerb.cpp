@@ -64,25 +64,26 @@ int adoptProgram(const AdoptOptions& options, const Surroundings& surroundings) 
 } // namespace
 
 Verb adoptVerb() {
-    return {
-        "adopt",
-        "Make an application bundle out of an installed program.",
-        {"korvane adopt chromium",
-         "korvane adopt /usr/share/applications/firefox-esr.desktop --into ~/Applications",
-         "korvane adopt /usr/bin/xterm"},
-        [](CLI::App& app, const Surroundings& surroundings) -> Action {
-            const auto given = std::make_shared<AdoptOptions>();
-            options::text(app, "PROGRAM", given->program,
-                          "Its name in the menu, a desktop id, a command, or the path of a desktop "
-                          "entry or program")
-                ->required();
-            options::text(app, "--into", given->into,
-                          "Where the bundle goes (default: ~/Applications)")
-                ->type_name("DIR");
-            options::asJson(app, given->asJson);
-            return
-                [given, &surroundings](const auto&) { return adoptProgram(*given, surroundings); };
-        }};
+    return {"adopt",
+            "Make an application bundle out of an installed program.",
+            {"korvane adopt chromium",
+             "korvane adopt /usr/share/applications/firefox-esr.desktop --into ~/Applications",
+             "korvane adopt /usr/bin/xterm"},
+            [](CLI::App& app, const Surroundings& surroundings) -> Action {
+                const auto given = std::make_shared<AdoptOptions>();
+                auto* program = options::text(
+                    app, "PROGRAM", given->program,
+                    "Its name in the menu, a desktop id, a command, or the path of a desktop "
+                    "entry or program");
+                options::taking(app, program->required(), {Takes::installed});
+                options::text(app, "--into", given->into,
+                              "Where the bundle goes (default: ~/Applications)")
+                    ->type_name("DIR");
+                options::asJson(app, given->asJson);
+                return [given, &surroundings](const auto&) {
+                    return adoptProgram(*given, surroundings);
+                };
+            }};
 }
 
 } // namespace korvane

@@ -1,7 +1,9 @@
 #include "korvane/Verbs/AppsVerb.h"
 
 #include "Ambrel/Application/AppCatalog.h"
+#include "Manager/Programs/Adoption.h"
 #include "korvane/CommandLine/Options.h"
+#include "korvane/CommandLine/UsageError.h"
 #include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Messages.h"
 #include "korvane/Output/Table.h"
@@ -29,9 +31,41 @@ std::vector<AppCatalog::InstalledApp> scan(const std::vector<std::string>& folde
     return apps;
 }
 
-int apps(const std::vector<std::string>& folders, bool asJson, const Surroundings& surroundings) {
-    const auto found = scan(folders, surroundings);
+struct AppsOptions {
+    std::vector<std::string> folders;
+    bool programs = false;
+    bool asJson = false;
+};
+
+/// Those that menus have, under the words that "adopt" and "create app" find them by.
+int listInstalled(bool asJson, const Surroundings& surroundings) {
+    auto array = nlohmann::json::array();
+    Table table;
+    table.add({"NAME", "IDENTIFIER", "ENTRY"});
+    for (const auto& program : listPrograms(surroundings.user, surroundings.environment)) {
+        if (!program.isShown || !program.isUsable) continue;
+        array.push_back({{"name", json::text(program.name)},
+                         {"identifier", json::text(program.id)},
+                         {"entry", json::text(program.file)}});
+        table.add({program.name, program.id, program.file});
+    }
     if (asJson) {
+        json::write(array, surroundings.results);
+    } else if (array.empty()) {
+        say(surroundings, "No programs found.");
+    } else {
+        table.write(surroundings.results, surroundings.width);
+    }
+    return 0;
+}
+
+int apps(const AppsOptions& options, const Surroundings& surroundings) {
+    if (options.programs && !options.folders.empty()) {
+        throw UsageError("--in is for applications, not for --programs.");
+    }
+    if (options.programs) return listInstalled(options.asJson, surroundings);
+    const auto found = scan(options.folders, surroundings);
+    if (options.asJson) {
         auto array = nlohmann::json::array();
         for (const auto& app : found) array.push_back(json::app(app));
         json::write(array, surroundings.results);
@@ -56,18 +90,16 @@ Verb appsVerb() {
             "List the applications that instances can be made of.",
             {"korvane apps", "korvane apps --in ~/Applications --json"},
             [](CLI::App& app, const Surroundings& surroundings) -> Action {
-                struct Given {
-                    std::vector<std::string> folders;
-                    bool asJson = false;
-                };
-                const auto given = std::make_shared<Given>();
+                const auto given = std::make_shared<AppsOptions>();
                 options::texts(app, "--in", given->folders,
                                "Look in this folder instead of the usual ones")
                     ->type_name("DIR");
+                if (adoptionIsOffered()) {
+                    options::flag(app, "--programs", given->programs,
+                                  "List the installed programs that can become applications");
+                }
                 options::asJson(app, given->asJson);
-                return [given, &surroundings](const auto&) {
-                    return apps(given->folders, given->asJson, surroundings);
-                };
+                return [given, &surroundings](const auto&) { return apps(*given, surroundings); };
             }};
 }
 
