@@ -59,6 +59,7 @@ TEST_CASE("migrate moves nothing to the place of a disk that is not there") {
 
     CHECK(done.status == 1);
     CHECK(says(done.error, "could not be moved and stays in"));
+    CHECK(says(done.error, (manager.tmp / "media/disk/Documents") + " is not there."));
     CHECK(readFile(letter) == "dear");
     CHECK_FALSE(isThere(manager.tmp / "media"));
 }

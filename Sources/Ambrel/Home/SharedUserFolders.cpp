@@ -1,5 +1,6 @@
 #include "Ambrel/Home/SharedUserFolders.h"
 
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Home/UserFolders.h"
 #include "Ambrel/Platform/FileSystem.h"
@@ -22,6 +23,19 @@ template <class Step> bool succeeds(const Step& step) noexcept {
     } catch (const std::exception&) {
         return false;
     }
+}
+
+/// The same, with what went wrong told to whoever wants to know.
+template <class Step> bool succeeds(const Step& step, const SharedUserFolders::Obstacle& obstacle) {
+    std::string sentence;
+    try {
+        step();
+        return true;
+    } catch (const std::exception& error) {
+        sentence = error.what();
+    }
+    if (obstacle) obstacle(sentence);
+    return false;
 }
 
 /// An unlistable folder counts as empty; it is only ever removed by means that spare its contents.
@@ -54,21 +68,25 @@ Path uniqueDestination(const Path& path) {
     return candidate;
 }
 
-bool moveInto(const Path& source, const Path& destination, const std::string& entry) {
-    return succeeds([&] {
-        fileSystem::move(paths::join(source, entry),
-                         uniqueDestination(paths::join(destination, entry)));
-    });
+bool moveInto(const Path& source, const Path& destination, const std::string& entry,
+              const SharedUserFolders::Obstacle& obstacle) {
+    return succeeds(
+        [&] {
+            fileSystem::move(paths::join(source, entry),
+                             uniqueDestination(paths::join(destination, entry)));
+        },
+        obstacle);
 }
 
 /// Empties `source` into `destination` and returns how many entries were moved.
-int moveEntries(const Path& source, const Path& destination) {
-    succeeds([&] { fileSystem::createFolders(destination); });
+int moveEntries(const Path& source, const Path& destination,
+                const SharedUserFolders::Obstacle& obstacle) {
+    succeeds([&] { fileSystem::createFolders(destination); }, obstacle);
     int moved = 0;
     for (const auto& entry : entriesOf(source)) {
         if (entry == ".DS_Store") {
             removeIfPossible(paths::join(source, entry));
-        } else if (moveInto(source, destination, entry)) {
+        } else if (moveInto(source, destination, entry, obstacle)) {
             ++moved;
         }
     }
@@ -106,7 +124,8 @@ bool mayBeLinked(const Path& source, const Path& destination) {
 /// Migrates each shared folder of `home` into the one that `destinationOf` gives for its name, if
 /// any.
 template <class DestinationOf>
-std::map<std::string, int> migrateEach(const Path& home, const DestinationOf& destinationOf) {
+std::map<std::string, int> migrateEach(const Path& home, const DestinationOf& destinationOf,
+                                       const SharedUserFolders::Obstacle& obstacle = {}) {
     std::map<std::string, int> counts;
     if (home.empty()) return counts;
     for (const auto name : SharedUserFolders::names) {
@@ -115,7 +134,7 @@ std::map<std::string, int> migrateEach(const Path& home, const DestinationOf& de
         if (!destination || fileSystem::kindOf(source) == ItemKind::symbolicLink) continue;
         if (fileSystem::mayBeSameItem(source, *destination)) continue; // the user's own home
         if (fileSystem::exists(source)) {
-            counts[std::string(name)] = moveEntries(source, *destination);
+            counts[std::string(name)] = moveEntries(source, *destination, obstacle);
         }
         if (mayBeLinked(source, *destination)) {
             SharedUserFolders::linkIfSafe(source, *destination);
@@ -153,12 +172,17 @@ bool SharedUserFolders::needsMigration(const Path& home, const UserPlaces& user)
     return isNeeded;
 }
 
-std::map<std::string, int> SharedUserFolders::migrate(const Path& home, const UserPlaces& user) {
+std::map<std::string, int> SharedUserFolders::migrate(const Path& home, const UserPlaces& user,
+                                                      const Obstacle& obstacle) {
     UserFolders own(user, home);
-    return migrateEach(home, [&](std::string_view name) {
+    const auto destinationOf = [&](std::string_view name) -> std::optional<Path> {
         auto place = own.find(name);
-        return place && isReachable(*place, user) ? std::move(place) : std::nullopt;
-    });
+        if (!place || isReachable(*place, user)) return place;
+        const bool isNeeded = fileSystem::exists(paths::join(home, name));
+        if (obstacle && isNeeded) obstacle(utf8::oneLine(*place) + " is not there.");
+        return std::nullopt;
+    };
+    return migrateEach(home, destinationOf, obstacle);
 }
 
 std::map<std::string, int> SharedUserFolders::migrate(const Path& home, const Path& into) {

@@ -3,6 +3,7 @@
 #include "Ambrel/Platform/UserPlaces.h"
 
 #include <array>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -16,6 +17,8 @@ struct SharedUserFolders {
 
     /// The user's folders that instances share, in the order in which they are handled.
     static constexpr std::array<std::string_view, 3> names{"Downloads", "Documents", "Desktop"};
+
+    using Obstacle = std::function<void(const std::string& sentence)>;
 
     /// Links each shared folder of `home` to the user's own by the rule of linkIfSafe. Which one
     /// that is, and whether it is shared at all, is told by UserFolders; the links keep their
@@ -33,8 +36,10 @@ struct SharedUserFolders {
 
     /// Moves what private copies of the shared folders hold into the user's own folders, under new
     /// names where a name is taken, and links them. Returns the number of moved items for each
-    /// folder that existed as a real one. What cannot be moved stays where it is.
-    static std::map<std::string, int> migrate(const Path& home, const UserPlaces& user);
+    /// folder that existed as a real one. What cannot be moved stays where it is, and `obstacle` is
+    /// told why, in a sentence that names it.
+    static std::map<std::string, int> migrate(const Path& home, const UserPlaces& user,
+                                              const Obstacle& obstacle = {});
     /// The same with `into` in place of the user's home.
     static std::map<std::string, int> migrate(const Path& home, const Path& into);
 };

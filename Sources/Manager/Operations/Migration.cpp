@@ -82,14 +82,18 @@ Migrated perform(const MigrationPlan& plan, const UserPlaces& user) {
     requireSameDestinations(plan, user);
     Migrated migrated{.record = plan.record, .folders = {}, .failure = {}};
     ambrel::UserFolders own(user, home);
-    for (const auto& [name, count] : SharedUserFolders::migrate(home, user)) {
+    std::string reason;
+    const auto obstacle = [&reason](const std::string& sentence) {
+        if (reason.empty()) reason = " " + sentence;
+    };
+    for (const auto& [name, count] : SharedUserFolders::migrate(home, user, obstacle)) {
         migrated.folders.push_back(
             {name, own.find(name).value_or(name), static_cast<std::size_t>(count)});
     }
     if (SharedUserFolders::needsMigration(home, user)) {
         migrated.failure = Refusal(Kind::notAllMoved, home,
                                    "Something could not be moved and stays in " +
-                                       ambrel::utf8::oneLine(home) + ".");
+                                       ambrel::utf8::oneLine(home) + "." + reason);
     }
     return migrated;
 }

@@ -60,6 +60,9 @@ TEST_CASE("what cannot be moved stays, and is told as a failure") {
     REQUIRE(migrated.failure);
     CHECK(migrated.failure->kind == Kind::notAllMoved);
     CHECK(migrated.failure->subject == scene.homeOf());
+    CHECK(contains(migrated.failure->sentence(), "stays in " + scene.homeOf() + ". Cannot"));
+    CHECK(contains(migrated.failure->sentence(), scene.home / "Documents"));
+    CHECK(isOneLine(migrated.failure->sentence()));
     CHECK(readFile(scene.letter) == "dear");
 }
 
