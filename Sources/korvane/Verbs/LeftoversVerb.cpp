@@ -130,7 +130,8 @@ Verb leftoversDeleteVerb() {
                 options::taking(app,
                                 options::texts(app, "HOME", given->homes,
                                                "The path, or the name in ~/KorvaneInstances")
-                                    ->required(),
+                                    ->required()
+                                    ->expected(-1),
                                 {Takes::folder});
                 options::flag(app, "-y,--yes", given->yes, "Do not ask");
                 options::flag(app, "--no-input", given->noInput, "Refuse instead of asking");
