@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <cstddef>
 #include <exception>
+#include <mutex>
 #include <optional>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace ambrel {
@@ -24,10 +27,10 @@ public:
     ~SideBySide() = default;
 
     void run() {
-        std::vector<std::jthread> helpers; // joined at the end, however that comes
+        Helpers helpers;
         const StopAtEnd stop(next_, slots_.size());
         for (std::size_t i = 1; i < threads(); ++i) {
-            helpers.emplace_back([this] {
+            helpers.threads.emplace_back([this] {
                 while (workOnNext()) {
                 }
             });
@@ -35,7 +38,7 @@ public:
         for (auto& slot : slots_) {
             while (!slot.isDone.load() && workOnNext()) {
             }
-            slot.isDone.wait(false);
+            awaitEnd(slot);
             if (slot.error) std::rethrow_exception(slot.error);
             take_(std::move(*slot.result));
         }
@@ -46,6 +49,17 @@ private:
         std::optional<Result> result;
         std::exception_ptr error;
         std::atomic<bool> isDone = false;
+    };
+    /// Joined at the end, however that comes.
+    struct Helpers {
+        Helpers() = default;
+        Helpers(const Helpers&) = delete;
+        Helpers& operator=(const Helpers&) = delete;
+        ~Helpers() {
+            for (auto& thread : threads) thread.join();
+        }
+
+        std::vector<std::thread> threads;
     };
     /// After a failure nothing more is begun.
     struct StopAtEnd {
@@ -76,13 +90,23 @@ private:
         } catch (...) {
             slot.error = std::current_exception();
         }
-        slot.isDone.store(true);
-        slot.isDone.notify_one();
+        {
+            const std::lock_guard lock(mutex_);
+            slot.isDone.store(true);
+        }
+        ended_.notify_one();
         return true;
+    }
+
+    void awaitEnd(const Slot& slot) {
+        std::unique_lock lock(mutex_);
+        ended_.wait(lock, [&slot] { return slot.isDone.load(); });
     }
 
     std::vector<Slot> slots_;
     std::atomic<std::size_t> next_ = 0;
+    std::mutex mutex_;
+    std::condition_variable ended_; ///< of some work
     const Work& work_;
     const Take& take_;
 };
