@@ -145,13 +145,19 @@ void requireOpenedTypes(const CreationPlan& plan) {
                                    "cannot be offered for opening documents.");
 }
 
+/// Before what is kept of a replaced instance, which depends on whether it is of the same target.
+void setTarget(CreationPlan& plan, const UserPlaces& user, const Environment& environment) {
+    if (plan.request.kind != ambrel::ShortcutKind::app) return;
+    plan.target = targetOf(plan.request, user, environment);
+    plan.request.targetApp = plan.target->url;
+}
+
 void setSubject(CreationPlan& plan, const UserPlaces& user, const Environment& environment) {
     const auto& request = plan.request;
     auto& wrapper = plan.wrapper;
     wrapper.kind = request.kind;
     switch (request.kind) {
     case ambrel::ShortcutKind::app:
-        plan.target = targetOf(request, user, environment);
         wrapper.targetApp = plan.target->url;
         requireOpenedTypes(plan);
         break;
@@ -276,6 +282,7 @@ CreationPlan planCreation(const CreateRequest& request, const UserPlaces& user,
     wrapper.outputDir = request.outputFolder.value_or(WrapperFactory::defaultOutputDir(user));
     plan.bundle = BundleLayout::wrapper(*wrapper.outputDir, plan.request.name).bundle;
     plan.replaced = requireReplaceable(plan.bundle, request.existing, user);
+    setTarget(plan, user, environment);
     if (plan.replaced) plan.kept = keepParts(*plan.replaced, plan.request, user, environment);
     setLook(plan.request, wrapper);
     setPlaces(plan.request, wrapper);

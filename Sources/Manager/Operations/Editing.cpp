@@ -18,6 +18,7 @@
 #include "Manager/Rules/InfoPlistKeys.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/Running.h"
 #include "Manager/Rules/UserText.h"
 
 #include <algorithm>
@@ -232,6 +233,17 @@ Path writeBundle(const InstanceRecord& record, const InstanceConfig& wanted,
     return isMoved ? rebuilt.bundle : record.bundleURL;
 }
 
+/// What speaks against the new label or the new home.
+void addObstacles(Edited& edited, const UserPlaces& user) {
+    const auto& config = edited.record.config;
+    const bool isLabelled = config.iconLabel != edited.before.config.iconLabel;
+    auto unseen = isLabelled ? labelObstacle(edited.record) : std::nullopt;
+    if (unseen) edited.notices.push_back(std::move(*unseen));
+    if (!edited.homeChanged) return;
+    auto obstacle = homeObstacle(usableHome(config, user).value_or(""));
+    if (obstacle) edited.notices.push_back(std::move(*obstacle));
+}
+
 } // namespace
 
 std::string whyNotEdited(const std::string& name) {
@@ -248,6 +260,8 @@ Edited change(const InstanceRecord& record, const InstanceConfig& asked, const U
     requireSameBundle(record.config, wanted);
     requireHeededChanges(record.config, wanted);
     requireUsableHome(record, wanted, user);
+    // Its processes are told by where the bundle stands.
+    if (wanted.displayName != record.config.displayName) requireNotRunning(record, user);
     const auto entry = registration::findEntry(record, user);
     Edited edited{.before = record,
                   .record = {record.bundleURL, wanted},
@@ -262,13 +276,8 @@ Edited change(const InstanceRecord& record, const InstanceConfig& asked, const U
     append(edited.notices, isMoved ? presence::moved(entry, edited.record, user)
                                    : presence::changed(edited.record, user));
     append(edited.notices, noticesOnDropped(record, edited.record, user, environment));
-    const bool isLabelled = wanted.iconLabel != record.config.iconLabel;
-    auto unseen = isLabelled ? labelObstacle(edited.record) : std::nullopt;
-    if (unseen) edited.notices.push_back(std::move(*unseen));
-    if (!edited.homeChanged) return edited;
-    forgetHome(record.config, user);
-    auto obstacle = homeObstacle(usableHome(wanted, user).value_or(""));
-    if (obstacle) edited.notices.push_back(std::move(*obstacle));
+    if (edited.homeChanged) forgetHome(record.config, user);
+    addObstacles(edited, user);
     return edited;
 }
 

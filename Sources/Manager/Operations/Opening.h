@@ -36,9 +36,10 @@ enum class Opened {
 /// Starts the instance, looks at it for a moment and leaves it running. What its start writes goes
 /// to the instance's log; for a document, which has neither home nor log, it is only kept for the
 /// moment. Throws as requireOpenable() does, ChildProcessError, Refusal hasNoEffect for words that
-/// nobody would take and badPath for an empty one, and endedAtOnce, with the last lines that were written since the start, for a start that ended with another status than 0,
-/// and for an application of which nothing runs after it: it had nothing to show, or has handed
-/// over to a copy of its program outside the instance.
+/// nobody would take and badPath for an empty one, and endedAtOnce, with the last lines that were
+/// written since the start, for a start that ended with another status than 0, and for an
+/// application of which nothing runs after it: it had nothing to show, or has handed over to a copy
+/// of its program outside the instance.
 Opened open(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user,
             const OpenRequest& request = {});
 

@@ -13,11 +13,10 @@ namespace korvane::documents {
 ///     @pages@             references to all other pages
 /// and "korvane-VERB.1" with the options of each verb. Those that have their first word in common
 /// share a page, to which their whole names and aliases lead.
-/// "@version@" becomes the version wherever it stands. A line "@notes VERB@", "@notes VERB
-/// OPTION@",
-/// "@notes GROUP@" or "@notes GROUP OPTION@" begins text to be put behind what is written of that;
-/// the next such line ends it, or the end of the sheet. Throws std::runtime_error where notes are
-/// about nothing there is.
+/// "@version@" becomes the version wherever it stands. A line "@notes VERB@" begins text to be put
+/// behind what is written of that verb; "@notes VERB OPTION@", "@notes GROUP@" and "@notes GROUP
+/// OPTION@" do the same. The next such line ends it, or the end of the sheet. Throws
+/// std::runtime_error where notes are about nothing there is.
 std::map<std::string, std::string> manual(const std::string& sheet,
                                           const std::vector<VerbDescription>& verbs);
 

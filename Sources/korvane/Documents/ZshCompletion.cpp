@@ -111,9 +111,8 @@ std::string arguments(const VerbDescription& verb, const std::vector<std::string
         // Behind the word that begins with an exclusion of "-" no option is offered any more.
         const bool endsOptions = isByPosition && number + 1 == verb.rules.trailingAfter;
         const auto place = word.repeats ? "*" : std::to_string(++number);
-        text += " \\\n            " +
-                shellQuoted((endsOptions ? "(-)" : "") + place + ":" + word.name + ":" +
-                            actionFor(word.values, keys));
+        text += " \\\n            " + shellQuoted((endsOptions ? "(-)" : "") + place + ":" +
+                                                  word.name + ":" + actionFor(word.values, keys));
     }
     if (verb.rules.trailingAfter) text += " \\\n            '*:argument:_files'";
     return text + "\n        ;;\n";

@@ -30,17 +30,17 @@ int rename(const MoveOptions& options, const Surroundings& surroundings) {
 } // namespace
 
 Verb moveVerb() {
-    return {"mv",
-            "Give an instance another name: in short for \"edit NAME --name NEW\".",
-            {"korvane mv Work Office"},
-            [](CLI::App& app, const Surroundings& surroundings) -> Action {
-                const auto given = std::make_shared<MoveOptions>();
-                options::instanceName(app, given->name);
-                options::text(app, "NEW", given->newName, "What it is called from now on")
-                    ->required();
-                options::asJson(app, given->asJson);
-                return [given, &surroundings](const auto&) { return rename(*given, surroundings); };
-            }};
+    return {
+        "mv",
+        "Give an instance another name: in short for \"edit NAME --name NEW\".",
+        {"korvane mv Work Office"},
+        [](CLI::App& app, const Surroundings& surroundings) -> Action {
+            const auto given = std::make_shared<MoveOptions>();
+            options::instanceName(app, given->name);
+            options::text(app, "NEW", given->newName, "What it is called from now on")->required();
+            options::asJson(app, given->asJson);
+            return [given, &surroundings](const auto&) { return rename(*given, surroundings); };
+        }};
 }
 
 } // namespace korvane
