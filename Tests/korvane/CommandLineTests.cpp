@@ -95,7 +95,7 @@ TEST_CASE("mv gives an instance another name, as edit does") {
     CHECK(renamed["identifier"] == before["identifier"]);
     CHECK(renamed["home"] == before["home"]);
     CHECK(renamed == manager.json({"show", "Office", "--json"}));
-    manager.create({"command", "Work", aProgram, "--home", "~/other"});
+    manager.create({"command", "--home", "~/other", "Work", aProgram});
     CHECK(says(manager.refusal({"mv", "Work", "Office"}), "Office"));
     manager.refusal({"mv", "Work"}, 2);
 }

@@ -120,8 +120,8 @@ TEST_CASE("show tells the fields part by part, and none that is absent") {
 TEST_CASE("the words of show and those of JSON are the same") {
     const Manager manager;
     const auto icon = writeFile(manager.tmp / "icon.icns", "icns picture");
-    manager.create({"command", "Work", aProgram, "--icon", icon});
-    manager.create({"command", "Plain", aProgram, "--home", "~/elsewhere"});
+    manager.create({"command", "--icon", icon, "Work", aProgram});
+    manager.create({"command", "--home", "~/elsewhere", "Plain", aProgram});
     manager.result({"unregister", "Plain"});
     for (const std::string name : {"Work", "Plain"}) {
         const auto text = "\n" + manager.result({"show", name});

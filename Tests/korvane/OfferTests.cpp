@@ -69,7 +69,7 @@ TEST_CASE("an instance that opens nothing is offered for nothing and has no scri
 
     // What is offered goes again, with its script and out of the index.
     fixture.createMail({"--replace", "--open-with"});
-    fixture.createMail({"--replace"});
+    fixture.createMail({"--replace", "--no-open-with"});
     CHECK_FALSE(fixture.types());
     CHECK_FALSE(isThere(fixture.script(work)));
     CHECK_FALSE(contains(fixture.index(), work));

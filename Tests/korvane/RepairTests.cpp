@@ -62,7 +62,7 @@ TEST_CASE("where nothing is wrong nothing is touched") {
     fixture.createCommand("Two words");
     fixture.manager.installApp("Mail", "org.example.mail");
     fixture.manager.create(
-        {"app", "Letters", "Mail", "--hide-icon", "--plist", "X=1", "--plist", "Y=a b"});
+        {"app", "Letters", "Mail", "--plist", "LSUIElement=yes", "--plist", "Y=a b"});
 
     fixture.checkClean();
     CHECK(fixture.manager.json({"repair", "Work", "--runner", KORVANE_TEST_RUNNER, "--json"}) ==

@@ -300,8 +300,8 @@ TEST_CASE("create says where windows keep the program's name") {
     const Fixture fixture;
     const auto& manager = fixture.manager;
     const auto says = [&](const Strings& more) {
-        Strings words{"create",   "app", "Work", "Mail", "--runner", KORVANE_TEST_RUNNER,
-                      "--replace"};
+        manager.run({"delete", "Work"}); // a replacement would keep what was given before
+        Strings words{"create", "app", "Work", "Mail", "--runner", KORVANE_TEST_RUNNER};
         words.insert(words.end(), more.begin(), more.end());
         const auto done = manager.run(words);
         REQUIRE(done.status == 0);

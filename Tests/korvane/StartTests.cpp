@@ -182,7 +182,9 @@ TEST_CASE("open takes several names, checks all first, and tries each") {
     const auto mark = manager.tmp / "mark";
     manager.create({"command", "Fails", "/bin/sh", "--", "-c", "exit 9"});
     manager.create({"command", "Marks", "/bin/sh", "--", "-c", ">" + quoted(mark)});
-    manager.create({"command", "Gone", manager.tmp / "gone"});
+    const auto gone = writeScript(manager.tmp / "gone", "exit 0");
+    manager.create({"command", "Gone", gone});
+    ambrel::fileSystem::removeItem(gone);
 
     manager.refusal({"open", "Marks", "Nobody"});
     manager.refusal({"open", "Marks", "Gone"});
@@ -202,7 +204,6 @@ TEST_CASE("neither open nor run makes a home or a log for a document") {
                                                 (manager.tmp / "status") + ")");
     manager.result(
         {"create", "file", "Paper", writeFile(manager.tmp / "paper"), "--runner", opener});
-    ambrel::fileSystem::removeTree(manager.instanceHome("Paper"));
 
     writeFile(manager.tmp / "status", "0");
     const auto opened = manager.run({"open", "Paper"});

@@ -82,9 +82,9 @@ TEST_CASE("while an instance runs it is neither deleted, replaced nor migrated")
 
     for (const Strings& words :
          {Strings{"delete", "Work"}, Strings{"delete", "Work", "--data", "--yes"},
-          Strings{"migrate", "Work"},
-          Strings{"create", "command", "Work", aProgram, "--replace", "--runner",
-                  KORVANE_TEST_RUNNER}}) {
+          Strings{"migrate", "Work"}, Strings{"edit", "Work", "--name", "Other"},
+          Strings{"create", "command", "--replace", "--runner", KORVANE_TEST_RUNNER, "Work",
+                  aProgram}}) {
         const auto text = manager.refusal(words);
         CHECK(says(text, "The instance \"Work\" is running"));
         CHECK(says(text, "Stop it first with: korvane stop Work\n"));

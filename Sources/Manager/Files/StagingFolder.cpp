@@ -54,6 +54,15 @@ void removeIfAbandoned(const Path& folder) {
     }
 }
 
+/// An empty folder that stays goes with the next command.
+void tryRemove(const Path& folder) noexcept {
+    try {
+        fileSystem::removeItem(folder);
+    } catch (const FileError&) {
+        return;
+    }
+}
+
 /// What stays is tried again by the next command, and hinders nobody meanwhile.
 void tryRemoveAbandoned(const Path& parent) noexcept {
     try {
@@ -78,9 +87,9 @@ StagingFolder::StagingFolder(const Path& parent) : parent_(parent) {
     make(parent);
     try {
         mayGo();
-    } catch (const FileError&) {
-        fileSystem::removeItem(path_);
-        throw;
+    } catch (const FileError& error) {
+        tryRemove(path_);
+        throw FileError("write into", parent, error.code);
     }
 }
 
@@ -122,7 +131,8 @@ void StagingFolder::putInPlace(const Path& built, const Path& place) {
 }
 
 void StagingFolder::exchange(const Path& built, const Path& place) {
-    if (fileSystem::kindOf(markerIn(path_))) fileSystem::removeItem(markerIn(path_));
+    const auto marker = markerIn(path_);
+    if (fileSystem::kindOf(marker)) fileSystem::removeItem(marker);
     fileSystem::exchange(built, place);
     above_.keep();
 }

@@ -90,7 +90,7 @@ void exchangeUnchanged(StagingFolder& staging, const Path& built, const Path& pl
                        const InstanceRecord& record, const UserPlaces& user) {
     staging.exchange(built, place);
     const auto old = ambrel::InstanceRegistry(user).recordFor(built);
-    if (old && isUnchanged(record, {record.bundleURL, old->config})) return;
+    if (old && isUnchanged(record, {record.bundleURL, old->config})) return staging.mayGo();
     staging.exchange(built, place);
     throw changedMeanwhile(place);
 }

@@ -39,11 +39,12 @@ WorkedOut WorkedOut::of(const InstanceConfig& config, const ambrel::Path& otherw
     if (!app && !otherwise.empty()) app = ambrel::AppBundle::read(otherwise);
     if (!app) return worked;
     const auto id = ambrel::desktopId(config.bundleId);
+    worked.desktopId = id;
     auto with = tryPlanStart(*app, id, user, environment);
     worked.plan = planStart(*app, id, UseProfile::no, user, environment);
     worked.use = UseProfile::no;
     if (!with) return worked;
-    const WorkedOut full{std::move(*with), UseProfile::yes};
+    const WorkedOut full{std::move(*with), UseProfile::yes, id};
     // Without arguments of the engine's it is the missing name that tells of no profile.
     const bool isNameless =
         full.plan.processName && !config.infoPlistOverrides.contains(ambrel::processNameKey);
@@ -89,7 +90,8 @@ StringMap WorkedOut::ownVariables(const InstanceConfig& config) const {
         const bool isName =
             name == entry.second &&
             std::ranges::find(plan.nameVariables, entry.first) != plan.nameVariables.end();
-        return isName || valueIn(plan.environment, entry.first) == entry.second;
+        const bool wasName = !desktopId.empty() && entry.second == desktopId;
+        return isName || wasName || valueIn(plan.environment, entry.first) == entry.second;
     });
     return own;
 }
@@ -98,7 +100,7 @@ std::optional<std::string> WorkedOut::takeNames(StringMap& overrides) const {
     const auto name = valueIn(overrides, ambrel::processNameKey);
     overrides.erase(ambrel::processNameKey);
     overrides.erase(windowClassKey);
-    return name == plan.processName ? std::nullopt : name;
+    return name == plan.processName || name == desktopId ? std::nullopt : name;
 }
 
 StartPlan requireStart(const InstanceConfig& config, const ambrel::UserPlaces& user,

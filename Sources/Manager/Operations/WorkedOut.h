@@ -15,6 +15,7 @@ namespace korvane {
 struct WorkedOut {
     StartPlan plan;
     UseProfile use = UseProfile::yes; ///< no: the configuration was made without a profile
+    std::string desktopId{};          ///< which nobody gives as a name by hand
 
     /// By what planStart() gives now for the application of `config`, or for the one at
     /// `otherwise` where that is gone. A profile that cannot be used counts as none. Throws
@@ -32,7 +33,7 @@ struct WorkedOut {
     /// The variables of `config` without those that are worked out.
     ambrel::StringMap ownVariables(const ambrel::InstanceConfig& config) const;
     /// Takes the names of process and windows out of `overrides`, and returns a process name that
-    /// is not worked out.
+    /// was not worked out, now or before.
     std::optional<std::string> takeNames(ambrel::StringMap& overrides) const;
 };
 

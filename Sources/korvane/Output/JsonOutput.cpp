@@ -17,15 +17,14 @@ std::vector<std::string> texts(const std::vector<std::string>& values) {
 }
 
 nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user) {
-    nlohmann::json object;
-    for (const auto& fact : factsOf(record, user)) object[fact.word] = text(fact.text);
-    object["config"] = nlohmann::json::parse(record.config.encode());
-    return object;
+    return instance(record, user, Running::now(user));
 }
 
 nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user,
                         const Running& running) {
-    auto object = instance(record, user);
+    nlohmann::json object;
+    for (const auto& fact : factsOf(record, user)) object[fact.word] = text(fact.text);
+    object["config"] = nlohmann::json::parse(record.config.encode());
     const auto found = running.of(record);
     object["running"] = !found.none();
     if (!found.none()) object["processes"] = found.ids;

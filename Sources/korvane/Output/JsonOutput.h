@@ -12,10 +12,11 @@
 /// plain absolute paths; what is absent is left out.
 namespace korvane::json {
 
-/// What factsOf() tells, and "config", the configuration as the file has it.
+/// What factsOf() tells, "config", the configuration as the file has it, and how the instance
+/// stands: "running", "processes" while it runs, and "missing", the path of what it opens where
+/// that is gone.
 nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
-/// The same with how it stands: "running", "processes" while it runs, and "missing", the path of
-/// what it opens where that is gone.
+/// The same by one look at what runs, for several.
 nlohmann::json instance(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user,
                         const Running& running);
 nlohmann::json app(const ambrel::AppCatalog::InstalledApp& app);

@@ -113,9 +113,7 @@ struct Openable : RunningScene {
         wanted.commandPath.clear();
         wanted.openPath = writeFile(home / "paper");
         wanted.runner = writeScript(tmp / "script", script);
-        auto record = make(wanted).record;
-        ambrel::fileSystem::removeTree(homeOf());
-        return record;
+        return make(wanted).record;
     }
 };
 
@@ -215,6 +213,9 @@ TEST_CASE("an opener that fails is told with what it wrote") {
 TEST_CASE("what is to be opened reaches the runner byte for byte") {
     const Openable scene;
     auto wanted = scene.request();
+    wanted.kind = ShortcutKind::app;
+    wanted.commandPath.clear();
+    wanted.targetApp = scene.installApp();
     wanted.runner = writeScript(scene.tmp / "script", "printf '<%s>' \"$@\" >&2; exit 5");
     const auto record = scene.make(wanted).record;
 
