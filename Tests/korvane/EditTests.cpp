@@ -61,16 +61,20 @@ TEST_CASE("other fields are plain text, and paths become absolute") {
 TEST_CASE("a field that the kind does not heed is refused with the kind that does") {
     const Fixture fixture;
     const auto before = readFile(fixture.file());
-    const std::pair<std::string, std::string> rows[] = {
+    struct Row {
+        std::string assignment, sentence;
+    };
+    const Row rows[] = {
         {"url=x", "url means nothing to an instance of the kind command: it is for the kind web."},
         {"extraArgs=[]", "it is for the kind app."},
         {"strategy=home-override", "it is for the kind app."},
         {"infoPlistOverrides.KorvaneProcessName=x", "it is for the kind app."},
         {"openPath=x", "it is for the kind file."},
     };
-    for (const auto& [assignment, sentence] : rows) {
-        CAPTURE(assignment);
-        CHECK(says(fixture.manager.refusal({"edit", "Work", "--set", assignment}), sentence));
+    for (const auto& row : rows) {
+        CAPTURE(row.assignment);
+        CHECK(
+            says(fixture.manager.refusal({"edit", "Work", "--set", row.assignment}), row.sentence));
     }
     CHECK(says(fixture.manager.refusal({"edit", "Work", "--set", "kind=app"}),
                "Create the instance again instead, with --replace"));

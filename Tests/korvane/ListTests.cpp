@@ -126,7 +126,9 @@ TEST_CASE("the words of show and those of JSON are the same") {
     for (const std::string name : {"Work", "Plain"}) {
         const auto text = "\n" + manager.result({"show", name});
         const auto json = manager.json({"show", name, "--json"});
-        for (const auto& [word, value] : json.items()) {
+        for (const auto& item : json.items()) {
+            const auto& word = item.key();
+            const auto& value = item.value();
             CAPTURE(word);
             CHECK_FALSE(value.is_null());
             const bool isConfig = word == "config";

@@ -182,12 +182,13 @@ TEST_CASE("a field that the kind does not heed is refused, never stored") {
         {"openWithPassthrough", {"app"}, [](auto& request) { request.openWithPassthrough = true; }},
     };
     for (const auto& row : rows) {
-        for (const auto& [kind, word] : ambrel::RawValues<ShortcutKind>::table) {
+        for (const auto& entry : ambrel::RawValues<ShortcutKind>::table) {
+            const auto& word = entry.second;
             if (std::ranges::find(row.heededBy, word) != row.heededBy.end()) continue;
             CAPTURE(row.field);
             CAPTURE(word);
             auto request = scene.appRequest();
-            request.kind = kind;
+            request.kind = entry.first;
             request.openPath = "/";
             request.url = "https://example.org/";
             row.change(request);
