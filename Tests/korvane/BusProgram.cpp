@@ -1,4 +1,4 @@
 // Only the function that it calls is looked at.
-extern "C" int g_application_run();
+extern "C" int runApplication() __asm__("g_application_run");
 
-int main() { return g_application_run(); }
+int main() { return runApplication(); }
