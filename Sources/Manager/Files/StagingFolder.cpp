@@ -3,6 +3,7 @@
 #include "Ambrel/Base/RandomName.h"
 #include "Ambrel/Platform/FileSystem.h"
 
+#include <cerrno>
 #include <utility>
 
 namespace korvane {
@@ -32,6 +33,15 @@ bool hasMarker(const Path& folder) {
     const auto marker = markerIn(folder);
     return fileSystem::kindOf(marker) == fileSystem::ItemKind::file &&
            fileSystem::read(marker).empty();
+}
+
+/// An empty folder that the next command removes as well.
+void removeIfThere(const Path& folder) noexcept {
+    try {
+        fileSystem::removeItem(folder);
+    } catch (const FileError&) {
+        return;
+    }
 }
 
 /// The marker goes last, so that what is left of the folder after a failure may still go.
@@ -86,26 +96,30 @@ StagingFolder::StagingFolder(const Path& parent) : parent_(parent) {
     tryRemoveAbandoned(parent);
     make(parent);
     try {
-        mayGo();
+        mark();
     } catch (const FileError& error) {
         tryRemove(path_);
         throw FileError("write into", parent, error.code);
     }
 }
 
-/// Until it is locked, another process may take the new folder for an abandoned one.
+/// Until it is locked, another process may take the new folder for an abandoned one: it has the
+/// lock then, or has removed the folder already. A folder that cannot be locked is given up for
+/// another one as long as it may have come to that; at last there are no locks here.
 void StagingFolder::make(const Path& parent) {
-    constexpr int attempts = 5;
+    constexpr int attempts = 10;
     constexpr unsigned ownerOnly = 0700;
-    for (int attempt = 0; attempt < attempts && !lock_; ++attempt) {
+    for (int attempt = 1; attempt <= attempts && !lock_; ++attempt) {
         path_ = paths::join(parent, stagingName());
         try {
             fileSystem::createFolder(path_, ownerOnly);
         } catch (const FileError& error) {
+            const bool isRemoved = error.code == ENOENT && fileSystem::isFolder(parent);
+            if (isRemoved && attempt < attempts) continue;
             throw FileError("write into", parent, error.code);
         }
         lock_ = FolderLock::tryTake(path_);
-        if (!lock_ && !fileSystem::isMissing(path_)) return; // no locks here
+        if (!lock_ && attempt < attempts) removeIfThere(path_);
     }
 }
 
@@ -137,11 +151,19 @@ void StagingFolder::exchange(const Path& built, const Path& place) {
     above_.keep();
 }
 
-void StagingFolder::mayGo() {
-    if (lock_) fileSystem::write(markerIn(path_), "");
+void StagingFolder::mayGo() noexcept {
+    try {
+        mark();
+    } catch (const std::exception&) {
+        // On a full disk, say: it goes with this object, and stays only after a kill before that.
+    }
 }
 
 void StagingFolder::remove() { removeWhole(std::exchange(path_, {})); }
+
+void StagingFolder::mark() {
+    if (lock_) fileSystem::write(markerIn(path_), "");
+}
 
 void StagingFolder::leave() {
     const auto folder = std::exchange(path_, {});

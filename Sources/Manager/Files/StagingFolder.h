@@ -35,7 +35,7 @@ public:
     /// object removes that, until mayGo() is called.
     void exchange(const ambrel::Path& built, const ambrel::Path& place);
     /// Says that what lies in the folder may go, after a look at what exchange() brought.
-    void mayGo();
+    void mayGo() noexcept;
     /// Removes the folder with what is left in it. Throws FileError, with a part left, which goes
     /// with the next folder beside it if it can then.
     void remove();
@@ -44,6 +44,7 @@ public:
 
 private:
     void make(const ambrel::Path& parent);
+    void mark();
 
     ambrel::NewFolders above_;
     ambrel::Path parent_;

@@ -61,6 +61,36 @@ TEST_CASE("the hidden folder of a process that still works is not touched") {
     CHECK(namesIn(tmp.path()).empty());
 }
 
+TEST_CASE("several that make hidden folders at once do not take each other's") {
+    const TempDir tmp;
+    const auto parent = makeFolder(tmp / "Applications");
+    constexpr int processes = 4;
+    constexpr int folders = 200;
+    std::vector<pid_t> children;
+    for (int i = 0; i < processes; ++i) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            try {
+                for (int made = 0; made < folders; ++made) {
+                    const StagingFolder staging(parent);
+                    writeFile(staging.path() + "/file", "mine");
+                }
+                ::_exit(0);
+            } catch (const std::exception&) {
+                ::_exit(1);
+            }
+        }
+        children.push_back(child);
+    }
+
+    for (const pid_t child : children) {
+        int status = 0;
+        REQUIRE(::waitpid(child, &status, 0) == child);
+        CHECK(status == 0);
+    }
+    CHECK(namesIn(parent).empty());
+}
+
 TEST_CASE("what was exchanged and not looked at yet stays after a kill, and goes once it may") {
     const TempDir tmp;
     for (const bool mayGo : {false, true}) {
