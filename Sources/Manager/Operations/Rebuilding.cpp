@@ -90,8 +90,12 @@ void exchangeUnchanged(StagingFolder& staging, const Path& built, const Path& pl
                        const InstanceRecord& record, const UserPlaces& user) {
     staging.exchange(built, place);
     const auto old = ambrel::InstanceRegistry(user).recordFor(built);
-    if (old && isUnchanged(record, {record.bundleURL, old->config})) return staging.mayGo();
-    staging.exchange(built, place);
+    if (old && isUnchanged(record, {record.bundleURL, old->config})) return;
+    try {
+        staging.exchange(built, place);
+    } catch (const ambrel::FileError&) {
+        staging.leave(); // it is somebody's
+    }
     throw changedMeanwhile(place);
 }
 
@@ -148,6 +152,7 @@ Rebuilt rebuild(const InstanceRecord& record, const InstanceConfig& wanted,
     const auto built = buildIn(staging.path(), record, wanted, icon);
     exchangeUnchanged(staging, built, place, record, user);
     giveName(staging, built, place, rebuilt.bundle);
+    staging.mayGo();
     removeOld(staging, rebuilt);
     return rebuilt;
 }

@@ -1,6 +1,7 @@
 #include "Manager/Desktop/Registration.h"
 #include "Manager/Files/StagingFolder.h"
 #include "Manager/Operations/Deletion.h"
+#include "Manager/Operations/Editing.h"
 #include "Manager/Operations/Scene.h"
 #include "Support/Faults.h"
 
@@ -34,12 +35,11 @@ template <class Act> bool killedAt(long last, const Act& act) {
     return WIFSIGNALED(status);
 }
 
-/// Lets `act` be killed at every third call, because each is a new Scene and a new process, each
-/// time on a new Scene that `prepare` filled, and `check` look at what is left.
+/// Lets `act` be killed at every call of so many as `step` says, because each is a new Scene and a
+/// new process, each time on a new Scene that `prepare` filled, and `check` look at what is left.
 template <class Prepare, class Act, class Check>
-void killEverywhere(const Prepare& prepare, const Act& act, const Check& check) {
+void killEverywhere(const Prepare& prepare, const Act& act, const Check& check, long step = 3) {
     long last = 1;
-    constexpr long step = 3;
     for (bool killed = true; killed; last += step) {
         const Scene scene;
         prepare(scene);
@@ -113,6 +113,33 @@ TEST_CASE("wherever replacing an instance is killed, one of both is there, and w
                            CHECK(left == Strings{"Work.app"});
                        }
                    });
+}
+
+TEST_CASE(
+    "wherever renaming an instance is killed, it is there under one of both names, and at most "
+    "one whole bundle is left that was not looked at") {
+    killEverywhere([](const Scene& scene) { scene.instance(); },
+                   [](const Scene& scene) {
+                       const auto record =
+                           ambrel::InstanceRegistry(scene.user).recordFor(scene.bundle());
+                       auto wanted = record->config;
+                       wanted.displayName = "Office";
+                       change(*record, wanted, scene.user, {});
+                   },
+                   [](const Scene& scene) {
+                       const auto bundle =
+                           scene.bundle(isThere(scene.bundle()) ? "Work" : "Office");
+                       CHECK(ambrel::InstanceRegistry(scene.user).recordFor(bundle));
+
+                       scene.instance("Other");
+
+                       for (const auto& name : hiddenIn(scene.home / "Applications")) {
+                           const auto left = scene.home / ("Applications/" + name + "/Office.app");
+                           CHECK(isThere(left + "/Contents/MacOS/runner"));
+                           CHECK(isThere(left + "/Contents/Info.plist"));
+                       }
+                   },
+                   17); // most of the many calls are of drawing the icon
 }
 
 } // namespace korvane::test
