@@ -10,6 +10,7 @@
 #include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/Registration.h"
 #include "Manager/Rules/DataSafety.h"
+#include "Manager/Rules/Running.h"
 #include "Manager/Rules/UserText.h"
 
 #include <algorithm>
@@ -79,6 +80,18 @@ void requireUnused(const Path& home, const Owners& owners, const UserPlaces& use
                   "The data is not deleted: " + ambrel::utf8::oneLine(home) +
                       " may be the home of " + inQuotes(name) +
                       ", whose bundle is missing or cannot be read.");
+}
+
+/// A program outlives the bundle that was thrown away under it, and would make its home anew.
+void requireNothingRuns(const Path& home, const UserPlaces& user) {
+    InstanceRecord nobody;
+    nobody.config.instanceHome = home;
+    const auto found = Running::now(user).of(nobody);
+    if (found.none()) return;
+    throw Refusal(Kind::instanceRuns, home,
+                  "The data is not deleted: something still runs in " +
+                      ambrel::utf8::oneLine(home) + " (" + spokenProcesses(found.ids) +
+                      "). End it first.");
 }
 
 bool isUnused(const Path& home, const Owners& owners, const UserPlaces& user) {
@@ -163,6 +176,7 @@ LeftoverHome requireLeftover(const std::string& nameOrPath, const UserPlaces& us
                       Remedy::listLeftovers);
     }
     requireUnused(*found, findOwners(user), user);
+    requireNothingRuns(*found, user);
     return described(*found, measure);
 }
 

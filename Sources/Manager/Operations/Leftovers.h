@@ -29,7 +29,8 @@ std::vector<LeftoverHome> findLeftovers(const ambrel::UserPlaces& user, Measure 
 
 /// The one of findLeftovers() that is meant by the name of its folder or by its path. Throws
 /// Refusal unknownHome when it is none of them; for a folder that stands there, homeIsUsers,
-/// homeIsShared and homeIsLink say why not.
+/// homeIsShared and homeIsLink say why not; instanceRuns while a program has it as its HOME or
+/// writes into its log.
 LeftoverHome requireLeftover(const std::string& nameOrPath, const ambrel::UserPlaces& user,
                              Measure measure);
 
