@@ -1,5 +1,5 @@
 #include "ForeignEntryReader.h"
-#include "Manager/Desktop/Linux/OfferedTypes.h"
+#include "Manager/Rules/OpenedTypes.h"
 #include "Registrations.h"
 
 #include <filesystem>
@@ -126,11 +126,23 @@ TEST_CASE("what an opener starts by the entry reaches the program behind its own
 }
 
 TEST_CASE("types that no file has are not offered") {
-    CHECK(registration::mimeTypesIn("text/plain;text/plain;;all/all;foo/bar;application/*;image/;/"
-                                    ";x;a b/c;text/x y;text/a\nb;x-scheme-handler/x+y.z-1;"
-                                    "TEXT/plain;inode/directory") ==
+    CHECK(mimeTypesIn("text/plain;text/plain;;all/all;foo/bar;application/*;image/;/"
+                      ";x;a b/c;text/x y;text/a\nb;x-scheme-handler/x+y.z-1;"
+                      "TEXT/plain;inode/directory") ==
           Strings{"text/plain", "x-scheme-handler/x+y.z-1", "inode/directory"});
-    CHECK(registration::mimeTypesIn("").empty());
+    CHECK(mimeTypesIn("").empty());
+}
+
+TEST_CASE(
+    "an instance is not made to open documents where its application names none that there are") {
+    const Offers fixture;
+    fixture.installMail("all/allfiles;foo/bar");
+
+    const auto refusal =
+        fixture.manager.refusal({"create", "app", "Work", "Mail", "--no-profile", "--open-with"});
+
+    CHECK(says(refusal, "\"Mail\" names no types of files that it opens"));
+    CHECK_FALSE(isThere(fixture.manager.applications() + "/Work.app"));
 }
 
 TEST_CASE("every type that is let through is one that the checker of entries knows") {
@@ -140,7 +152,7 @@ TEST_CASE("every type that is let through is one that the checker of entries kno
          {"application", "audio", "chemical", "font", "image", "inode", "message", "model",
           "multipart", "text", "video", "x-content", "x-scheme-handler", "x-world"}) {
         list += media + "/x-korvane;";
-        REQUIRE(registration::mimeTypesIn(media + "/x-korvane").size() == 1);
+        REQUIRE(mimeTypesIn(media + "/x-korvane").size() == 1);
     }
 
     const auto complaints = complaintsAbout(

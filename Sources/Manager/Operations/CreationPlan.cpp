@@ -138,7 +138,7 @@ void setCommand(const CreateRequest& request, const UserPlaces& user,
 /// On a desktop of entries an instance opens what the entry of its application opens.
 void requireOpenedTypes(const CreationPlan& plan) {
     if (!plan.request.openWithPassthrough.value_or(false) || !registration::isOffered()) return;
-    if (namesOpenedTypes(*plan.target)) return;
+    if (!openedTypes(plan.target->url).empty()) return;
     const std::string name{ambrel::paths::stem(plan.target->url)};
     throw Refusal(Kind::hasNoEffect, "openWithPassthrough",
                   inQuotes(name) + " names no types of files that it opens: an instance of it "

@@ -7,6 +7,7 @@
 #include "Ambrel/Wrapper/WrapperFactory.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
+#include "Manager/Desktop/Registration.h"
 #include "Manager/Operations/WorkedOut.h"
 #include "Manager/Rules/FieldEffect.h"
 #include "Manager/Rules/InfoPlistKeys.h"
@@ -119,8 +120,7 @@ private:
 
     bool opensFiles() const {
         if (request_.kind != ShortcutKind::app) return false;
-        const auto app = ambrel::AppBundle::read(request_.targetApp);
-        return app && namesOpenedTypes(*app);
+        return !registration::isOffered() || !openedTypes(request_.targetApp).empty();
     }
 
     bool isSameTarget() const {
