@@ -4,6 +4,7 @@
 #include "korvane/Verbs/ConfigEdit.h"
 
 #include <algorithm>
+#include <sys/stat.h>
 
 namespace korvane::test {
 
@@ -318,9 +319,22 @@ TEST_CASE("an edit that could not be written fails and leaves the old bytes") {
         setup.command.back() = "commandPath=/" + std::string(2000, 'x');
         const auto done = run(setup);
         CHECK(done.status == 1);
-        CHECK(says(done.error, "the old configuration is back"));
+        CHECK(says(done.error, "nothing was changed"));
     }
     CHECK(readFile(fixture.file()) == before);
+}
+
+TEST_CASE("an edit exchanges the configuration in one step") {
+    const Fixture fixture;
+    struct stat before {};
+    REQUIRE(::stat(fixture.file().c_str(), &before) == 0);
+
+    fixture.manager.result({"edit", "Work", "--env", "A=1"});
+
+    struct stat after {};
+    REQUIRE(::stat(fixture.file().c_str(), &after) == 0);
+    CHECK(after.st_ino != before.st_ino);
+    CHECK(after.st_mode == before.st_mode);
 }
 
 TEST_CASE("a new home is made with its folders, and must be nobody else's") {

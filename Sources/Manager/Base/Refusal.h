@@ -65,7 +65,6 @@ struct Refusal : std::runtime_error {
         endedAtOnce,      ///< subject: how the instance is named; alternatives: its last lines
         notStopped,       ///< subject: how the instance is named; something of it still runs
         notWritten,       ///< subject: the file, which holds what it held before
-        notRestored,      ///< subject: the file, which may hold anything now
         dataRemains,      ///< subject: the home, of which a part may be gone; the bundle stays
         notAllMoved,      ///< subject: the home; the rest was moved
     };

@@ -76,42 +76,19 @@ void requireUsableHome(const InstanceRecord& record, const InstanceConfig& wante
     requireOwnHome(wanted, record.bundleURL, instancesWith(folder, user), user, Remedy::changeHome);
 }
 
-/// What the file holds now, absent when it cannot be read.
-std::optional<std::string> contents(const Path& file) {
-    try {
-        return ambrel::fileSystem::read(file);
-    } catch (const ambrel::FileError&) {
-        // As good as different from what was meant.
-        return std::nullopt;
-    }
-}
-
-[[noreturn]] void restore(const Path& file, const std::string& bytes) {
-    try {
-        ambrel::fileSystem::write(file, bytes);
-    } catch (const ambrel::FileError& error) {
-        throw Refusal(Kind::notRestored, file,
-                      "The change could not be written, and the old configuration not restored. " +
-                          error.description());
-    }
-    throw Refusal(Kind::notWritten, file,
-                  "The change could not be written to " + ambrel::utf8::oneLine(file) +
-                      "; the old configuration is back.");
-}
-
-/// The registry reports no failure, so the file itself is asked.
-void writeChecked(const InstanceRecord& record, const InstanceConfig& wanted,
-                  const UserPlaces& user) {
+/// In one step: whoever reads it meanwhile finds the one configuration or the other, and so does
+/// the next command when this one is killed.
+void writeConfig(const InstanceRecord& record, const InstanceConfig& wanted) {
     const auto file = ambrel::BundleLayout{record.bundleURL}.instanceJson();
-    const auto before = ambrel::fileSystem::read(file);
     const auto meant = wanted.encode();
-    ambrel::InstanceRegistry(user).update(record, [&](InstanceConfig& stored) { stored = wanted; });
-    const auto after = contents(file);
-    if (after == meant) return;
-    if (after != before) restore(file, before);
-    throw Refusal(Kind::notWritten, file,
-                  "The change could not be written to " + ambrel::utf8::oneLine(file) +
-                      "; nothing was changed.");
+    try {
+        ambrel::fileSystem::openForAppending(file); // one that is write-protected stays as it is
+        ambrel::fileSystem::replace(file, meant);
+    } catch (const ambrel::FileError& error) {
+        throw Refusal(Kind::notWritten, file,
+                      "The change could not be written to " + ambrel::utf8::oneLine(file) +
+                          "; nothing was changed. " + error.description());
+    }
 }
 
 /// Info.plist with what the configuration says of names.
@@ -140,17 +117,16 @@ void putBack(const Path& file, const std::string& bytes) noexcept {
 }
 
 /// The overrides stand in Info.plist too, which is exchanged first and put back after a failure.
-void writeWithInfoPlist(const InstanceRecord& record, const InstanceConfig& wanted,
-                        const UserPlaces& user) {
+void writeWithInfoPlist(const InstanceRecord& record, const InstanceConfig& wanted) {
     if (wanted.infoPlistOverrides == record.config.infoPlistOverrides) {
-        writeChecked(record, wanted, user);
+        writeConfig(record, wanted);
         return;
     }
     const auto file = ambrel::BundleLayout{record.bundleURL}.infoPlist();
     const auto before = ambrel::fileSystem::read(file);
     ambrel::fileSystem::replace(file, infoPlistWith(wanted, file));
     try {
-        writeChecked(record, wanted, user);
+        writeConfig(record, wanted);
     } catch (...) {
         putBack(file, before);
         throw;
@@ -224,7 +200,7 @@ Path writeBundle(const InstanceRecord& record, const InstanceConfig& wanted,
                  const std::optional<Path>& icon, const UserPlaces& user,
                  std::vector<Notice>& notices) {
     if (!icon && !needsRebuilding(record.config, wanted)) {
-        writeWithInfoPlist(record, wanted, user);
+        writeWithInfoPlist(record, wanted);
         return record.bundleURL;
     }
     auto rebuilt = rebuild(record, wanted, icon, user);

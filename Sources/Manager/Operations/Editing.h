@@ -31,8 +31,8 @@ std::string whyNotEdited(const std::string& name);
 /// elsewhere too (kind, identifier, what it offers, and all overrides but the names of process and
 /// windows), hasNoEffect for one that its kind does not heed, unknownUser and homeTaken for another
 /// home, badName, instanceRuns for another name, what rebuild() throws, changedMeanwhile where the
-/// instance is not as `record` says, damagedInstance, and notWritten: then everything is as it was
-/// but for notRestored. Also FileError, EncodingError and LibraryError, with nothing changed.
+/// instance is not as `record` says, damagedInstance and notWritten. Also FileError,
+/// EncodingError and LibraryError. After each of these everything is as it was.
 Edited change(const ambrel::InstanceRecord& record, const ambrel::InstanceConfig& wanted,
               const ambrel::UserPlaces& user, const ambrel::Environment& environment = {},
               const std::optional<ambrel::Path>& icon = {});
