@@ -97,30 +97,4 @@ Adopted adopt(const AdoptRequest& request, const UserPlaces& user,
     return made(std::get<Adoption>(meant), folder, user);
 }
 
-ApplicationForInstance::ApplicationForInstance(const std::string& program, const UserPlaces& user,
-                                               const ambrel::Environment& environment) {
-    const auto meant = requireMeantProgram(program, KnownApplications::areMeant, user, environment);
-    if (const auto* app = std::get_if<ambrel::AppBundle>(&meant)) {
-        adopted_ = known(*app, user);
-        return;
-    }
-    const auto folder = ambrel::WrapperFactory::defaultOutputDir(user);
-    folders_.make(folder);
-    adopted_ = made(std::get<Adoption>(meant), folder, user);
-}
-
-ApplicationForInstance::~ApplicationForInstance() {
-    if (isKept_ || adopted_.existed) return;
-    try {
-        ambrel::fileSystem::removeTree(adopted_.bundle);
-    } catch (const std::exception&) {
-        // An application too many harms nobody, and the first failure is the one to tell.
-    }
-}
-
-void ApplicationForInstance::keep() noexcept {
-    isKept_ = true;
-    folders_.keep();
-}
-
 } // namespace korvane

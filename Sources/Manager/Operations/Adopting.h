@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Ambrel/Base/Path.h"
-#include "Ambrel/Home/NewFolders.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
 #include "Ambrel/Platform/UserPlaces.h"
 #include "Manager/Base/Notice.h"
@@ -34,25 +33,5 @@ struct Adopted {
 /// EncodingError and LibraryError. After each of these everything is as it was before.
 Adopted adopt(const AdoptRequest& request, const ambrel::UserPlaces& user,
               const ambrel::Environment& environment);
-
-/// An application for an instance that is being made, of a program that becomes one where it is
-/// none. Unless keep() is called, what was made of it is taken away again.
-class ApplicationForInstance {
-public:
-    /// Throws what adopt() throws.
-    ApplicationForInstance(const std::string& program, const ambrel::UserPlaces& user,
-                           const ambrel::Environment& environment);
-    ApplicationForInstance(const ApplicationForInstance&) = delete;
-    ApplicationForInstance& operator=(const ApplicationForInstance&) = delete;
-    ~ApplicationForInstance();
-
-    const Adopted& adopted() const { return adopted_; }
-    void keep() noexcept;
-
-private:
-    ambrel::NewFolders folders_;
-    Adopted adopted_;
-    bool isKept_ = false;
-};
 
 } // namespace korvane

@@ -8,7 +8,7 @@
 #include "Manager/Desktop/Presence.h"
 #include "Manager/Files/IconConversion.h"
 #include "Manager/Files/StagingFolder.h"
-#include "Manager/Operations/Adopting.h"
+#include "Manager/Operations/ApplicationForInstance.h"
 #include "Manager/Operations/CreationNotices.h"
 #include "Manager/Operations/IconOrigin.h"
 #include "Manager/Operations/Unchanged.h"
@@ -130,6 +130,16 @@ void removeOld(StagingFolder& staging, const CreationPlan& plan, std::vector<Not
     }
 }
 
+/// Another may have come to the place since it was looked at.
+void putInPlace(StagingFolder& staging, const Path& built, const Path& place) {
+    try {
+        staging.putInPlace(built, place);
+    } catch (const ambrel::FileError&) {
+        if (ambrel::fileSystem::kindOf(place)) throw changedMeanwhile(place);
+        throw;
+    }
+}
+
 InstanceRecord requireReadable(const Path& built, const Path& place, const UserPlaces& user) {
     const auto record = ambrel::InstanceRegistry(user).recordFor(built);
     if (record) return {place, record->config};
@@ -153,7 +163,7 @@ Created buildIn(StagingFolder& staging, const CreationPlan& plan, const UserPlac
     if (plan.replaced) {
         replace(staging, built, plan, user);
     } else {
-        staging.putInPlace(built, plan.bundle);
+        putInPlace(staging, built, plan.bundle);
     }
     folders.keep();
     removeOld(staging, plan, created.notices);
