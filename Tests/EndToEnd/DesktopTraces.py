@@ -32,6 +32,8 @@ explained = {
         "what a process says of itself to the kernel",
     r"RUNTIME/dconf(/user)?":
         "touched by the bus's accessibility service, which belongs to no instance",
+    r"RUNTIME/gvfsd?(/.*)?":
+        "of the file services that the bus starts where they are installed, and no instance's",
     r"RUNTIME(/(bus|dbus-1(/services)?))?":
         "the folder of the session's sockets, and its bus",
     r"SESSION(/(display|authority(-[cln])?|bus\.conf|own(/.*)?|[\w-]+\.log))?":

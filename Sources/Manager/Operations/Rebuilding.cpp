@@ -129,6 +129,16 @@ void requireFreePlace(const Path& place, const Path& wanted) {
                       " already. Choose another name.");
 }
 
+/// What fails is told by the path that the user knows.
+Path buildAside(const StagingFolder& staging, const InstanceRecord& record,
+                const InstanceConfig& wanted, const std::optional<Path>& icon) {
+    try {
+        return buildIn(staging.path(), record, wanted, icon);
+    } catch (const ambrel::FileError& error) {
+        throw staging.outwards(error);
+    }
+}
+
 } // namespace
 
 bool needsRebuilding(const InstanceConfig& before, const InstanceConfig& wanted) {
@@ -149,7 +159,7 @@ Rebuilt rebuild(const InstanceRecord& record, const InstanceConfig& wanted,
     Rebuilt rebuilt{.bundle = placeFor(record, wanted), .notices = {}};
     requireFreePlace(place, rebuilt.bundle);
     StagingFolder staging(Path(ambrel::paths::deletingLastComponent(place)));
-    const auto built = buildIn(staging.path(), record, wanted, icon);
+    const auto built = buildAside(staging, record, wanted, icon);
     exchangeUnchanged(staging, built, place, record, user);
     giveName(staging, built, place, rebuilt.bundle);
     staging.mayGo();

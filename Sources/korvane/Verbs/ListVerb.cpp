@@ -1,6 +1,7 @@
 #include "korvane/Verbs/ListVerb.h"
 
 #include "Ambrel/Instance/InstanceRegistry.h"
+#include "Ambrel/Platform/FileSystem.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Rules/MissingTarget.h"
 #include "Manager/Rules/Running.h"
@@ -54,8 +55,14 @@ void writeJson(const std::vector<InstanceRecord>& records, const Surroundings& s
     json::write(array, surroundings.results);
 }
 
+/// The registry passes over what it cannot look into; "no instances" would be untrue then.
+void requireListable(const ambrel::Path& folder) {
+    if (!ambrel::fileSystem::isMissing(folder)) ambrel::fileSystem::list(folder);
+}
+
 int list(const std::vector<std::string>& folders, bool asJson, const Surroundings& surroundings) {
     const InstanceRegistry registry(surroundings.user, searchFolders(folders, surroundings.user));
+    for (const auto& folder : registry.searchDirs) requireListable(folder);
     const auto records = registry.list();
     if (asJson) {
         writeJson(records, surroundings);

@@ -19,7 +19,8 @@ std::string sentenceOn(Opened opened, const std::string& name) {
     case Opened::handedOn:
         break;
     case Opened::ranAlready:
-        return name + " is running already, and was told.";
+        return name +
+               " is running already. This start has ended, as one does that hands over to it.";
     case Opened::ended:
         return name + " has ended already, with status 0.";
     }
