@@ -7,6 +7,7 @@
 #include <exception>
 #include <mutex>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -29,12 +30,10 @@ public:
     void run() {
         Helpers helpers;
         const StopAtEnd stop(next_, slots_.size());
-        for (std::size_t i = 1; i < threads(); ++i) {
-            helpers.threads.emplace_back([this] {
-                while (workOnNext()) {
-                }
-            });
-        }
+        helpers.start(helpersWanted(), [this] {
+            while (workOnNext()) {
+            }
+        });
         for (auto& slot : slots_) {
             while (!slot.isDone.load() && workOnNext()) {
             }
@@ -59,6 +58,15 @@ private:
             for (auto& thread : threads) thread.join();
         }
 
+        /// Fewer where the system gives no more: the calling thread does what is left.
+        template <class Body> void start(std::size_t count, const Body& body) {
+            try {
+                while (threads.size() < count) threads.emplace_back(body);
+            } catch (const std::system_error&) {
+                return;
+            }
+        }
+
         std::vector<std::thread> threads;
     };
     /// After a failure nothing more is begun.
@@ -72,6 +80,9 @@ private:
         std::atomic<std::size_t>& next_;
         std::size_t end_;
     };
+
+    /// Beside the calling thread; none where there is nothing to do.
+    std::size_t helpersWanted() const { return std::max<std::size_t>(threads(), 1) - 1; }
 
     std::size_t threads() const {
         // Each may hold a few descriptors, of which a process has a thousand.

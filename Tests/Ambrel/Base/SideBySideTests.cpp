@@ -1,9 +1,11 @@
 #include "Ambrel/Base/SideBySide.h"
 
 #include "Support/Expect.h"
+#include "Support/Programs.h"
 
 #include <numeric>
 #include <stdexcept>
+#include <sys/resource.h>
 
 using namespace ambrel;
 using namespace korvane::test;
@@ -34,6 +36,20 @@ TEST_CASE("works side by side give what they would one after another, on the cal
         CHECK(taken == upTo(count));
         CHECK(isHere);
     }
+}
+
+TEST_CASE("where the system gives no more threads the calling one does all the work") {
+    const auto done = asOrdinaryUser([] {
+        const rlimit none{0, 0};
+        if (::setrlimit(RLIMIT_NPROC, &none) != 0) return std::string("not limited");
+        std::string numbers;
+        for (const std::size_t count : {std::size_t{0}, std::size_t{3}}) {
+            sideBySide(count, asInt, [&](int number) { numbers += std::to_string(number); });
+        }
+        return numbers;
+    });
+
+    CHECK(done == "012");
 }
 
 TEST_CASE("a work that waits for the next one gets it where the machine has two cores") {
