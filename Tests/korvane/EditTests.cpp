@@ -324,6 +324,17 @@ TEST_CASE("an edit that could not be written fails and leaves the old bytes") {
     CHECK(readFile(fixture.file()) == before);
 }
 
+TEST_CASE("an instance that is named by a link is not renamed by it") {
+    const Fixture fixture;
+    const auto link = fixture.manager.applications() + "/Link.app";
+    makeLink(link, fixture.manager.applications() + "/Work.app");
+
+    const auto text = fixture.manager.refusal({"edit", link, "--name", "Other"});
+
+    CHECK(says(text, link + " is a link"));
+    CHECK(isThere(link + "/Contents/Info.plist"));
+}
+
 TEST_CASE("an edit exchanges the configuration in one step") {
     const Fixture fixture;
     struct stat before {};

@@ -76,6 +76,16 @@ void requireUsableHome(const InstanceRecord& record, const InstanceConfig& wante
     requireOwnHome(wanted, record.bundleURL, instancesWith(folder, user), user, Remedy::changeHome);
 }
 
+void requireRenamable(const InstanceRecord& record, const UserPlaces& user) {
+    const Path bundle{ambrel::paths::withoutTrailingSlashes(record.bundleURL)};
+    if (ambrel::fileSystem::kindOf(bundle) == ambrel::fileSystem::ItemKind::symbolicLink) {
+        throw Refusal(Kind::bundleIsLink, bundle,
+                      ambrel::utf8::oneLine(bundle) +
+                          " is a link, which would lead nowhere then: rename what it leads to.");
+    }
+    requireNotRunning(record, user); // its processes are told by where the bundle stands
+}
+
 /// In one step: whoever reads it meanwhile finds the one configuration or the other, and so does
 /// the next command when this one is killed.
 void writeConfig(const InstanceRecord& record, const InstanceConfig& wanted) {
@@ -236,8 +246,7 @@ Edited change(const InstanceRecord& record, const InstanceConfig& asked, const U
     requireSameBundle(record.config, wanted);
     requireHeededChanges(record.config, wanted);
     requireUsableHome(record, wanted, user);
-    // Its processes are told by where the bundle stands.
-    if (wanted.displayName != record.config.displayName) requireNotRunning(record, user);
+    if (wanted.displayName != record.config.displayName) requireRenamable(record, user);
     const auto entry = registration::findEntry(record, user);
     Edited edited{.before = record,
                   .record = {record.bundleURL, wanted},

@@ -30,9 +30,9 @@ std::string whyNotEdited(const std::string& name);
 /// that it goes is a notice. Throws Refusal fieldIsBundles for a field that the bundle carries
 /// elsewhere too (kind, identifier, what it offers, and all overrides but the names of process and
 /// windows), hasNoEffect for one that its kind does not heed, unknownUser and homeTaken for another
-/// home, badName, instanceRuns for another name, what rebuild() throws, changedMeanwhile where the
-/// instance is not as `record` says, damagedInstance and notWritten. Also FileError,
-/// EncodingError and LibraryError. After each of these everything is as it was.
+/// home, badName, instanceRuns and bundleIsLink for another name, what rebuild() throws,
+/// changedMeanwhile where the instance is not as `record` says, damagedInstance and notWritten.
+/// Also FileError, EncodingError and LibraryError. After each of these everything is as it was.
 Edited change(const ambrel::InstanceRecord& record, const ambrel::InstanceConfig& wanted,
               const ambrel::UserPlaces& user, const ambrel::Environment& environment = {},
               const std::optional<ambrel::Path>& icon = {});
