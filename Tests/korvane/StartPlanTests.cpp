@@ -241,7 +241,8 @@ TEST_CASE("every installed profile can be read and describes the application it 
         CHECK(unknownKeys(text).empty());
     }
     for (const std::string name : {"org.xfce.mousepad", "org.gnome.TextEditor", "gimp",
-                                   "org.inkscape.Inkscape", "org.keepassxc.KeePassXC"}) {
+                                   "org.inkscape.Inkscape", "org.keepassxc.KeePassXC",
+                                   "org.gnome.Nautilus", "org.pwmt.zathura", "featherpad"}) {
         CAPTURE(name);
         CHECK(isThere(folder + "/" + name + ".json"));
     }
