@@ -216,7 +216,7 @@ TEST_CASE("every field of a request for an application is an option") {
     const Manager manager;
     AppBundleBuilder(manager.applications() + "/App.app")
         .identifier("org.example.app")
-        .entry("KorvaneMimeTypes", "<string>text/plain;</string>")
+        .entry("KorvaneMimeTypes", "<string>text/plain;text/html;</string>")
         .write();
     const auto icon = writeFile(manager.tmp / "icon.icns", "icns picture");
 

@@ -49,6 +49,7 @@ TEST_CASE("an instance that is to open documents is offered for those of its app
 
 TEST_CASE("an instance that is to be a browser is offered for addresses and pages") {
     const Offers fixture;
+    fixture.installMail("x-scheme-handler/https;");
     fixture.createMail({"--browser"});
     CHECK(fixture.types() ==
           "text/html;application/xhtml+xml;x-scheme-handler/http;x-scheme-handler/https;");
@@ -58,6 +59,37 @@ TEST_CASE("an instance that is to be a browser is offered for addresses and page
     fixture.createMail({"--browser", "--open-with", "--replace"});
     CHECK(fixture.types() == "text/html;text/plain;application/xhtml+xml;"
                              "x-scheme-handler/http;x-scheme-handler/https;");
+}
+
+TEST_CASE("an application that opens no addresses cannot be offered as a browser") {
+    const Offers fixture;
+    const auto& manager = fixture.manager;
+    manager.installApp("Plain", "org.example.plain");
+    manager.installApp("Surf", "org.mozilla.surf");
+
+    for (const std::string name : {"Mail", "Plain"}) {
+        CAPTURE(name);
+        CHECK(says(manager.refusal({"create", "app", "Work", name, "--browser"}),
+                   "\"" + name + "\" names no addresses or web pages that it opens"));
+    }
+    CHECK_FALSE(isThere(manager.home / "KorvaneInstances"));
+    // Adopted before types were kept: the engine tells.
+    CHECK(manager.configOf(manager.create({"app", "Surfing", "Surf", "--browser"}))
+              .registerAsBrowser);
+}
+
+TEST_CASE("what replaces a browser is one only where it can be") {
+    const Offers fixture;
+    fixture.installMail("x-scheme-handler/http;");
+    fixture.createMail({"--browser"});
+    const auto isBrowser = [&] {
+        return fixture.manager.configOf(fixture.createMail({"--replace"})).registerAsBrowser;
+    };
+    CHECK(isBrowser());
+
+    fixture.installMail("message/rfc822;");
+
+    CHECK_FALSE(isBrowser());
 }
 
 TEST_CASE("an instance that opens nothing is offered for nothing and has no script") {
@@ -90,6 +122,7 @@ TEST_CASE("offering an instance makes it the default for nothing and says what m
 
     CHECK(done.status == 0);
     CHECK(says(done.error, "where you have chosen no program for them, the desktop may take it."));
+    CHECK(done.error.find("Created \"Work\".") < done.error.find("It is offered for opening"));
     CHECK(readFile(list) == "[Default Applications]\nmessage/rfc822=other.desktop\n");
     CHECK(namesIn(manager.home / ".config") == Strings{"mimeapps.list"});
     CHECK_FALSE(isThere(fixture.data("/applications/mimeapps.list")));

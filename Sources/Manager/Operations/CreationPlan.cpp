@@ -137,12 +137,18 @@ void setCommand(const CreateRequest& request, const UserPlaces& user,
 
 /// On a desktop of entries an instance opens what the entry of its application opens.
 void requireOpenedTypes(const CreationPlan& plan) {
-    if (!plan.request.openWithPassthrough.value_or(false) || !registration::isOffered()) return;
-    if (!openedTypes(plan.target->url).empty()) return;
-    const std::string name{ambrel::paths::stem(plan.target->url)};
-    throw Refusal(Kind::hasNoEffect, "openWithPassthrough",
-                  inQuotes(name) + " names no types of files that it opens: an instance of it "
-                                   "cannot be offered for opening documents.");
+    if (!registration::isOffered()) return;
+    const auto name = inQuotes(ambrel::paths::stem(plan.target->url));
+    if (plan.request.openWithPassthrough.value_or(false) && openedTypes(plan.target->url).empty()) {
+        throw Refusal(Kind::hasNoEffect, "openWithPassthrough",
+                      name + " names no types of files that it opens: an instance of it cannot be "
+                             "offered for opening documents.");
+    }
+    if (plan.request.registerAsBrowser.value_or(false) && !canBrowse(*plan.target)) {
+        throw Refusal(Kind::hasNoEffect, "registerAsBrowser",
+                      name + " names no addresses or web pages that it opens: an instance of it "
+                             "cannot be offered as a web browser.");
+    }
 }
 
 /// Before what is kept of a replaced instance, which depends on whether it is of the same target.

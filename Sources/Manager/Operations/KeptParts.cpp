@@ -63,10 +63,18 @@ public:
     }
 
     void keepOffers() {
-        keepFlag("registerAsBrowser", request_.registerAsBrowser, old_.registerAsBrowser,
+        if (request_.kind != ShortcutKind::app) return;
+        if (!old_.registerAsBrowser && !old_.openWithPassthrough) return;
+        const auto app = ambrel::AppBundle::read(request_.targetApp);
+        if (!app) return;
+        // Where no entry stands for an instance, what it can be offered for is not told by types.
+        const bool hasEntry = registration::isOffered();
+        const bool browses = old_.registerAsBrowser && (!hasEntry || canBrowse(*app));
+        const bool opens =
+            old_.openWithPassthrough && (!hasEntry || !openedTypes(app->url).empty());
+        keepFlag("registerAsBrowser", request_.registerAsBrowser, browses,
                  "that it is offered as a web browser");
-        if (old_.openWithPassthrough && !request_.openWithPassthrough && !opensFiles()) return;
-        keepFlag("openWithPassthrough", request_.openWithPassthrough, old_.openWithPassthrough,
+        keepFlag("openWithPassthrough", request_.openWithPassthrough, opens,
                  "that it is offered for opening documents");
     }
 
@@ -116,11 +124,6 @@ private:
         if (!info || old_.infoPlistOverrides.contains("LSUIElement")) return false;
         const auto found = info->find("LSUIElement");
         return found != info->end() && found->second.exactBoolean().value_or(false);
-    }
-
-    bool opensFiles() const {
-        if (request_.kind != ShortcutKind::app) return false;
-        return !registration::isOffered() || !openedTypes(request_.targetApp).empty();
     }
 
     bool isSameTarget() const {

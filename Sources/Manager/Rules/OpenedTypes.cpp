@@ -1,5 +1,6 @@
 #include "Manager/Rules/OpenedTypes.h"
 
+#include "Ambrel/Application/AppEngine.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/PropertyList.h"
 #include "Manager/Rules/InfoPlistKeys.h"
@@ -32,15 +33,20 @@ bool isType(std::string_view text) {
            std::ranges::find(knownMedia, text.substr(0, slash)) != knownMedia.end();
 }
 
+bool isOfWeb(const std::string& type) {
+    return type == "text/html" || type == "x-scheme-handler/http" ||
+           type == "x-scheme-handler/https";
+}
+
 } // namespace
 
 std::vector<std::string> mimeTypesIn(std::string_view list) {
     std::vector<std::string> types;
     while (!list.empty()) {
         const auto end = std::min(list.find(';'), list.size());
-        const std::string type(list.substr(0, end));
+        const auto type = list.substr(0, end);
         const bool isNew = std::ranges::find(types, type) == types.end();
-        if (isNew && isType(type)) types.push_back(type);
+        if (isNew && isType(type)) types.emplace_back(type);
         list.remove_prefix(std::min(end + 1, list.size()));
     }
     return types;
@@ -50,8 +56,15 @@ std::vector<std::string> openedTypes(const ambrel::Path& app) {
     const auto info = ambrel::readPropertyList(ambrel::BundleLayout{app}.infoPlist());
     if (!info) return {};
     const auto found = info->find(adoptedMimeTypesKey);
-    const auto* const text = found == info->end() ? nullptr : found->second.string();
-    return text == nullptr ? std::vector<std::string>() : mimeTypesIn(*text);
+    const auto* const list = found == info->end() ? nullptr : found->second.string();
+    return list == nullptr ? std::vector<std::string>() : mimeTypesIn(*list);
+}
+
+bool canBrowse(const ambrel::AppBundle& app) {
+    const auto types = openedTypes(app.url);
+    if (!types.empty()) return std::ranges::any_of(types, isOfWeb);
+    const auto engine = ambrel::findEngine(app.url, app.bundleId).engine;
+    return engine == ambrel::AppEngine::chromium || engine == ambrel::AppEngine::firefox;
 }
 
 } // namespace korvane

@@ -136,12 +136,12 @@ std::string spoken(ShortcutKind kind) {
     return {};
 }
 
-/// What the instance was made with, which is told after that it was made.
+/// What the instance was made with and may come of it, which is told after that it was made.
 bool isOnOrigin(const Notice& notice) {
     using Kind = Notice::Kind;
     return notice.kind == Kind::profileUsed || notice.kind == Kind::profileIsBroken ||
            notice.kind == Kind::argumentsOfProfileUnused || notice.kind == Kind::keptOfReplaced ||
-           notice.kind == Kind::homeExisted;
+           notice.kind == Kind::homeExisted || notice.kind == Kind::mayBeDefault;
 }
 
 /// Only an application keeps data in its home; a command has its log there and nothing else.

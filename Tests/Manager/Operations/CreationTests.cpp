@@ -57,7 +57,7 @@ TEST_CASE("every field of a request reaches the configuration") {
     request.targetApp = AppBundleBuilder(scene.home / "Applications/Reader.app")
                             .identifier("org.example.reader")
                             .executable("program", "exit 0")
-                            .entry("KorvaneMimeTypes", "<string>text/plain;</string>")
+                            .entry("KorvaneMimeTypes", "<string>text/plain;text/html;</string>")
                             .write();
     request.home = "~/h";
     request.outputFolder = scene.tmp / "out";
