@@ -168,7 +168,9 @@ TEST_CASE("open says what ended at once, with what it wrote") {
     manager.create({"command", "Fine", "/bin/echo", "--", "done"});
 
     CHECK(says(manager.refusal({"open", "App"}), "\"App\" ended at once with status 0"));
-    CHECK(says(manager.refusal({"open", "App"}), "\n  over\n"));
+    CHECK(says(manager.refusal({"open", "App"}),
+               "Close the copy that runs outside, or keep this one apart by an argument of its "
+               "own: korvane edit App --add-arg ARG\nIt wrote:\n  over\n"));
     CHECK(manager.refusal({"open", "Fails"}) ==
           "korvane: \"Fails\" ended at once with status 9. It wrote:\n  why\n");
     const auto fine = manager.run({"open", "Fine"});
@@ -231,7 +233,12 @@ TEST_CASE("open refuses what could only fail unseen") {
 
     CHECK(says(manager.refusal({"open", "Site"}), "cannot host web sites yet"));
     CHECK(says(manager.refusal({"open", "Damaged"}), "no runner"));
-    CHECK(says(manager.refusal({"open", "Moved"}), "Not a readable .app bundle: "));
+    CHECK(says(manager.refusal({"open", "Moved"}), "Make it again with: korvane adopt Mail\n"));
+    writeFile(manager.applications() + "/Mail.app", "no bundle");
+    const auto unreadable = manager.refusal({"open", "Moved"});
+    CHECK(says(unreadable, "Not a readable .app bundle: "));
+    CHECK_FALSE(contains(unreadable, "korvane adopt"));
+    REQUIRE(::unlink((manager.applications() + "/Mail.app").c_str()) == 0);
     ::rename((manager.tmp / "gone").c_str(), (manager.applications() + "/Mail.app").c_str());
     CHECK(says(manager.refusal({"open", "Fixed"}), "App not clonable: org.example.mail"));
 }

@@ -19,6 +19,9 @@ enum class Remedy {
     changeHome,                ///< give the wanted configuration another home
     shareFolders,              ///< let the instance called `subject` share the user's folders
     adoptFirst,                ///< make an application of the program called `subject`
+    adoptAgain,                ///< adopt the program again whose application `subject` was
+    keepApart,                 ///< close what runs outside the instance called `subject`, or
+                               ///< give it an argument that keeps it apart
     createAgain,               ///< make the instance again, in place of this one
     createAgainWithIdentifier, ///< the same under another bundle identifier
     registerAgain,             ///< register the instance called `subject` again

@@ -55,7 +55,8 @@ void addStart(const CreationPlan& plan, NoticeList& list) {
     if (start.mayHandOver) {
         list.add(Kind::handsOverToRunningCopy, subject,
                  name + " registers on the session bus: while another copy runs, this instance may "
-                        "hand over to that, and will not be kept apart then.");
+                        "hand over to that, and will not be kept apart then; your own copy may "
+                        "hand over to the instance too.");
     }
     if (start.asksAccountForHome) {
         list.inform(Kind::homeFromAccount, subject,

@@ -9,10 +9,13 @@
 #include "Ambrel/Platform/DetachedProcess.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/OutputFile.h"
+#include "Ambrel/Wrapper/WrapperFactory.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
+#include "Manager/Programs/Adoption.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/MissingTarget.h"
 #include "Manager/Rules/Running.h"
 
 #include <algorithm>
@@ -73,6 +76,18 @@ void requireNone(const std::optional<LaunchObstacle>& obstacle, const InstanceRe
     throw Refusal(kindOf(obstacle->kind), isDamage ? record.bundleURL : obstacle->subject,
                   ambrel::utf8::oneLine(sentenceOn(*obstacle, record.config.displayName)),
                   isDamage ? Remedy::createAgain : Remedy::none);
+}
+
+/// An application that was made of an installed program is made of it again where it has gone.
+void requireAdopted(const InstanceRecord& record, const UserPlaces& user) {
+    if (record.config.kind != ShortcutKind::app || !adoptionIsOffered()) return;
+    const auto app = missingTarget(record, user);
+    if (!app) return;
+    const bool isUsual = ambrel::paths::deletingLastComponent(*app) ==
+                         ambrel::WrapperFactory::defaultOutputDir(user);
+    throw Refusal(Refusal::Kind::unreadableApplication, *app,
+                  "The application is not there any more: " + ambrel::utf8::oneLine(*app) + ".",
+                  isUsual ? Remedy::adoptAgain : Remedy::none);
 }
 
 /// An application and a command start without a home too, and say why they do not. Without one
@@ -160,22 +175,23 @@ public:
         if (status != 0) {
             const auto what = isDocument ? "was not opened: its opener ended with status "
                                          : "ended at once with status ";
-            throw endedAtOnce(what + std::to_string(status));
+            throw endedAtOnce(what + std::to_string(status), Remedy::none);
         }
         if (isDocument) return Opened::handedOn;
         if (runs()) return ranBefore_ ? Opened::ranAlready : Opened::runs;
         if (record_.config.kind == ShortcutKind::command) return Opened::ended;
         throw endedAtOnce("ended at once with status 0, and nothing of it runs: it may have handed "
-                          "over to a copy of its program that runs outside the instance");
+                          "over to a copy of its program that runs outside the instance",
+                          Remedy::keepApart);
     }
 
 private:
     bool runs() const { return !Running::now(user_).of(record_).none(); }
 
-    Refusal endedAtOnce(const std::string& what) const {
+    Refusal endedAtOnce(const std::string& what, Remedy remedy) const {
         constexpr std::size_t enoughForLines = 65536;
         return {Refusal::Kind::endedAtOnce, nameFor(record_, user_),
-                inQuotes(record_.config.displayName) + " " + what + ".", Remedy::none,
+                inQuotes(record_.config.displayName) + " " + what + ".", remedy,
                 output_ ? lastLines(output_->written(enoughForLines)) : std::vector<std::string>()};
     }
 
@@ -195,6 +211,7 @@ Path prepareRun(const InstanceRecord& record, const UserPlaces& user) {
 
 void requireOpenable(const InstanceRecord& record, const UserPlaces& user) {
     requireRunner(record);
+    requireAdopted(record, user);
     requireNone(ambrel::findLaunchObstacle(ResolvedInstance::of(record.config, user)), record);
 }
 

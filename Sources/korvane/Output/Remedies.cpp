@@ -1,5 +1,6 @@
 #include "korvane/Output/Remedies.h"
 
+#include "Ambrel/Base/Path.h"
 #include "Ambrel/Base/Utf8.h"
 #include "Manager/Base/Quoting.h"
 #include "korvane/Output/Messages.h"
@@ -52,6 +53,13 @@ std::string remedyText(Remedy remedy, const std::string& subject,
     case Remedy::adoptFirst:
         return " An installed program becomes an application with: " +
                commandLine("adopt", {subject});
+    case Remedy::adoptAgain:
+        return " Make it again with: " +
+               commandLine("adopt", {std::string(ambrel::paths::stem(subject))});
+    case Remedy::keepApart:
+        return " Close the copy that runs outside, or keep this one apart by an argument of its "
+               "own: " +
+               commandLine("edit", {subject}) + " --add-arg ARG";
     case Remedy::registerAgain:
         return " Try again with: " + commandLine("register", {subject});
     case Remedy::stopFirst:
@@ -88,11 +96,12 @@ std::string wholeText(const Refusal& refusal) {
     const bool isOnDesktop =
         refusal.kind == Refusal::Kind::entryTaken && refusal.remedy == Remedy::chooseIdentifier;
     if (isOnDesktop) return refusal.sentence() + " Choose another identifier with --bundle-id.";
-    if (refusal.kind == Refusal::Kind::endedAtOnce && !refusal.alternatives.empty()) {
-        return listed(refusal.sentence() + " It wrote:", refusal.alternatives);
-    }
-    return joined(refusal.sentence(),
-                  remedyText(refusal.remedy, refusal.subject, refusal.alternatives));
+    const auto text = joined(refusal.sentence(),
+                             remedyText(refusal.remedy, refusal.subject, refusal.alternatives));
+    if (refusal.kind != Refusal::Kind::endedAtOnce || refusal.alternatives.empty()) return text;
+    // A command that is to be typed ends its line.
+    const auto* const between = refusal.remedy == Remedy::none ? " " : "\n";
+    return listed(text + between + "It wrote:", refusal.alternatives);
 }
 
 std::string wholeText(const Notice& notice) {
