@@ -364,4 +364,33 @@ TEST_CASE("a new home is made with its folders, and must be nobody else's") {
                "belongs to the instance \"Other\""));
 }
 
+TEST_CASE("a variable that leads away from the home is warned of when it comes") {
+    const Manager manager;
+    manager.installApp("Mail", "org.example.mail");
+    const auto warning = [](const std::string& name) {
+        return "Its variable " + name + " decides where its program keeps its data";
+    };
+    const auto create = [&](const Strings& more) {
+        Strings words{"create", "app", "Work", "Mail", "--replace", "--runner",
+                      KORVANE_TEST_RUNNER};
+        words.insert(words.end(), more.begin(), more.end());
+        return manager.run(words).error;
+    };
+
+    const auto moved = create({"--env", "HOME=/elsewhere"});
+    CHECK(says(moved, warning("HOME")));
+    CHECK_FALSE(contains(moved, "Its data lives in"));
+    manager.result({"delete", "Work"});
+    const auto inside = create({"--env", "XDG_DATA_HOME={{instanceHome}}/data"});
+    CHECK_FALSE(contains(inside, "Its variable"));
+    CHECK(says(inside, "Its data lives in"));
+    for (const std::string name : {"HOME", "CFFIXED_USER_HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME",
+                                   "XDG_CACHE_HOME", "XDG_STATE_HOME"}) {
+        CAPTURE(name);
+        CHECK(says(manager.run({"edit", "Work", "--env", name + "=/elsewhere"}).error,
+                   warning(name)));
+    }
+    CHECK_FALSE(contains(manager.run({"edit", "Work", "--env", "A=1"}).error, "Its variable"));
+}
+
 } // namespace korvane::test

@@ -26,6 +26,7 @@ struct Notice {
         homeIsNotPrivate, ///< subject: the home
         homeExisted,      ///< subject: the home, which was not asked for
         homeNotFurnished, ///< subject: the home, in which something could not be made
+        homeIsOverridden, ///< subject: the variable that leads away from the home
         // What it was made with.
         profileUsed,              ///< subject: the profile's file
         profileIsBroken,          ///< subject: the profile's file

@@ -122,6 +122,9 @@ std::vector<Notice> noticesOn(const CreationPlan& plan, const InstanceRecord& ma
     addPaths(plan.request, user, list);
     addStrategy(plan, list);
     addHome(made, user, list);
+    for (auto& notice : noticesOnOverriding(made.config, nullptr, user)) {
+        list.found.push_back(std::move(notice));
+    }
     return std::move(list.found);
 }
 

@@ -261,6 +261,7 @@ Edited change(const InstanceRecord& record, const InstanceConfig& asked, const U
     append(edited.notices, isMoved ? presence::moved(entry, edited.record, user)
                                    : presence::changed(edited.record, user));
     append(edited.notices, noticesOnDropped(record, edited.record, user, environment));
+    append(edited.notices, noticesOnOverriding(edited.record.config, &record.config, user));
     if (edited.homeChanged) forgetHome(record.config, user);
     addObstacles(edited, user);
     return edited;

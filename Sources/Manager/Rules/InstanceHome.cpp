@@ -5,6 +5,8 @@
 #include "Ambrel/Platform/SocketPath.h"
 #include "Manager/Rules/FieldEffect.h"
 
+#include <array>
+
 namespace korvane {
 
 using ambrel::HomePreparation;
@@ -55,6 +57,42 @@ std::optional<Notice> homeObstacle(const Path& home) {
                               "beyond " +
                               std::to_string(longestHome) + ".",
                   .remedy = Remedy::chooseHome};
+}
+
+std::vector<std::string> variablesOverridingHome(const InstanceConfig& config,
+                                                 const UserPlaces& user) {
+    constexpr std::array deciding{"HOME",          "CFFIXED_USER_HOME", "XDG_CONFIG_HOME",
+                                  "XDG_DATA_HOME", "XDG_CACHE_HOME",    "XDG_STATE_HOME"};
+    std::vector<std::string> names;
+    if (config.kind != ambrel::ShortcutKind::app) return names;
+    const auto instance = ResolvedInstance::of(config, user);
+    for (const auto* name : deciding) {
+        const auto found = instance.environment.find(name);
+        if (found == instance.environment.end()) continue;
+        const auto& value = found->second;
+        const bool isInside = value == instance.home || value.starts_with(instance.home + "/");
+        if (!isInside) names.emplace_back(name);
+    }
+    return names;
+}
+
+std::vector<Notice> noticesOnOverriding(const InstanceConfig& config, const InstanceConfig* before,
+                                        const UserPlaces& user) {
+    std::vector<Notice> notices;
+    for (const auto& name : variablesOverridingHome(config, user)) {
+        if (before != nullptr) {
+            const auto had = before->environment.find(name);
+            const bool isSame =
+                had != before->environment.end() && had->second == config.environment.at(name);
+            if (isSame) continue;
+        }
+        notices.push_back({.kind = Notice::Kind::homeIsOverridden,
+                           .subject = name,
+                           .sentence = "Its variable " + name +
+                                       " decides where its program keeps its data, instead of its "
+                                       "home."});
+    }
+    return notices;
 }
 
 } // namespace korvane

@@ -31,4 +31,14 @@ void ensureHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& 
 /// whose paths have to stay short. Absent when nothing does.
 std::optional<Notice> homeObstacle(const ambrel::Path& home);
 
+/// The variables of the configuration that lead its program elsewhere than into its home; none
+/// where no program is started with one.
+std::vector<std::string> variablesOverridingHome(const ambrel::InstanceConfig& config,
+                                                 const ambrel::UserPlaces& user);
+
+/// A warning for each of those of `config` that `before` has not, or has with another value.
+std::vector<Notice> noticesOnOverriding(const ambrel::InstanceConfig& config,
+                                        const ambrel::InstanceConfig* before,
+                                        const ambrel::UserPlaces& user);
+
 } // namespace korvane

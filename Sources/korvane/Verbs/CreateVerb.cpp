@@ -147,7 +147,10 @@ bool isOnOrigin(const Notice& notice) {
 /// Only an application keeps data in its home; a command has its log there and nothing else.
 void tellAboutHome(const Created& created, const Surroundings& surroundings) {
     const auto& home = created.record.config.instanceHome;
-    if (created.record.config.kind == ShortcutKind::app) {
+    const bool isElsewhere = std::ranges::any_of(created.notices, [](const Notice& notice) {
+        return notice.kind == Notice::Kind::homeIsOverridden && notice.subject == "HOME";
+    });
+    if (created.record.config.kind == ShortcutKind::app && !isElsewhere) {
         say(surroundings, "Its data lives in " + ambrel::utf8::oneLine(home) +
                               (created.homeExisted ? ", with what was there already." : "."));
     }
