@@ -78,7 +78,7 @@ TEST_CASE("ls and rm are list and delete, and help says so") {
     CHECK(manager.result({"ls", "--json"}) == manager.result({"list", "--json"}));
     CHECK(manager.result({"rm", "--help"}) == manager.result({"delete", "--help"}));
     CHECK(contains(manager.result({"help", "ls"}), "\nIn short: korvane ls\n"));
-    CHECK(contains(manager.result({"--help"}), "\n  list, ls        List the instances.\n"));
+    CHECK(contains(manager.result({"--help"}), "\n  list, ls          List the instances.\n"));
     CHECK(manager.run({"rm", "Work"}).status == 0);
     CHECK_FALSE(isThere(bundle));
     CHECK(says(manager.refusal({"lz"}, 2), "Did you mean \"ls\"?"));
@@ -136,6 +136,9 @@ TEST_CASE("help is wrapped at the width of a terminal, and nowhere else") {
     CHECK(contains(narrow, "\r\n                              ")); // an option's second line
     CHECK(widest(onTerminal("400", {"create", "app", "--help"})) <= 100);
     CHECK(widest(onTerminal("50", {"--help"})) <= 50);
+    CHECK(widest(onTerminal("32", {"--help"})) <= 32);
+    CHECK(widest(onTerminal("32", {"mv", "--help"})) <= 32);
+    CHECK(contains(manager.result({"--help"}), "\n  leftovers delete  "));
     const ScopedVariable width("COLUMNS", "60");
     CHECK(manager.result({"create", "app", "--help"}) == plain);
 }

@@ -29,13 +29,28 @@ std::string allNames(const Verb& verb) {
     return names;
 }
 
-std::string commandRow(const Verb& verb, std::optional<std::size_t> width) {
-    constexpr std::size_t nameColumns = 16;
-    const auto names = allNames(verb);
-    const auto blanks = names.size() < nameColumns ? nameColumns - names.size() : 1;
+/// One with the summary beside the names, which take `nameColumns`, or below where there is no
+/// room.
+std::string commandRow(const Verb& verb, std::size_t nameColumns,
+                       std::optional<std::size_t> width) {
     constexpr std::size_t indent = 2;
-    return std::string(indent, ' ') + names + std::string(blanks, ' ') +
-           wrapped(verb.summary, indent + nameColumns, width) + "\n";
+    constexpr std::size_t deeper = 6;
+    constexpr std::size_t leastRoom = 24;
+    const auto names = std::string(indent, ' ') + allNames(verb);
+    const auto column = indent + nameColumns;
+    if (width && *width < column + leastRoom) {
+        return names + "\n" + std::string(deeper, ' ') + wrapped(verb.summary, deeper, width) +
+               "\n";
+    }
+    return names + std::string(column - names.size(), ' ') + wrapped(verb.summary, column, width) +
+           "\n";
+}
+
+/// With two blanks behind the longest.
+std::size_t nameColumnsFor(const std::vector<Verb>& verbs) {
+    std::size_t columns = 0;
+    for (const auto& verb : verbs) columns = std::max(columns, allNames(verb).size());
+    return columns + 2;
 }
 
 std::string firstWord(const std::string& name) { return name.substr(0, name.find(' ')); }
@@ -199,11 +214,13 @@ std::string CommandLine::overview(const std::string& group,
                                          : verb.name.starts_with(group + " ");
         if (shown && !verb.examples.empty()) text += "  " + verb.examples.front() + "\n";
     }
-    text += "\nUsage: korvane " + (group.empty() ? "" : group + " ") + "COMMAND [OPTIONS]\n\n";
+    const auto words = group.empty() ? std::string() : group + " ";
+    text += "\n" + wrapped("Usage: korvane " + words + "COMMAND [OPTIONS]", 0, width) + "\n\n";
     text += "Commands:\n";
+    const auto columns = nameColumnsFor(verbs_);
     for (const auto& verb : verbs_) {
         if (!group.empty() && !verb.name.starts_with(group + " ")) continue;
-        text += commandRow(verb, width);
+        text += commandRow(verb, columns, width);
     }
     text += "\n" +
             wrapped("korvane COMMAND --help tells more about one command; korvane --version shows "

@@ -8,14 +8,20 @@ namespace korvane {
 
 namespace {
 
-constexpr std::size_t optionColumns = 30;
+/// How far descriptions are indented: where there is little room they stand below the options.
+std::size_t optionColumnsFor(std::optional<std::size_t> width) {
+    constexpr std::size_t usual = 30;
+    constexpr std::size_t narrow = 6;
+    constexpr std::size_t leastRoom = 24;
+    return width && *width < usual + leastRoom ? narrow : usual;
+}
 
 } // namespace
 
 HelpFormatter::HelpFormatter(const Verb& verb, std::optional<std::size_t> width)
     : examples_(verb.examples), aliases_(verb.aliases), trailing_(verb.rules.trailingUsage()),
       width_(width) {
-    column_width(optionColumns);
+    column_width(optionColumnsFor(width));
 }
 
 std::string HelpFormatter::make_help(const CLI::App* app, std::string name,
@@ -31,9 +37,10 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string name,
 }
 
 std::string HelpFormatter::make_usage(const CLI::App* app, std::string name) const {
-    auto text = CLI::Formatter::make_usage(app, std::move(name));
-    if (!trailing_.empty()) text.insert(text.find_last_not_of('\n') + 1, " " + trailing_);
-    return text;
+    const auto text = CLI::Formatter::make_usage(app, std::move(name));
+    const auto end = text.find_last_not_of('\n') + 1;
+    const auto usage = text.substr(0, end) + (trailing_.empty() ? "" : " " + trailing_);
+    return wrapped(usage, 2, width_) + text.substr(end);
 }
 
 std::string HelpFormatter::make_option_desc(const CLI::Option* option) const {
@@ -41,7 +48,7 @@ std::string HelpFormatter::make_option_desc(const CLI::Option* option) const {
     if (!width_) return text;
     // The lines after the first are indented by what lays the option out.
     const auto columns = std::min(*width_, widestText);
-    return wrapped(text, 0, columns - std::min(columns, optionColumns));
+    return wrapped(text, 0, columns - std::min(columns, optionColumnsFor(width_)));
 }
 
 std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {
