@@ -371,7 +371,7 @@ TEST_CASE("a variable that leads away from the home is warned of when it comes")
         return "Its variable " + name + " decides where its program keeps its data";
     };
     const auto create = [&](const Strings& more) {
-        Strings words{"create", "app", "Work", "Mail", "--replace", "--runner",
+        Strings words{"create",           "app", "Work", "Mail", "--replace", "--runner",
                       KORVANE_TEST_RUNNER};
         words.insert(words.end(), more.begin(), more.end());
         return manager.run(words).error;
@@ -391,6 +391,16 @@ TEST_CASE("a variable that leads away from the home is warned of when it comes")
                    warning(name)));
     }
     CHECK_FALSE(contains(manager.run({"edit", "Work", "--env", "A=1"}).error, "Its variable"));
+}
+
+TEST_CASE("a new name says which home and which identifier stay") {
+    const Fixture fixture;
+
+    const auto done = fixture.manager.run({"edit", "Work", "--name", "Office"});
+
+    CHECK(says(done.error, "Its home stays ~/KorvaneInstances/Work, its identifier "
+                           "app.korvane.instance.work."));
+    CHECK_FALSE(contains(fixture.manager.run({"edit", "Office", "--env", "B=1"}).error, "stays"));
 }
 
 } // namespace korvane::test

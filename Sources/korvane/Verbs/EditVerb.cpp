@@ -3,6 +3,7 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Operations/Editing.h"
+#include "Manager/Rules/FieldEffect.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "Manager/Rules/UserText.h"
 #include "korvane/CommandLine/Options.h"
@@ -32,11 +33,23 @@ void tellAboutName(const Edited& edited, const Surroundings& surroundings) {
     }
 }
 
+/// Both were made of the name once, and are not made of the new one.
+void tellWhatStays(const Edited& edited, const Surroundings& surroundings) {
+    const auto& config = edited.record.config;
+    if (config.displayName == edited.before.config.displayName) return;
+    const auto identifier = ambrel::utf8::oneLine(config.bundleId);
+    const bool isHomeTold = edited.homeChanged || !isHeeded("instanceHome", config.kind);
+    say(surroundings, isHomeTold ? "Its identifier stays " + identifier + "."
+                                 : "Its home stays " + ambrel::utf8::oneLine(config.instanceHome) +
+                                       ", its identifier " + identifier + ".");
+}
+
 void tellAbout(const Edited& edited, const Surroundings& surroundings) {
     for (const auto& notice : edited.notices) {
         if (!isOnNewHome(notice)) tell(surroundings, notice);
     }
     tellAboutName(edited, surroundings);
+    tellWhatStays(edited, surroundings);
     for (const auto& notice : edited.notices) {
         if (isOnNewHome(notice)) tell(surroundings, notice);
     }
