@@ -708,4 +708,16 @@ TEST_CASE("the new bundle carries its name and identifier") {
     CHECK(plistString(bundle, "CFBundleIdentifier") == "app.korvane.instance.ça-va");
 }
 
+TEST_CASE("an option of create that stands behind the program is said to be the program's") {
+    const Manager manager;
+    const auto create = [&](const std::string& name, const std::string& argument) {
+        return manager
+            .run({"create", "command", name, "--runner", KORVANE_TEST_RUNNER, aProgram, argument})
+            .error;
+    };
+    CHECK(says(create("One", "--terminal"), "\"--terminal\" stands behind the program"));
+    CHECK_FALSE(contains(create("Two", "--terminals"), "stands behind"));
+    CHECK_FALSE(contains(create("Three", "-h"), "stands behind"));
+}
+
 } // namespace korvane::test

@@ -198,6 +198,18 @@ int createInstance(const CreateOptions& options, const Surroundings& surrounding
     return 0;
 }
 
+/// What stands behind a program is the program's, however much it looks like an option of ours.
+void tellOfOptionsGivenOn(const CLI::App& app, const std::vector<std::string>& arguments,
+                          const Surroundings& surroundings) {
+    for (const auto& argument : arguments) {
+        const bool isLong = argument.starts_with("--") && argument.size() > 2;
+        if (!isLong || app.get_option_no_throw(argument) == nullptr) continue;
+        say(surroundings, inQuotes(argument) +
+                              " stands behind the program and is given to it; an option of korvane "
+                              "stands in front of it.");
+    }
+}
+
 } // namespace
 
 Verb createVerb(ShortcutKind kind, const std::string& subject, const std::string& subjectHelp) {
@@ -213,9 +225,11 @@ Verb createVerb(ShortcutKind kind, const std::string& subject, const std::string
         declarePlaces(app, *given);
         declareStart(app, *given);
         declareLook(app, *given);
-        return [given, &surroundings](const std::vector<std::string>& trailing) {
+        return [given, &app, &surroundings](const std::vector<std::string>& trailing) {
             given->commandArgs = trailing;
-            return createInstance(*given, surroundings);
+            const auto status = createInstance(*given, surroundings);
+            tellOfOptionsGivenOn(app, trailing, surroundings);
+            return status;
         };
     };
     return verb;
