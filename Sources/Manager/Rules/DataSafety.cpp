@@ -52,6 +52,8 @@ void requireApartFrom(const InstanceRecord& other, const Path& home,
                       const ambrel::UserPlaces& user) {
     const auto theirs = usableHome(other.config, user);
     if (!theirs) return;
+    // One that has the user's own home has nothing there that is its own.
+    if (folders::isOrLiesIn(user.home, *theirs)) return;
     if (!folders::isOrLiesIn(*theirs, home) && !folders::isOrLiesIn(home, *theirs)) return;
     throw Refusal(Refusal::Kind::homeIsShared, home,
                   "The data is not deleted: " + ambrel::utf8::oneLine(home) +

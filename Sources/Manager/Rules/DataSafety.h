@@ -9,9 +9,9 @@ namespace korvane {
 /// Throws Refusal unless the data of `record` can be deleted without taking anything else along:
 /// its home is not, does not contain and does not lead to the user's own home or one of the
 /// folders in it that hold the user's own files (homeIsUsers), shares no place with the home of
-/// another of `instances` (homeIsShared), is an absolute path (homeIsMissing) and no link
-/// (homeIsLink), and the bundle is none either (bundleIsLink). An instance without a home has no
-/// data, and is not refused.
+/// another of `instances` (homeIsShared; one whose home is or contains the user's own does not
+/// count), is an absolute path (homeIsMissing) and no link (homeIsLink), and the bundle is none
+/// either (bundleIsLink). An instance without a home has no data, and is not refused.
 void requireDeletableData(const ambrel::InstanceRecord& record,
                           const std::vector<ambrel::InstanceRecord>& instances,
                           const ambrel::UserPlaces& user);

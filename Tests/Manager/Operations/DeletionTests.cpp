@@ -281,4 +281,18 @@ TEST_CASE("a bundle whose folder cannot be written stays with its data and its e
     CHECK(registration::findEntry(scene.record, scene.user));
 }
 
+TEST_CASE("an instance that has the user's own home keeps no other's data from being deleted") {
+    const Deletable scene;
+    auto request = scene.request("Own");
+    request.home = "~";
+    scene.make(request);
+    auto wider = scene.request("Wider");
+    wider.home = scene.tmp.path();
+    scene.make(wider);
+
+    perform(planDeletion(scene.record, UserData::remove, scene.user), scene.user);
+
+    CHECK_FALSE(isThere(scene.homeOf()));
+}
+
 } // namespace korvane::test
