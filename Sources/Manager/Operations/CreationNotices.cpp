@@ -96,10 +96,9 @@ void addHome(const InstanceRecord& made, const UserPlaces& user, NoticeList& lis
     if (!hasHome(made.config)) return;
     const auto home = usableHome(made.config, user).value_or("");
     if (auto obstacle = homeObstacle(home)) list.found.push_back(std::move(*obstacle));
-    if (isPrivateHome(made.config, user)) return;
-    list.add(Kind::homeIsNotPrivate, home,
-             "Its home " + ambrel::utf8::oneLine(home) +
-                 " is or contains your own: nothing is prepared in it.");
+    if (auto obstacle = privacyObstacle(made.config, user)) {
+        list.found.push_back(std::move(*obstacle));
+    }
 }
 
 void addStrategy(const CreationPlan& plan, NoticeList& list) {

@@ -11,6 +11,7 @@
 #include "Manager/Operations/KeptParts.h"
 #include "Manager/Programs/ApplicationLookup.h"
 #include "Manager/Programs/Terminal.h"
+#include "Manager/Rules/DataSafety.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "Manager/Rules/OpenedTypes.h"
@@ -214,6 +215,7 @@ void requireOwnClaims(const CreationPlan& plan, const std::vector<InstanceRecord
     const auto claims = claimsOf(plan.wrapper);
     requireOwnBundleId(claims, plan.bundle, instances);
     requireOwnHome(claims, plan.bundle, instances, user, Remedy::chooseHome);
+    requireNoUserFolder(claims, user, Remedy::chooseHome);
     if (!usableHome(claims, user)) {
         throw Refusal(Kind::unknownUser, claims.instanceHome,
                       "The home " + inQuotes(claims.instanceHome) + " names an unknown user.");

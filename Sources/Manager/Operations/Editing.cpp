@@ -14,6 +14,7 @@
 #include "Manager/Operations/Rebuilding.h"
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Operations/WorkedOut.h"
+#include "Manager/Rules/DataSafety.h"
 #include "Manager/Rules/FieldEffect.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 #include "Manager/Rules/InstanceHome.h"
@@ -74,6 +75,7 @@ void requireUsableHome(const InstanceRecord& record, const InstanceConfig& wante
     }
     const Path folder{ambrel::paths::deletingLastComponent(record.bundleURL)};
     requireOwnHome(wanted, record.bundleURL, instancesWith(folder, user), user, Remedy::changeHome);
+    requireNoUserFolder(wanted, user, Remedy::changeHome);
 }
 
 void requireRenamable(const InstanceRecord& record, const UserPlaces& user) {
@@ -228,6 +230,8 @@ void addObstacles(Edited& edited, const UserPlaces& user) {
     if (!edited.homeChanged) return;
     auto obstacle = homeObstacle(usableHome(config, user).value_or(""));
     if (obstacle) edited.notices.push_back(std::move(*obstacle));
+    auto notPrivate = privacyObstacle(config, user);
+    if (notPrivate) edited.notices.push_back(std::move(*notPrivate));
 }
 
 } // namespace

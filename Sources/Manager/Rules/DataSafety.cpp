@@ -5,6 +5,7 @@
 #include "Ambrel/Home/UserFolders.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/SessionLinks.h"
+#include "Ambrel/Platform/UserFolderSettings.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Rules/InstanceLookup.h"
@@ -62,7 +63,32 @@ void requireApartFrom(const InstanceRecord& other, const Path& home,
                       ".");
 }
 
+/// The folders that instances share, where the user has them.
+std::vector<Path> sharedFolders(const ambrel::UserPlaces& user) {
+    auto places = ambrel::UserFolders::allSet(user);
+    const auto settings = ambrel::userFolderSettings(user);
+    for (const std::string name : {"Downloads", "Documents", "Desktop"}) {
+        if (!settings.contains(name)) places.push_back(ambrel::paths::join(user.home, name));
+    }
+    return places;
+}
+
 } // namespace
+
+void requireNoUserFolder(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user,
+                         Remedy remedy) {
+    const auto home = usableHome(config, user);
+    // The whole of the user's home is a choice of its own, which is told of.
+    if (!home || folders::isOrLiesIn(user.home, *home)) return;
+    for (const auto& place : sharedFolders(user)) {
+        if (!folders::isOrLiesIn(place, *home)) continue;
+        throw Refusal(Refusal::Kind::homeIsUsers, *home,
+                      "The home " + ambrel::utf8::oneLine(*home) +
+                          " is or contains your own folder " + ambrel::utf8::oneLine(place) +
+                          ", in which the instance would scatter its files.",
+                      remedy);
+    }
+}
 
 void requireDeletableData(const InstanceRecord& record,
                           const std::vector<InstanceRecord>& instances,

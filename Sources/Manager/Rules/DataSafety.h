@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/Instance/InstanceRegistry.h"
+#include "Manager/Base/Remedy.h"
 
 #include <vector>
 
@@ -15,5 +16,10 @@ namespace korvane {
 void requireDeletableData(const ambrel::InstanceRecord& record,
                           const std::vector<ambrel::InstanceRecord>& instances,
                           const ambrel::UserPlaces& user);
+
+/// Throws Refusal homeIsUsers, with this remedy, when the home of `config` is or contains one of
+/// the user's folders that instances share, but not the whole of the user's home.
+void requireNoUserFolder(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user,
+                         Remedy remedy);
 
 } // namespace korvane

@@ -1,9 +1,11 @@
 #include "Manager/Rules/InstanceHome.h"
 
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Home/HomePreparation.h"
 #include "Ambrel/Home/HomesElsewhere.h"
 #include "Ambrel/Platform/SocketPath.h"
 #include "Manager/Rules/FieldEffect.h"
+#include "Manager/Rules/InstanceLookup.h"
 
 #include <array>
 
@@ -93,6 +95,15 @@ std::vector<Notice> noticesOnOverriding(const InstanceConfig& config, const Inst
                                        "home."});
     }
     return notices;
+}
+
+std::optional<Notice> privacyObstacle(const InstanceConfig& config, const UserPlaces& user) {
+    if (!hasHome(config) || isPrivateHome(config, user)) return std::nullopt;
+    const auto home = usableHome(config, user).value_or("");
+    return Notice{.kind = Notice::Kind::homeIsNotPrivate,
+                  .subject = home,
+                  .sentence = "Its home " + ambrel::utf8::oneLine(home) +
+                              " is or contains your own: nothing is prepared in it."};
 }
 
 } // namespace korvane

@@ -41,4 +41,9 @@ std::vector<Notice> noticesOnOverriding(const ambrel::InstanceConfig& config,
                                         const ambrel::InstanceConfig* before,
                                         const ambrel::UserPlaces& user);
 
+/// That the home is or contains the user's own (homeIsNotPrivate). Absent where it is not, or is
+/// of no use to the instance.
+std::optional<Notice> privacyObstacle(const ambrel::InstanceConfig& config,
+                                      const ambrel::UserPlaces& user);
+
 } // namespace korvane

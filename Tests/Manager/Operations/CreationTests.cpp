@@ -442,4 +442,27 @@ TEST_CASE("an instance that is started while its replacement is built is not rep
     CHECK(namesIn(scene.home / "Applications") == Strings{"Work.app"});
 }
 
+TEST_CASE("no folder of the user's own becomes a home") {
+    const Scene scene;
+    makeFolder(scene.home / "Documents");
+    makeFolder(scene.home / "all/papers");
+    writeFile(scene.home / ".config/user-dirs.dirs", "XDG_DESKTOP_DIR=\"$HOME/all/papers\"\n");
+    makeLink(scene.tmp / "way", scene.home / "Documents");
+    auto request = scene.request();
+    for (const Path home : {"~/Documents", "~/Downloads", "~/all/papers", "~/all"}) {
+        CAPTURE(home);
+        request.home = home;
+        const auto refusal = refusalOf(scene, [&] { scene.plan(request); });
+        CHECK(refusal.kind == Refusal::Kind::homeIsUsers);
+        CHECK(refusal.remedy == Remedy::chooseHome);
+    }
+    request.home = scene.tmp / "way";
+    CHECK(refusalOf(scene, [&] { scene.plan(request); }).kind == Refusal::Kind::homeIsUsers);
+    for (const Path home : {"~", "~/Documents/Work", "~/all/other"}) {
+        CAPTURE(home);
+        request.home = home;
+        CHECK_NOTHROW(scene.plan(request));
+    }
+}
+
 } // namespace korvane::test

@@ -353,4 +353,19 @@ TEST_CASE("a bundle whose Info.plist cannot be read is left alone") {
     CHECK(refusal.subject == file);
 }
 
+TEST_CASE("a new home that is the user's own is told of, and one of their folders refused") {
+    const Scene scene;
+    const auto record = scene.instance();
+    auto wanted = record.config;
+    wanted.instanceHome = "~/Documents";
+    const auto refusal = refusalOf(scene, [&] { change(record, wanted, scene.user); });
+    CHECK(refusal.kind == Kind::homeIsUsers);
+    CHECK(refusal.remedy == Remedy::changeHome);
+
+    wanted.instanceHome = "~";
+    const auto edited = change(record, wanted, scene.user);
+
+    CHECK(noticeOf(edited.notices, Notice::Kind::homeIsNotPrivate).subject == scene.home.path());
+}
+
 } // namespace korvane::test
