@@ -133,8 +133,10 @@ Deleted deleteInstance(const DeletionPlan& plan, const UserPlaces& user) {
         // Removing much takes its time, and what came to the bundle's place in it is not removed.
         requireUnchanged(plan.record, user);
     }
-    forgetHome(plan.record.config, user);
+    // A home that stays is looked for by the list, and is shared with no other instance.
+    if (!plan.home || !exists(*plan.home)) forgetHome(plan.record.config, user);
     deleted.notices = removeBundle(*staging, plan.record, user);
+    unregisteredHomes::forget(plan.record, user);
     return deleted;
 }
 

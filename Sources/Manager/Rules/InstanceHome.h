@@ -9,8 +9,8 @@
 
 namespace korvane {
 
-/// Lets the home be the user's again as far as sharing goes: its instance is gone, or has another
-/// home now. Never fails.
+/// Lets the home be the user's again as far as sharing goes: it is gone with its instance, or that
+/// has another home now. Never fails.
 void forgetHome(const ambrel::InstanceConfig& config, const ambrel::UserPlaces& user) noexcept;
 
 /// Whether an instance of this kind has a use for its home: a document is opened by another

@@ -106,24 +106,24 @@ TEST_CASE("an instance whose data is gone already is deleted without") {
     CHECK_FALSE(isThere(scene.record.bundleURL));
 }
 
-TEST_CASE("a place that was an instance's home is the user's to share again") {
-    const Scene scene;
-    const auto place = scene.tmp / "far/Work";
-    auto request = scene.request();
-    request.home = place;
-    auto other = scene.request("Other");
-    other.home = scene.tmp / "far/Other";
-    const auto record = scene.make(request).record;
-    scene.make(other);
-    writeFile(scene.home / ".config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"" + place + "\"\n");
-    const auto documents = [&] {
-        return ambrel::UserFolders(scene.user, *other.home).find("Documents");
-    };
-    REQUIRE_FALSE(documents().has_value());
+TEST_CASE("a place that was an instance's home is the user's to share again without its data") {
+    for (const auto data : {UserData::keep, UserData::remove}) {
+        const Scene scene;
+        const auto place = scene.tmp / "far/Work";
+        auto request = scene.request();
+        request.home = place;
+        auto other = scene.request("Other");
+        other.home = scene.tmp / "far/Other";
+        const auto record = scene.make(request).record;
+        scene.make(other);
 
-    perform(planDeletion(record, UserData::keep, scene.user), scene.user);
+        perform(planDeletion(record, data, scene.user), scene.user);
 
-    CHECK(documents() == place);
+        makeFolder(place);
+        writeFile(scene.home / ".config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"" + place + "\"\n");
+        const auto documents = ambrel::UserFolders(scene.user, *other.home).find("Documents");
+        CHECK(documents.has_value() == (data == UserData::remove));
+    }
 }
 
 TEST_CASE("a link to an instance goes alone") {

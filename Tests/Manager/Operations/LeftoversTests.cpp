@@ -173,4 +173,18 @@ TEST_CASE("a home that cannot be removed wholly is told with what is in the way"
     CHECK(contains(said, "Permission denied"));
 }
 
+TEST_CASE("a home elsewhere whose instance was deleted without its data is left over") {
+    const Scene scene;
+    auto request = scene.request();
+    request.home = scene.tmp / "far/Work";
+    const auto record = scene.make(request).record;
+    perform(planDeletion(record, ambrel::UserData::keep, scene.user), scene.user);
+
+    REQUIRE(leftIn(scene) == Strings{*request.home});
+    removeLeftover(requireLeftover(*request.home, scene.user, Measure::no), scene.user);
+
+    CHECK_FALSE(isThere(*request.home));
+    CHECK(ambrel::homesElsewhere::all(scene.user).empty());
+}
+
 } // namespace korvane::test
