@@ -27,6 +27,8 @@ struct Entry {
     std::string id;
     ambrel::Path file;
     ambrel::Path bundle; ///< as the entry names it
+    /// Of the instance when the entry was written; absent where the entry does not name it.
+    std::optional<ambrel::Path> home{};
 };
 
 /// The entry of this instance; absent when it has none, also where another's stands in its place.

@@ -38,8 +38,17 @@ bool isRealFolder(const Path& path) {
     return fileSystem::kindOf(path) == fileSystem::ItemKind::folder;
 }
 
-/// Every bundle of which may be known where its home lies, readable or not.
+/// Throws FileError for a folder that is there, or may be, and cannot be listed.
+void requireListable(const Path& folder) {
+    if (fileSystem::isMissing(folder) && !fileSystem::kindOf(folder)) return;
+    fileSystem::list(folder);
+}
+
+/// Every bundle of which may be known where its home lies, readable or not. Throws FileError where
+/// not all can be known.
 std::set<Path> knownBundles(const UserPlaces& user) {
+    requireListable(paths::join(user.data, "applications"));
+    for (const auto& folder : InstanceRegistry::defaultSearchDirs(user)) requireListable(folder);
     std::set<Path> bundles;
     for (auto& bundle : ambrel::bundlesIn(InstanceRegistry::defaultSearchDirs(user))) {
         bundles.insert(std::move(bundle));
@@ -51,13 +60,15 @@ std::set<Path> knownBundles(const UserPlaces& user) {
 /// What homes may belong to.
 struct Owners {
     std::vector<InstanceRecord> instances;
-    std::set<std::string> unreadable; ///< names of bundles that do not tell their home
+    std::set<std::string> unreadable;         ///< names of bundles that do not tell their home
+    std::vector<std::pair<Path, Path>> named; ///< such bundles, and the homes that entries name
+    Running running;
 };
 
 /// A bundle on a disk that is not there now, or one that is damaged, may still have its home. An
 /// application has none.
 Owners findOwners(const UserPlaces& user) {
-    Owners owners;
+    Owners owners{.instances = {}, .unreadable = {}, .named = {}, .running = Running::now(user)};
     const InstanceRegistry registry(user);
     for (const auto& bundle : knownBundles(user)) {
         if (auto record = registry.recordFor(bundle)) {
@@ -66,7 +77,40 @@ Owners findOwners(const UserPlaces& user) {
             owners.unreadable.emplace(paths::stem(bundle));
         }
     }
+    for (const auto& entry : registration::listEntries(user)) {
+        if (!entry.home || registry.recordFor(entry.bundle)) continue;
+        // All homes lie in the user's own, and it is protected without this.
+        if (folders::isOrLiesIn(user.home, *entry.home)) continue;
+        owners.named.emplace_back(entry.bundle, *entry.home);
+    }
     return owners;
+}
+
+[[noreturn]] void refuseUnreadable(const Path& home, std::string_view name) {
+    throw Refusal(Kind::homeIsShared, home,
+                  "The data is not deleted: " + ambrel::utf8::oneLine(home) +
+                      " may be the home of " + inQuotes(std::string(name)) +
+                      ", whose bundle is missing or cannot be read.");
+}
+
+/// The name of its folder tells of a home where the entry, one of an earlier version, does not.
+void requireNoUnreadable(const Path& home, const Owners& owners) {
+    const std::string name(paths::lastComponent(home));
+    if (owners.unreadable.contains(name)) refuseUnreadable(home, name);
+    for (const auto& [bundle, theirs] : owners.named) {
+        if (folders::isOrLiesIn(theirs, home) || folders::isOrLiesIn(home, theirs)) {
+            refuseUnreadable(home, paths::stem(bundle));
+        }
+    }
+}
+
+/// Its bundle may be gone while its program still writes there.
+void requireNothingRuns(const Path& home, const Running& running) {
+    const auto ids = running.in(home);
+    if (ids.empty()) return;
+    throw Refusal(Kind::instanceRuns, home,
+                  "The data is not deleted: something still runs in " +
+                      ambrel::utf8::oneLine(home) + " (" + spokenProcesses(ids) + ").");
 }
 
 /// Throws what speaks against removing it.
@@ -74,12 +118,8 @@ void requireUnused(const Path& home, const Owners& owners, const UserPlaces& use
     InstanceRecord nobody;
     nobody.config.instanceHome = home;
     requireDeletableData(nobody, owners.instances, user);
-    const std::string name(paths::lastComponent(home));
-    if (!owners.unreadable.contains(name)) return;
-    throw Refusal(Kind::homeIsShared, home,
-                  "The data is not deleted: " + ambrel::utf8::oneLine(home) +
-                      " may be the home of " + inQuotes(name) +
-                      ", whose bundle is missing or cannot be read.");
+    requireNoUnreadable(home, owners);
+    requireNothingRuns(home, owners.running);
 }
 
 /// A program outlives the bundle that was thrown away under it, and would make its home anew.

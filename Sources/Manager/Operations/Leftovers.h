@@ -23,14 +23,15 @@ struct LeftoverHome {
 /// The homes in ~/KorvaneInstances, and those on the list of homes elsewhere, that no instance has,
 /// sorted by path. Instances are those in ~/Applications and those that a desktop entry of ours
 /// stands for. What cannot be told from a home in use is left out: what is, holds or lies in an
-/// instance's home, what is or holds a folder of the user's, a link, and a folder with the name of
-/// a bundle that cannot be read. Never fails.
+/// instance's home, what is or holds a folder of the user's, a link, the home that the entry
+/// of a bundle that cannot be read names, a folder with the name of such a bundle, and a home in
+/// which something runs. Throws FileError where the instances or the entries cannot be listed.
 std::vector<LeftoverHome> findLeftovers(const ambrel::UserPlaces& user, Measure measure);
 
 /// The one of findLeftovers() that is meant by the name of its folder or by its path. Throws
 /// Refusal unknownHome when it is none of them; for a folder that stands there, homeIsUsers,
-/// homeIsShared and homeIsLink say why not; instanceRuns while a program has it as its HOME or
-/// writes into its log.
+/// homeIsShared, homeIsLink and instanceRuns, whose subject is the home, say why not. Throws
+/// FileError as findLeftovers() does.
 LeftoverHome requireLeftover(const std::string& nameOrPath, const ambrel::UserPlaces& user,
                              Measure measure);
 

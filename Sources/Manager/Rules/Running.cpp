@@ -182,6 +182,19 @@ RunningProcesses Running::of(const InstanceRecord& record) const {
     return found;
 }
 
+std::vector<int> Running::in(const Path& home) const {
+    InstanceRecord anybody;
+    anybody.config.instanceHome = home;
+    const auto signs = Signs::of(anybody, user_);
+    std::vector<int> found;
+    for (const auto& known : processes_) {
+        const auto& process = known.process;
+        if (!process.isUsers || process.id == ambrel::ownProcessId()) continue;
+        if (signs.isLogOf(process) || signs.isHomeOf(known)) found.push_back(process.id);
+    }
+    return found;
+}
+
 void requireNotRunning(const InstanceRecord& record, const UserPlaces& user) {
     const auto found = Running::now(user).of(record);
     if (found.none()) return;

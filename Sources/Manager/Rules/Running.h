@@ -33,6 +33,10 @@ public:
 
     RunningProcesses of(const ambrel::InstanceRecord& record) const;
 
+    /// The processes of this user whose HOME this is, or that write into the log in it, whosever
+    /// they are; but not this process.
+    std::vector<int> in(const ambrel::Path& home) const;
+
 private:
     /// A process, with what is asked of it for each instance.
     struct Known {

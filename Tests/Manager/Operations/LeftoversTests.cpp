@@ -173,6 +173,46 @@ TEST_CASE("a home that cannot be removed wholly is told with what is in the way"
     CHECK(contains(said, "Permission denied"));
 }
 
+TEST_CASE("the home that an entry names is not left over while the bundle cannot be read") {
+    const Scene scene;
+    auto request = scene.request("Renamed");
+    request.home = scene.homeOf();
+    scene.make(request);
+    ambrel::fileSystem::move(scene.home / "Applications", scene.tmp / "unmounted");
+
+    CHECK(leftIn(scene).empty());
+    CHECK(kindOfRefusal(scene, "Work") == Kind::homeIsShared);
+    makeLink(scene.tmp / "way", scene.home / "KorvaneInstances");
+    CHECK(kindOfRefusal(scene, scene.tmp / "way/Work") == Kind::homeIsShared);
+}
+
+TEST_CASE("nothing is told to be left over while instances or entries cannot be listed") {
+    for (const std::string folder : {"Applications", ".local/share/applications"}) {
+        CAPTURE(folder);
+        const Scene scene;
+        makeFolder(scene.homeOf());
+        REQUIRE(leftIn(scene) == Strings{scene.homeOf()});
+        if (isThere(scene.home / folder)) ambrel::fileSystem::removeTree(scene.home / folder);
+        writeFile(scene.home / folder, "no folder");
+
+        CHECK_THROWS_AS(leftIn(scene), ambrel::FileError);
+        CHECK_THROWS_AS(requireLeftover("Work", scene.user, Measure::no), ambrel::FileError);
+    }
+}
+
+TEST_CASE("a home is not left over while something of a bundle that is gone runs in it") {
+    const Started scene;
+    ambrel::fileSystem::removeTree(scene.record.bundleURL);
+    ambrel::fileSystem::removeTree(scene.user.data + "/applications");
+
+    CHECK(leftIn(scene).empty());
+    const auto refusal =
+        expectThrow<Refusal>([&] { requireLeftover(scene.homeOf(), scene.user, Measure::no); });
+    CHECK(refusal.kind == Kind::instanceRuns);
+    CHECK(refusal.subject == scene.homeOf());
+    CHECK(contains(refusal.sentence(), std::to_string(scene.command)));
+}
+
 TEST_CASE("a home elsewhere whose instance was deleted without its data is left over") {
     const Scene scene;
     auto request = scene.request();

@@ -127,6 +127,7 @@ std::string entryText(const EntryValues& values) {
         add("InitialPreference", "0");
     }
     add(bundleKey, path(values.bundle));
+    if (!values.home.empty()) add(homeKey, path(values.home));
     return text;
 }
 

@@ -13,6 +13,10 @@ namespace korvane::registration {
 /// The key that says which bundle an entry stands for.
 inline constexpr const char* bundleKey = "X-Korvane-Bundle";
 
+/// The key that says where its home lies, for when the bundle cannot be asked. Entries of earlier
+/// versions have none.
+inline constexpr const char* homeKey = "X-Korvane-Home";
+
 /// What an entry of an instance holds, in plain text.
 struct EntryValues {
     std::string name;
@@ -22,6 +26,7 @@ struct EntryValues {
     std::string categories;         ///< each with ";" behind it
     std::vector<std::string> types; ///< what it is offered for; none for most
     ambrel::Path bundle;
+    ambrel::Path home; ///< empty where it has none, or none that an entry can hold
 };
 
 /// The whole entry. Throws Refusal for values that no entry can hold: text that is not UTF-8 or

@@ -37,7 +37,9 @@ std::optional<ExistingEntry> readEntry(const Places& places) noexcept {
         const auto entry = DesktopEntry::parse(fileSystem::read(file));
         const auto bundle = entry.string(bundleKey);
         if (!bundle || !bundle->starts_with('/')) return std::nullopt;
-        return ExistingEntry{Path(ambrel::paths::withoutTrailingSlashes(*bundle)),
+        auto home = entry.string(homeKey);
+        if (home && !home->starts_with('/')) home.reset();
+        return ExistingEntry{Path(ambrel::paths::withoutTrailingSlashes(*bundle)), std::move(home),
                              entry.string("Icon") == places.id,
                              programOf(entry, file) == places.script(), entry.has("MimeType")};
     } catch (const std::exception&) {

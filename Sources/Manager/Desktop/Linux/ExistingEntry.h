@@ -8,10 +8,11 @@ namespace korvane::registration {
 
 /// An entry of ours as it stands on disk, of whatever bundle.
 struct ExistingEntry {
-    ambrel::Path bundle; ///< as the entry names it
-    bool hasIcons;       ///< its icons are those in the theme that carry its id
-    bool hasScript;      ///< it starts the script that carries its id
-    bool offersItself;   ///< it names types that it opens
+    ambrel::Path bundle;              ///< as the entry names it
+    std::optional<ambrel::Path> home; ///< of its instance, where the entry names it
+    bool hasIcons;                    ///< its icons are those in the theme that carry its id
+    bool hasScript;                   ///< it starts the script that carries its id
+    bool offersItself;                ///< it names types that it opens
 
     bool isFor(const ambrel::Path& path) const;
 };

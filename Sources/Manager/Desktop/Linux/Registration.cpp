@@ -151,7 +151,16 @@ std::string themeIconFor(ShortcutKind kind) {
     return "application-x-executable";
 }
 
-EntryFiles filesFor(const InstanceConfig& config, const Path& bundle, const Places& places) {
+/// The home for the entry; empty where there is none, or none that an entry can hold: the instance
+/// is shown all the same.
+Path homeFor(const InstanceConfig& config, const ambrel::UserPlaces& user) {
+    auto home = config.resolvedHome(user);
+    const bool isPlain = home.starts_with('/') && ambrel::utf8::oneLine(home) == home;
+    return isPlain ? home : Path();
+}
+
+EntryFiles filesFor(const InstanceConfig& config, const Path& bundle, const Places& places,
+                    const ambrel::UserPlaces& user) {
     const BundleLayout layout{bundle};
     EntryFiles files;
     files.icons = themeIconsOf(layout.icon());
@@ -167,7 +176,8 @@ EntryFiles filesFor(const InstanceConfig& config, const Path& bundle, const Plac
                              .windowClass = windowClassOf(config, places.id),
                              .categories = categoriesOf(config),
                              .types = std::move(types),
-                             .bundle = bundle});
+                             .bundle = bundle,
+                             .home = homeFor(config, user)});
     return files;
 }
 
@@ -195,11 +205,11 @@ void updateTypeIndex(const Places& places) noexcept {
 
 /// Writes the entry of `record` over `existing`, which is its own or a stray, or where none is.
 Entry write(const InstanceRecord& record, const Places& places,
-            const std::optional<ExistingEntry>& existing) {
+            const std::optional<ExistingEntry>& existing, const ambrel::UserPlaces& user) {
     // One bundle can have several paths; the entry keeps its own.
     const bool isKept = existing && existing->isFor(record.bundleURL);
     const auto bundle = isKept ? existing->bundle : bundleOf(record.bundleURL);
-    const auto files = filesFor(record.config, bundle, places);
+    const auto files = filesFor(record.config, bundle, places, user);
     if (const auto file = findStranger(places, files, existing)) {
         refuseStranger(*file, Remedy::none);
     }
@@ -227,7 +237,7 @@ std::vector<Entry> listEntries(const ambrel::UserPlaces& user) noexcept {
         for (const auto& id : idsIn(user)) {
             const Places places{id, user.data};
             const auto existing = readEntry(places);
-            if (existing) entries.push_back({id, places.entry(), existing->bundle});
+            if (existing) entries.push_back({id, places.entry(), existing->bundle, existing->home});
         }
     } catch (const std::exception&) {
         // What cannot be listed shows nothing either.
@@ -267,7 +277,7 @@ Entry add(const InstanceRecord& record, const ambrel::UserPlaces& user) {
     const auto places = placesFor(record.config.bundleId, user);
     requirePlace(places);
     requireOwnPlace(places, record.bundleURL, Remedy::none);
-    return write(record, places, findOwn(places, record.bundleURL));
+    return write(record, places, findOwn(places, record.bundleURL), user);
 }
 
 EntryCheck check(const InstanceRecord& record, const ambrel::UserPlaces& user) {
@@ -281,7 +291,7 @@ EntryCheck check(const InstanceRecord& record, const ambrel::UserPlaces& user) {
         if (isStray(places, *existing)) return {State::stray, existing->bundle};
         return {State::taken, places.entry(), foreignEntry(places)};
     }
-    const auto files = filesFor(record.config, existing->bundle, places);
+    const auto files = filesFor(record.config, existing->bundle, places, user);
     if (const auto file = findStranger(places, files, existing)) {
         return {State::taken, *file, strangeFile(*file)};
     }
@@ -294,7 +304,7 @@ Entry mend(const InstanceRecord& record, const ambrel::UserPlaces& user) {
     const auto existing = readEntry(places);
     const bool takesOver =
         existing && !existing->isFor(record.bundleURL) && isStray(places, *existing);
-    return takesOver ? write(record, places, existing) : add(record, user);
+    return takesOver ? write(record, places, existing, user) : add(record, user);
 }
 
 void remove(const Entry& entry, const ambrel::UserPlaces& user) {
