@@ -9,6 +9,7 @@
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "Manager/Rules/Running.h"
+#include "Manager/Rules/UnregisteredHomes.h"
 
 #include <memory>
 

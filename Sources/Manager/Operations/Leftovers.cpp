@@ -11,6 +11,7 @@
 #include "Manager/Desktop/Registration.h"
 #include "Manager/Rules/DataSafety.h"
 #include "Manager/Rules/Running.h"
+#include "Manager/Rules/UnregisteredHomes.h"
 #include "Manager/Rules/UserText.h"
 
 #include <algorithm>
@@ -82,6 +83,13 @@ Owners findOwners(const UserPlaces& user) {
         // All homes lie in the user's own, and it is protected without this.
         if (folders::isOrLiesIn(user.home, *entry.home)) continue;
         owners.named.emplace_back(entry.bundle, *entry.home);
+    }
+    for (const auto& [bundle, home] : unregisteredHomes::all(user)) {
+        if (auto record = registry.recordFor(bundle)) {
+            owners.instances.push_back(std::move(*record));
+        } else {
+            owners.named.emplace_back(bundle, home);
+        }
     }
     return owners;
 }

@@ -2,6 +2,7 @@
 
 #include "Ambrel/Home/HomesElsewhere.h"
 #include "Manager/Operations/Deletion.h"
+#include "Manager/Operations/Registering.h"
 #include "RunningScene.h"
 #include "Support/Programs.h"
 
@@ -225,6 +226,26 @@ TEST_CASE("a home elsewhere whose instance was deleted without its data is left 
 
     CHECK_FALSE(isThere(*request.home));
     CHECK(ambrel::homesElsewhere::all(scene.user).empty());
+}
+
+TEST_CASE("the home of an instance elsewhere that was unregistered is not left over") {
+    const Scene scene;
+    auto request = scene.request("Renamed");
+    request.outputFolder = scene.tmp / "disk";
+    request.home = scene.homeOf();
+    const auto record = scene.make(request).record;
+    unregisterInstance(record, scene.user);
+
+    CHECK(leftIn(scene).empty());
+    CHECK(kindOfRefusal(scene, "Work") == Kind::homeIsShared);
+    ambrel::fileSystem::move(scene.tmp / "disk", scene.tmp / "unplugged");
+    CHECK(leftIn(scene).empty());
+    CHECK(kindOfRefusal(scene, "Work") == Kind::homeIsShared);
+    ambrel::fileSystem::move(scene.tmp / "unplugged", scene.tmp / "disk");
+
+    perform(planDeletion(record, ambrel::UserData::keep, scene.user), scene.user);
+
+    CHECK(leftIn(scene) == Strings{scene.homeOf()});
 }
 
 } // namespace korvane::test
