@@ -240,9 +240,9 @@ TEST_CASE("every installed profile can be read and describes the application it 
         CHECK(isUsable(profile));
         CHECK(unknownKeys(text).empty());
     }
-    for (const std::string name : {"org.xfce.mousepad", "org.gnome.TextEditor", "gimp",
-                                   "org.inkscape.Inkscape", "org.keepassxc.KeePassXC",
-                                   "org.gnome.Nautilus", "org.pwmt.zathura", "featherpad"}) {
+    for (const std::string name :
+         {"org.xfce.mousepad", "org.gnome.TextEditor", "gimp", "org.inkscape.Inkscape",
+          "org.keepassxc.KeePassXC", "org.gnome.Nautilus", "org.pwmt.zathura", "featherpad"}) {
         CAPTURE(name);
         CHECK(isThere(folder + "/" + name + ".json"));
     }

@@ -130,18 +130,6 @@ void requireUnused(const Path& home, const Owners& owners, const UserPlaces& use
     requireNothingRuns(home, owners.running);
 }
 
-/// A program outlives the bundle that was thrown away under it, and would make its home anew.
-void requireNothingRuns(const Path& home, const UserPlaces& user) {
-    InstanceRecord nobody;
-    nobody.config.instanceHome = home;
-    const auto found = Running::now(user).of(nobody);
-    if (found.none()) return;
-    throw Refusal(Kind::instanceRuns, home,
-                  "The data is not deleted: something still runs in " +
-                      ambrel::utf8::oneLine(home) + " (" + spokenProcesses(found.ids) +
-                      "). End it first.");
-}
-
 bool isUnused(const Path& home, const Owners& owners, const UserPlaces& user) {
     try {
         requireUnused(home, owners, user);
@@ -224,7 +212,6 @@ LeftoverHome requireLeftover(const std::string& nameOrPath, const UserPlaces& us
                       Remedy::listLeftovers);
     }
     requireUnused(*found, findOwners(user), user);
-    requireNothingRuns(*found, user);
     return described(*found, measure);
 }
 

@@ -36,7 +36,8 @@ bool isFoundAnyway(const Path& bundle, const UserPlaces& user) {
 
 void remember(const InstanceRecord& record, const UserPlaces& user) {
     const auto home = usableHome(record.config, user);
-    const Path bundle{paths::withoutTrailingSlashes(record.bundleURL)};
+    // Named by a link it counts as the bundle that the link leads to.
+    const auto bundle = ambrel::folders::canonical(record.bundleURL);
     if (!home || user.data.empty() || isFoundAnyway(bundle, user)) return;
     fileSystem::createFolders(folderOf(user));
     fileSystem::replace(fileOf(record, user), bundle + '\0' + *home, ownerFile);

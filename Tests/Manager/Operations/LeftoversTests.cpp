@@ -143,20 +143,6 @@ TEST_CASE("a home that got an instance since it was looked at is not removed") {
     CHECK(refusal.kind == Kind::homeIsShared);
 }
 
-TEST_CASE("a home is not removed while a program runs in it whose bundle was thrown away") {
-    const Started scene;
-    ambrel::fileSystem::removeTree(scene.record.bundleURL);
-    ambrel::fileSystem::removeTree(scene.user.data + "/applications");
-    REQUIRE(leftIn(scene) == Strings{scene.homeOf()});
-
-    const auto refusal =
-        refusalOf(scene, [&] { requireLeftover("Work", scene.user, Measure::no); });
-
-    CHECK(refusal.kind == Kind::instanceRuns);
-    CHECK(refusal.subject == scene.homeOf());
-    CHECK(contains(refusal.sentence(), std::to_string(scene.command)));
-}
-
 TEST_CASE("a home that cannot be removed wholly is told with what is in the way") {
     const Scene scene;
     const auto locked = makeFolder(scene.homeOf() + "/locked");
