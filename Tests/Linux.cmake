@@ -74,6 +74,7 @@ add_doctest(FaultInjectionTests
     Ambrel/Home/Linux/DesktopAccessFaultTests.cpp
     Ambrel/Platform/Linux/FileSystemFaultTests.cpp
     Manager/Operations/Linux/CreationFaultTests.cpp
+    Manager/Operations/Linux/DeletionFaultTests.cpp
     Support/Faults.cpp
 )
 target_link_libraries(FaultInjectionTests PRIVATE Korvane::Manager)

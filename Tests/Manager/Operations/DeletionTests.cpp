@@ -232,40 +232,6 @@ TEST_CASE("an instance that runs is not deleted, with its data or without, but a
     CHECK(perform(planDeletion(link, UserData::keep, scene.user), scene.user).wasLink);
 }
 
-TEST_CASE(
-    "data that cannot be removed leaves the instance as it was, and says what is in the way") {
-    const Deletable scene;
-    const auto locked = makeFolder(scene.homeOf() + "/locked");
-    writeFile(locked + "/file");
-    giveToOrdinaryUser(scene.tmp.path());
-    // What belongs to somebody else cannot be unlocked.
-    REQUIRE(::chown(locked.c_str(), 0, 0) == 0);
-
-    const auto said = asOrdinaryUser([&]() -> std::string {
-        const auto plan = planDeletion(scene.record, UserData::remove, scene.user);
-        try {
-            perform(plan, scene.user);
-        } catch (const Refusal& refusal) {
-            const bool isKind = refusal.kind == Kind::dataRemains;
-            return std::string(isKind ? "remains: " : "other: ") + refusal.sentence();
-        }
-        return "deleted";
-    });
-
-    CHECK(beginsWith(said, "remains: Not all of its data in " + scene.homeOf()));
-    CHECK(contains(said, locked));
-    CHECK(contains(said, "Permission denied"));
-    CHECK(isRealFolder(scene.record.bundleURL));
-    CHECK(registration::findEntry(scene.record, scene.user));
-    CHECK(scene.configOf(scene.record.bundleURL).displayName == "Work");
-
-    perform(planDeletion(scene.record, UserData::remove, scene.user), scene.user);
-
-    CHECK_FALSE(isThere(scene.homeOf()));
-    CHECK_FALSE(isThere(scene.record.bundleURL));
-    CHECK_FALSE(registration::findEntry(scene.record, scene.user));
-}
-
 TEST_CASE("a bundle whose folder cannot be written stays with its data and its entry") {
     const Deletable scene;
     giveToOrdinaryUser(scene.tmp.path());

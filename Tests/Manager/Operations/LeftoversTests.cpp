@@ -143,23 +143,6 @@ TEST_CASE("a home that got an instance since it was looked at is not removed") {
     CHECK(refusal.kind == Kind::homeIsShared);
 }
 
-TEST_CASE("a home that cannot be removed wholly is told with what is in the way") {
-    const Scene scene;
-    const auto locked = makeFolder(scene.homeOf() + "/locked");
-    writeFile(locked + "/file");
-    giveToOrdinaryUser(scene.tmp.path());
-    REQUIRE(::chown(locked.c_str(), 0, 0) == 0);
-
-    const auto said = asOrdinaryUser([&]() -> std::string {
-        removeLeftover(requireLeftover("Work", scene.user, Measure::no), scene.user);
-        return "removed";
-    });
-
-    CHECK(beginsWith(said, "threw: Not all of " + scene.homeOf()));
-    CHECK(contains(said, locked));
-    CHECK(contains(said, "Permission denied"));
-}
-
 TEST_CASE("the home that an entry names is not left over while the bundle cannot be read") {
     const Scene scene;
     auto request = scene.request("Renamed");
