@@ -97,14 +97,27 @@ std::string listByLooking(const UserPlaces& user) {
     return list;
 }
 
+/// The list, made where it is missing; absent where it cannot be. Others who make it at the same
+/// time, or take back the folders of it that they have made, are no reason to go without.
+std::optional<std::string> madeList(const UserPlaces& user) {
+    constexpr int attempts = 20;
+    auto list = readList(user);
+    if (list) return list;
+    const auto looked = listByLooking(user);
+    for (int attempt = 0; attempt < attempts && !list; ++attempt) {
+        tryMakeList(looked, user);
+        list = readList(user);
+    }
+    return list;
+}
+
 } // namespace
 
 void add(const Path& given, const UserPlaces& user) noexcept {
     try {
         const Path home{paths::withoutTrailingSlashes(given)};
         if (!isElsewhere(home, user)) return;
-        if (!readList(user)) tryMakeList(listByLooking(user), user);
-        auto list = readList(user);
+        auto list = madeList(user);
         if (!list) return;
         const auto known = list->size();
         appendHome(*list, home, user);
