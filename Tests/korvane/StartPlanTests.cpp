@@ -535,10 +535,10 @@ TEST_CASE("inspect shows what create stores") {
     CHECK(contains(fixture.manager.result({"inspect", "Mail"}), "autoDetected"));
     const auto bundle = fixture.manager.create({"app", "Work", "Mail"});
     const auto stored = fixture.manager.json({"show", bundle, "--json"});
-    const auto id = stored["desktopId"].get<std::string>();
+    const auto storedId = stored["desktopId"].get<std::string>();
     const auto withId = [&](const nlohmann::json& part) {
-        auto text = std::regex_replace(part.dump(), std::regex(R"(\{\{desktopId\}\})"), id);
-        auto underscored = id;
+        auto text = std::regex_replace(part.dump(), std::regex(R"(\{\{desktopId\}\})"), storedId);
+        auto underscored = storedId;
         std::ranges::replace(underscored, '.', '_');
         text = std::regex_replace(text, std::regex(R"(\{\{desktopIdUnderscored\}\})"), underscored);
         return nlohmann::json::parse(text);
