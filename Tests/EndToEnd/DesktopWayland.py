@@ -28,7 +28,8 @@ class ApplicationIds(InDesktop):
 
         def told():
             if instance.poll() is not None:
-                raise AssertionError(f"{entry} ended with {instance.returncode}")
+                raise AssertionError(f"{entry} ended with {instance.returncode}, the compositor with "
+                                     f"{self.compositor.poll()}: {self.log('Work')[-4000:]}")
             return re.findall(r'set_app_id\("(.*)"\)', self.log("Work"))
 
         return set(awaitCondition(told, lambda: "it names no window"))
