@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 
 namespace korvane::runner {
@@ -27,6 +28,10 @@ public:
     /// Calls `work` once on the loop's thread, never before this returns, in the order of posting.
     /// From any thread for as long as the loop exists; not from a signal handler.
     virtual void post(std::function<void()> work) = 0;
+
+    /// Calls `work` once on the loop's thread, `delay` from now or later, however busy the loop is.
+    /// On the loop's own thread.
+    virtual void after(std::chrono::milliseconds delay, std::function<void()> work) = 0;
 
     /// Calls `callback` on the loop's thread whenever `descriptor` can be read or has come to its
     /// end, also when that was so before run(). The descriptor stays its owner's and must be open

@@ -3,6 +3,8 @@
 #include "Ambrel/Platform/Pipe.h"
 #include "Support/Expect.h"
 
+#include <chrono>
+#include <functional>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -73,6 +75,32 @@ void checkPost(AppLoop& loop) {
         CHECK(order.empty());
         loop.run();
         CHECK(order == "abcd");
+    }
+    SUBCASE("work for later is done after what was posted, the shorter delay first") {
+        using std::chrono_literals::operator""ms;
+        std::string order;
+        loop.after(20ms, [&] {
+            order += 'c';
+            loop.end(0);
+        });
+        loop.after(1ms, [&] { order += 'b'; });
+        loop.post([&] { order += 'a'; });
+        CHECK(order.empty());
+        loop.run();
+        CHECK(order == "abc");
+    }
+    SUBCASE("work for later is done however much is posted meanwhile") {
+        bool isOver = false;
+        std::function<void()> again = [&] {
+            if (!isOver) loop.post(again);
+        };
+        loop.post(again);
+        loop.after(std::chrono::milliseconds(5), [&] {
+            isOver = true;
+            loop.end(0);
+        });
+        loop.run();
+        CHECK(isOver);
     }
     SUBCASE("work from another thread wakes a loop that waits, and is done on the loop's thread") {
         Pipe pipe = Pipe::make();

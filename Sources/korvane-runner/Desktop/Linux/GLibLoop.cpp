@@ -60,6 +60,15 @@ void GLibLoop::post(std::function<void()> work) {
                     Call::drop);
 }
 
+void GLibLoop::after(std::chrono::milliseconds delay, std::function<void()> work) {
+    auto once = [work = std::move(work)] {
+        work();
+        return Watching::ends;
+    };
+    g_timeout_add_full(G_PRIORITY_DEFAULT, static_cast<guint>(delay.count()), Call::dispatch,
+                       new Call{std::move(once), state_}, Call::drop);
+}
+
 void GLibLoop::whenReadable(int descriptor, std::function<Watching()> callback) {
     // A pipe whose last writer has gone is hung up and has nothing to read.
     constexpr auto conditions = static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR);

@@ -18,6 +18,7 @@ public:
     int run() override;
     void end(int status) override;
     void post(std::function<void()> work) override;
+    void after(std::chrono::milliseconds delay, std::function<void()> work) override;
     void whenReadable(int descriptor, std::function<Watching()> callback) override;
 
 private:
