@@ -23,6 +23,14 @@ constexpr bool isControl(char32_t character) {
     return character < 0x20 || (character >= 0x7F && character < 0xA0);
 }
 
+/// Whether `character` has the property White_Space, as blanks and line breaks do.
+constexpr bool isWhiteSpace(char32_t character) {
+    return (character >= 0x09 && character <= 0x0D) || character == 0x20 || character == 0x85 ||
+           character == 0xA0 || character == 0x1680 ||
+           (character >= 0x2000 && character <= 0x200A) || character == 0x2028 ||
+           character == 0x2029 || character == 0x202F || character == 0x205F || character == 0x3000;
+}
+
 /// `text` for a message of one line: ill-formed sequences replaced, control and line-breaking
 /// characters escaped as \n, \t or \u{HEX}, and bidirectional formatting characters too, so that a
 /// name cannot fake a line.

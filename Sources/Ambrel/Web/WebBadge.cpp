@@ -10,7 +10,7 @@ namespace ambrel {
 
 namespace {
 
-// The runner carries no Unicode data, so the two classes that titles are matched with stand here.
+// The runner carries no Unicode data, so the digits that titles are matched with stand here.
 
 /// The zeros of all runs of ten decimal digits (general category Nd, Unicode 15.0).
 constexpr std::array<char32_t, 68> decimalZeros{
@@ -26,13 +26,6 @@ constexpr std::array<char32_t, 68> decimalZeros{
 bool isDecimalDigit(char32_t c) {
     const auto above = std::ranges::upper_bound(decimalZeros, c);
     return above != decimalZeros.begin() && c - *std::prev(above) < 10;
-}
-
-/// The Unicode property White_Space.
-bool isWhiteSpace(char32_t c) {
-    return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
-           (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F ||
-           c == 0x205F || c == 0x3000;
 }
 
 /// Takes all leading characters of a class off `text` and returns them.
@@ -57,10 +50,10 @@ bool takeCharacter(std::string_view& text, char character) {
 /// than one way, so nothing has to be tried twice.
 std::string_view digitsInBrackets(std::string_view text, char open, char close) {
     if (!takeCharacter(text, open)) return {};
-    takeWhile(text, isWhiteSpace);
+    takeWhile(text, utf8::isWhiteSpace);
     const auto digits = takeWhile(text, isDecimalDigit);
     takeCharacter(text, '+');
-    takeWhile(text, isWhiteSpace);
+    takeWhile(text, utf8::isWhiteSpace);
     return takeCharacter(text, close) ? digits : std::string_view{};
 }
 
