@@ -41,24 +41,34 @@ target_sources(ManagerTests PRIVATE
     Manager/Programs/Linux/DesktopEntryTests.cpp
 )
 
-# No host of the runner has an event loop yet: the only programs with GLib's are tests.
 pkg_check_modules(glib REQUIRED IMPORTED_TARGET gio-unix-2.0)
-add_library(KorvaneGLibLoop STATIC
-    "${PROJECT_SOURCE_DIR}/Sources/korvane-runner/Desktop/Linux/GLibLoop.cpp")
-target_link_libraries(KorvaneGLibLoop PUBLIC KorvaneHosts PkgConfig::glib)
-
+pkg_check_modules(engine REQUIRED webkitgtk-6.0)
+list(GET glib_LINK_LIBRARIES 0 gioLibrary)
+list(GET engine_LINK_LIBRARIES 0 engineLibrary)
 add_executable(korvane-test-loop korvane-runner/Desktop/Linux/LoopProgram.cpp)
-target_link_libraries(korvane-test-loop PRIVATE KorvaneGLibLoop)
+target_link_libraries(korvane-test-loop PRIVATE
+    KorvaneHosts KorvaneDesktop-linked PkgConfig::glib)
 target_compile_definitions(korvane-test-loop PRIVATE
     KORVANE_TEST_PROBE="$<TARGET_FILE:korvane-test-probe>")
 
-target_sources(RunnerTests PRIVATE korvane-runner/Desktop/Linux/GLibLoopTests.cpp)
-target_link_libraries(RunnerTests PRIVATE KorvaneGLibLoop)
-add_dependencies(RunnerTests korvane-test-loop)
+# Linked as the runner is.
+add_executable(korvane-test-late korvane-runner/Desktop/Linux/LateProgram.cpp)
+target_link_libraries(korvane-test-late PRIVATE KorvaneDesktop-late)
 
-# What the runner is linked to, and the library that it must do without.
+target_sources(RunnerTests PRIVATE
+    korvane-runner/Desktop/Linux/GLibLoopTests.cpp
+    korvane-runner/Desktop/Linux/ToolkitTests.cpp
+)
+target_link_libraries(RunnerTests PRIVATE KorvaneDesktop-linked PkgConfig::glib)
+add_dependencies(RunnerTests korvane-test-late korvane-test-loop)
+
+# What the runner is linked to, and the libraries that it must do without.
 pkg_check_modules(plist REQUIRED libplist-2.0)
 target_compile_definitions(RunnerTests PRIVATE
+    KORVANE_TEST_DESKTOP="$<TARGET_FILE:KorvaneDesktop>"
+    KORVANE_TEST_ENGINE="${engineLibrary}"
+    KORVANE_TEST_GIO="${gioLibrary}"
+    KORVANE_TEST_LATE="$<TARGET_FILE:korvane-test-late>"
     KORVANE_TEST_LOOP="$<TARGET_FILE:korvane-test-loop>"
     KORVANE_TEST_READELF="${CMAKE_READELF}"
     KORVANE_TEST_PLIST="${plist_LINK_LIBRARIES}")

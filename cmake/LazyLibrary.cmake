@@ -1,3 +1,13 @@
+# read_soname(file result): the name under which a library is opened.
+function(read_soname library result)
+    execute_process(COMMAND "${CMAKE_READELF}" -d "${library}"
+        OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT dynamic MATCHES "SONAME\\)[^[]*\\[([^]]+)\\]")
+        message(FATAL_ERROR "${library} has no soname.")
+    endif()
+    set(${result} "${CMAKE_MATCH_1}" PARENT_SCOPE)
+endfunction()
+
 # add_lazy_library(TARGET NAME Name LIBRARY path | SONAME name
 #                  [INCLUDE_DIRECTORIES dir...] FUNCTIONS function...)
 #
@@ -14,12 +24,7 @@ function(add_lazy_library target)
 
     set(soname "${lazy_SONAME}")
     if(lazy_LIBRARY)
-        execute_process(COMMAND "${CMAKE_READELF}" -d "${lazy_LIBRARY}"
-            OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)
-        if(NOT dynamic MATCHES "SONAME\\)[^[]*\\[([^]]+)\\]")
-            message(FATAL_ERROR "${lazy_LIBRARY} has no soname.")
-        endif()
-        set(soname "${CMAKE_MATCH_1}")
+        read_soname("${lazy_LIBRARY}" soname)
     endif()
 
     set(renames "")
@@ -35,6 +40,7 @@ function(add_lazy_library target)
 
     set(folder "${CMAKE_CURRENT_BINARY_DIR}/LazyLibraries")
     set(lazy_TABLE "ambrel_lazy_table_${lazy_NAME}")
+    set(lazy_SCOPE itself)
     foreach(kind h S cpp)
         configure_file("${CMAKE_CURRENT_FUNCTION_LIST_DIR}/LazyLibrary.${kind}.in"
             "${folder}/Lazy${lazy_NAME}.${kind}" @ONLY)

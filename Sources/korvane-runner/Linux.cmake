@@ -1,4 +1,25 @@
-# How the runner is linked and installed on Linux.
+# What the runner is made of on Linux, how it is linked and installed.
+
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(gio REQUIRED gio-unix-2.0>=2.74)
+pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 x11)
+
+# What is asked of a desktop, with the toolkit's own headers. Nothing of it may run before main, and
+# none of the toolkit's data can be used: see add_lazy_objects().
+add_library(KorvaneDesktop STATIC
+    Desktop/Linux/GLibLoop.cpp
+    Desktop/Linux/Toolkit.cpp
+)
+target_link_libraries(KorvaneDesktop PUBLIC Ambrel)
+target_include_directories(KorvaneDesktop SYSTEM PRIVATE
+    ${gio_INCLUDE_DIRS} ${webkit_INCLUDE_DIRS})
+target_compile_options(KorvaneDesktop PRIVATE
+    -ffunction-sections -fdata-sections $<$<CONFIG:Release>:-Os>)
+
+include(LazyObjects)
+add_lazy_objects(KorvaneDesktop Gio "${gio_LINK_LIBRARIES}" WebKit "${webkit_LINK_LIBRARIES}")
+
+target_link_libraries(korvane-runner PRIVATE KorvaneDesktop-late)
 
 # One file that works when it is copied alone, and starts fast: the C++ runtime inside, nothing that
 # is not called, and no library but the C runtime's.

@@ -16,9 +16,9 @@ namespace {
 } // namespace
 
 LazyLibrary::LazyLibrary(const char* soname, const char* const* names, void** table,
-                         std::size_t count) {
+                         std::size_t count, Scope scope) {
     // Never closed: its functions may keep state for as long as the program runs.
-    void* handle = dlopen(soname, RTLD_NOW | RTLD_LOCAL);
+    void* handle = dlopen(soname, RTLD_NOW | (scope == Scope::everyone ? RTLD_GLOBAL : RTLD_LOCAL));
     if (handle == nullptr) throwLoaderError(soname);
     for (std::size_t i = 0; i < count; ++i) {
         table[i] = dlsym(handle, names[i]);
