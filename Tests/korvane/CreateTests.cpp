@@ -691,6 +691,18 @@ TEST_CASE("what the runner cannot host yet is said in one line") {
     CHECK(manager.configOf(manager.applications() + "/Site.app").url == "https://example.org/");
 }
 
+TEST_CASE("create refuses what is no address of a web site, and leaves nothing behind") {
+    const Manager manager;
+    const auto before = snapshot(manager.home.path());
+
+    const auto refusal = manager.refusal(
+        {"create", "web", "Site", "https://mail example.org/", "--runner", KORVANE_TEST_RUNNER});
+
+    CHECK(refusal == "korvane: \"https://mail example.org/\" is no address of a web site: its host "
+                     "holds a blank, a control character or a bracket that is not closed.\n");
+    CHECK(snapshot(manager.home.path()) == before);
+}
+
 TEST_CASE("create tells programs the instance as JSON") {
     const Manager manager;
 

@@ -59,6 +59,19 @@ TEST_CASE("other fields are plain text, and paths become absolute") {
     CHECK(manager.configOf(app).targetAppPath == manager.home / "Mail.app");
 }
 
+TEST_CASE("a web instance keeps its address where the new one is none") {
+    const Manager manager;
+    manager.create({"web", "Site", "https://example.org/"});
+
+    CHECK(says(manager.refusal({"edit", "Site", "--set", "url=https://"}),
+               "\"https://\" is no address of a web site: it names no host, such as "
+               "mail.example.org."));
+    CHECK(says(manager.refusal({"edit", "Site", "--set", "url="}), "there is nothing in it."));
+    CHECK(manager.configOf(manager.applications() + "/Site.app").url == "https://example.org/");
+    manager.result({"edit", "Site", "--set", "url= example.org/b "});
+    CHECK(manager.configOf(manager.applications() + "/Site.app").url == " example.org/b ");
+}
+
 TEST_CASE("a field that the kind does not heed is refused with the kind that does") {
     const Fixture fixture;
     const auto before = readFile(fixture.file());

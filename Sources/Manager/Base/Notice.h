@@ -18,6 +18,7 @@ struct Notice {
         menuBarIsNotHosted,    ///< the instance runs without its item
         strategyIsUnsupported, ///< opening the instance will fail
         nothingAtPath,         ///< subject: a path of the configuration
+        nothingToShow,         ///< subject: how the instance is named, whose address is none
         // Its icon.
         labelWithoutIcon,
         labelNotDrawn,

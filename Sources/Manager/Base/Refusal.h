@@ -16,6 +16,7 @@ struct Refusal : std::runtime_error {
         badName,
         badText, ///< not UTF-8
         badPath, ///< empty
+        badAddress,
         badColor,
         badProcessName,
         badIdentifier, ///< empty

@@ -17,6 +17,7 @@ enum class Remedy {
     goWithoutProfile, ///< mend the profile, or go without it
     // Change something else first.
     changeHome,                ///< give the wanted configuration another home
+    changeAddress,             ///< give the instance called `subject` another address
     shareFolders,              ///< let the instance called `subject` share the user's folders
     adoptFirst,                ///< make an application of the program called `subject`
     adoptAgain,                ///< adopt the program again whose application `subject` was

@@ -4,6 +4,7 @@
 #include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/Registration.h"
 #include "Manager/Rules/FieldEffect.h"
+#include "Manager/Rules/SiteAddress.h"
 #include "Manager/Rules/UserText.h"
 
 namespace korvane {
@@ -97,6 +98,7 @@ void requireSubject(const CreateRequest& request) {
         throw Refusal(Kind::nothingToOpen, "",
                       "There is nothing to make an instance of: the text is empty.");
     }
+    if (request.kind == ShortcutKind::web) requireSiteAddress(subject);
     const bool isBundle = request.kind == ShortcutKind::app && !request.program;
     if (isBundle) requireAbsolute(subject, Tilde::isNoStart);
     const bool isStored =

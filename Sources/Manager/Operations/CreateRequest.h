@@ -54,8 +54,8 @@ struct CreateRequest {
 };
 
 /// Throws Refusal for a request that can become no instance, whatever there is on disk: badName,
-/// badText, badPath, badColor, badIdentifier, badProcessName and nothingToOpen, and hasNoEffect for
-/// a field that means nothing to the kind or on this system.
+/// badText, badPath, badAddress, badColor, badIdentifier, badProcessName and nothingToOpen, and
+/// hasNoEffect for a field that means nothing to the kind or on this system.
 void requireSensible(const CreateRequest& request);
 
 /// The process name that the request asks for, by its field or by its overrides.

@@ -20,6 +20,7 @@
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "Manager/Rules/Running.h"
+#include "Manager/Rules/SiteAddress.h"
 #include "Manager/Rules/UserText.h"
 
 #include <algorithm>
@@ -64,6 +65,10 @@ void requireHeededChanges(const InstanceConfig& config, const InstanceConfig& wa
         if (value == config.*field.member || value == defaults.*field.member) return;
         requireHeeded(field.key, field.key, config.kind);
     });
+}
+
+void requireNewAddress(const InstanceConfig& config, const InstanceConfig& wanted) {
+    if (wanted.url && wanted.url != config.url) requireSiteAddress(*wanted.url);
 }
 
 void requireUsableHome(const InstanceRecord& record, const InstanceConfig& wanted,
@@ -249,6 +254,7 @@ Edited change(const InstanceRecord& record, const InstanceConfig& asked, const U
     const auto wanted = checkedConfig(record, asked);
     requireSameBundle(record.config, wanted);
     requireHeededChanges(record.config, wanted);
+    requireNewAddress(record.config, wanted);
     requireUsableHome(record, wanted, user);
     if (wanted.displayName != record.config.displayName) requireRenamable(record, user);
     const auto entry = registration::findEntry(record, user);

@@ -47,6 +47,8 @@ std::string listed(std::string sentence, const std::vector<std::string>& names) 
 std::string remedyText(Remedy remedy, const std::string& subject,
                        const std::vector<std::string>& alternatives) {
     switch (remedy) {
+    case Remedy::changeAddress:
+        return " Give it another one with: " + commandLine("edit", {subject}) + " --set url=URL";
     case Remedy::shareFolders:
         return " Let it share yours with: " + commandLine("edit", {subject}) +
                " --set shareUserFolders=true";

@@ -135,6 +135,11 @@ TEST_CASE("a request that can become no instance is refused by what is wrong wit
              request.processName = "a/b";
          }},
         {Kind::nothingToOpen, "", [](auto& request) { request.commandPath = ""; }},
+        {Kind::badAddress, "my mail",
+         [](auto& request) {
+             request.kind = ambrel::ShortcutKind::web;
+             request.url = "my mail";
+         }},
         {Kind::unusableIcon, "/nope.png", [](auto& request) { request.icon = "/nope.png"; }},
         {Kind::unknownUser, "~no-such-user-here/x",
          [](auto& request) { request.home = "~no-such-user-here/x"; }},

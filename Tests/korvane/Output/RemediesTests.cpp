@@ -37,6 +37,8 @@ TEST_CASE("a refusal is told with its remedy in words of the command line") {
     CHECK(text(Kind::changedMeanwhile, Remedy::lookAgain) == "No. Try again.");
     CHECK(text(Kind::foldersNotShared, Remedy::shareFolders, "my work") ==
           "No. Let it share yours with: korvane edit 'my work' --set shareUserFolders=true");
+    CHECK(text(Kind::badAddress, Remedy::changeAddress, "my mail") ==
+          "No. Give it another one with: korvane edit 'my mail' --set url=URL");
     CHECK(text(Kind::unknownApplication, Remedy::adoptFirst, "-x") ==
           "No. An installed program becomes an application with: korvane adopt -- -x");
     CHECK(text(Kind::unknownApplication, Remedy::listApplications) == "No. See: korvane apps");
