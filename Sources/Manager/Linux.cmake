@@ -25,6 +25,7 @@ target_sources(KorvaneManager PRIVATE
     Programs/Linux/ProgramList.cpp
     Programs/Linux/ProgramTraits.cpp
     Programs/Linux/Terminal.cpp
+    Programs/Linux/WebEngine.cpp
 )
 
 find_package(PkgConfig REQUIRED)

@@ -557,7 +557,7 @@ TEST_CASE("where the data lies, and how to open it, is said where that is so") {
     CHECK(said({"command", "C", aProgram}) == std::pair(false, true));
     CHECK(said({"file", "D", "doc.pdf"}) == std::pair(false, true));
     CHECK(said({"file", "G", "gone.pdf"}) == std::pair(false, false));
-    CHECK(said({"web", "W", "https://example.org/"}) == std::pair(false, false));
+    CHECK(said({"web", "W", "https://example.org/"}) == std::pair(true, true));
     CHECK_FALSE(isThere(manager.instanceHome("D")));
 }
 
@@ -679,16 +679,24 @@ TEST_CASE("a target of which only one copy may run is warned about") {
 TEST_CASE("what the runner cannot host yet is said in one line") {
     const Manager manager;
 
-    const auto web = manager.run(
-        {"create", "web", "Site", "https://example.org/", "--runner", KORVANE_TEST_RUNNER});
     const auto menuBar = manager.run(
         {"create", "command", "Bar", "--menu-bar", "--runner", KORVANE_TEST_RUNNER, aProgram});
 
-    CHECK(web.status == 0);
-    CHECK(says(web.error, "warning: The runner cannot host web sites yet: "));
     CHECK(menuBar.status == 0);
     CHECK(says(menuBar.error, "warning: The runner cannot host menu-bar items yet: "));
-    CHECK(manager.configOf(manager.applications() + "/Site.app").url == "https://example.org/");
+}
+
+TEST_CASE("create tells where the data of a web site lives, and how to open it") {
+    const Manager manager;
+
+    const auto done =
+        manager.run({"create", "web", "Site", "example.org", "--runner", KORVANE_TEST_RUNNER});
+
+    CHECK(done.status == 0);
+    CHECK(done.error == "Created \"Site\".\n"
+                        "Its data lives in ~/KorvaneInstances/Site.\n"
+                        "Open it with: korvane open Site\n");
+    CHECK(manager.configOf(manager.applications() + "/Site.app").url == "example.org");
 }
 
 TEST_CASE("create refuses what is no address of a web site, and leaves nothing behind") {

@@ -77,6 +77,15 @@ TEST_CASE("a toolkit is found among the libraries of libraries") {
     CHECK(linkedLibraries("/").empty());
 }
 
+TEST_CASE("a library is installed where the loader finds it, and is one") {
+    const TempDir tmp;
+
+    CHECK(isLibraryInstalled("libc.so.6"));
+    CHECK_FALSE(isLibraryInstalled("libkorvane-nowhere.so.1"));
+    CHECK_FALSE(isLibraryInstalled(writeFile(tmp / "empty.so")));
+    CHECK_FALSE(isLibraryInstalled(tmp.path()));
+}
+
 TEST_CASE("windows are named by what the toolkit heeds") {
     const TempDir tmp;
     const auto script = writeScript(tmp / "script", "exec true");

@@ -31,15 +31,14 @@ TEST_CASE("run hands on the program's exit status") {
 
 TEST_CASE("run shows what the runner says, and nothing of its own") {
     const Manager manager;
-    manager.create({"web", "Site", "https://example.org/"});
+    manager.installApp("Mail", "org.example.mail");
+    manager.create({"app", "Fixed", "Mail", "--strategy", "unsupported"});
 
-    const auto done = manager.run({"run", "Site"});
+    const auto done = manager.run({"run", "Fixed"});
 
     CHECK(done.status == 1);
     CHECK(done.output.empty());
-    CHECK(done.error ==
-          "runner: failed to launch instance — App not clonable: web shortcuts run in "
-          "the runner's web host\n");
+    CHECK(done.error == "runner: failed to launch instance — App not clonable: org.example.mail\n");
 }
 
 TEST_CASE("run shows what the program writes now, byte for byte, and the log keeps it") {
@@ -224,14 +223,12 @@ TEST_CASE("neither open nor run makes a home or a log for a document") {
 TEST_CASE("open refuses what could only fail unseen") {
     const Manager manager;
     manager.installApp("Mail", "org.example.mail");
-    manager.create({"web", "Site", "https://example.org/"});
     manager.create({"app", "Fixed", "Mail", "--strategy", "unsupported"});
     const auto damaged = manager.create({"command", "Damaged", aProgram});
     ::unlink((damaged + "/Contents/MacOS/runner").c_str());
     const auto moved = manager.create({"app", "Moved", "Mail"});
     ::rename((manager.applications() + "/Mail.app").c_str(), (manager.tmp / "gone").c_str());
 
-    CHECK(says(manager.refusal({"open", "Site"}), "cannot host web sites yet"));
     CHECK(says(manager.refusal({"open", "Damaged"}), "no runner"));
     CHECK(says(manager.refusal({"open", "Moved"}), "Make it again with: korvane adopt Mail\n"));
     writeFile(manager.applications() + "/Mail.app", "no bundle");

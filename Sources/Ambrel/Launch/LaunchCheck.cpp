@@ -58,7 +58,7 @@ std::optional<LaunchObstacle> findLaunchObstacle(const ResolvedInstance& instanc
     case ShortcutKind::app:
         return checkApp(instance.config, tools);
     }
-    return LaunchObstacle{Kind::webSite, ""};
+    return std::nullopt;
 }
 
 std::optional<LaunchObstacle> findRunnerObstacle(const Path& bundle) {

@@ -9,7 +9,6 @@ namespace ambrel {
 struct LaunchObstacle {
     enum class Kind {
         noRunner,           ///< the bundle has no runner that can be run
-        webSite,            ///< web sites are not hosted
         noDocument,         ///< the file kind without a path
         documentMissing,    ///< it is no address, and nothing is there
         noCommand,          ///< the command kind without a program
@@ -26,7 +25,8 @@ struct LaunchObstacle {
 };
 
 /// What speaks against a start of `instance` that can be told without one; absent when nothing
-/// does. Looks, and changes nothing.
+/// does. Looks, and changes nothing. A web instance starts whatever its address is: where that is
+/// none, its window says so.
 std::optional<LaunchObstacle> findLaunchObstacle(const ResolvedInstance& instance,
                                                  const SystemTools& tools = {});
 

@@ -14,7 +14,7 @@ struct Notice {
         // What an instance will not do as one may expect.
         targetIsSandboxed,     ///< subject: the application's name
         targetRunsOnce,        ///< subject: the application's name
-        webIsNotHosted,        ///< opening the instance will fail
+        engineIsMissing,       ///< opening the instance will fail; subject: the package it needs
         menuBarIsNotHosted,    ///< the instance runs without its item
         strategyIsUnsupported, ///< opening the instance will fail
         nothingAtPath,         ///< subject: a path of the configuration

@@ -54,9 +54,8 @@ struct Refusal : std::runtime_error {
         // What cannot be done with this instance or program.
         hasNoEffect, ///< subject: the field, which means nothing to this kind or system
         notAdoptable,
-        notAdopted, ///< subject: the bundle, which was not made by adopting a program
-        notOffered, ///< this system has no such thing
-        notHosted,
+        notAdopted,     ///< subject: the bundle, which was not made by adopting a program
+        notOffered,     ///< this system has no such thing
         notLaunchable,  ///< subject: the path or identifier; empty where none is given
         notDescribable, ///< no desktop entry can hold it
         // What failed.

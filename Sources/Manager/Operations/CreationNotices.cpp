@@ -71,12 +71,13 @@ void addStart(const CreationPlan& plan, NoticeList& list) {
     }
 }
 
-void addMissingHosts(const CreateRequest& request, NoticeList& list) {
-    if (request.kind == ShortcutKind::web) {
-        list.add(Kind::webIsNotHosted, "",
-                 "The runner cannot host web sites yet: opening this instance will fail.");
+void addMissingHosts(const CreationPlan& plan, NoticeList& list) {
+    if (const auto& package = plan.missingPackage) {
+        list.add(Kind::engineIsMissing, *package,
+                 "Its window needs the package " + *package +
+                     ", which is not installed: opening this instance will fail until it is.");
     }
-    if (request.menuBarIcon.value_or(false)) {
+    if (plan.request.menuBarIcon.value_or(false)) {
         list.add(Kind::menuBarIsNotHosted, "",
                  "The runner cannot host menu-bar items yet: this instance will run without one.");
     }
@@ -116,7 +117,7 @@ std::vector<Notice> noticesOn(const CreationPlan& plan, const InstanceRecord& ma
     NoticeList list;
     if (plan.target) addTarget(*plan.target, list);
     if (plan.start) addStart(plan, list);
-    addMissingHosts(plan.request, list);
+    addMissingHosts(plan, list);
     if (auto obstacle = labelObstacle(made)) list.found.push_back(std::move(*obstacle));
     addPaths(plan.request, user, list);
     addStrategy(plan, list);

@@ -11,6 +11,7 @@
 #include "Manager/Operations/KeptParts.h"
 #include "Manager/Programs/ApplicationLookup.h"
 #include "Manager/Programs/Terminal.h"
+#include "Manager/Programs/WebEngine.h"
 #include "Manager/Rules/DataSafety.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 #include "Manager/Rules/InstanceLookup.h"
@@ -170,6 +171,7 @@ void setSubject(CreationPlan& plan, const UserPlaces& user, const Environment& e
         break;
     case ambrel::ShortcutKind::web:
         wrapper.url = request.url;
+        plan.missingPackage = findMissingWebPackage();
         break;
     case ambrel::ShortcutKind::file:
         wrapper.openPath = request.openPath;

@@ -17,9 +17,10 @@ namespace korvane {
 struct CreationPlan {
     /// As it was given, with the name trimmed and what is kept of the replaced instance.
     CreateRequest request;
-    ambrel::WrapperFactory::Request wrapper; ///< with everything worked out
-    std::optional<ambrel::AppBundle> target; ///< app kind
-    std::optional<StartPlan> start;          ///< app kind: how the target is started
+    ambrel::WrapperFactory::Request wrapper;   ///< with everything worked out
+    std::optional<ambrel::AppBundle> target;   ///< app kind
+    std::optional<StartPlan> start;            ///< app kind: how the target is started
+    std::optional<std::string> missingPackage; ///< web kind: what its window lacks here
 
     ambrel::Path bundle;                            ///< where the instance will stand
     std::optional<ambrel::InstanceRecord> replaced; ///< goes; its data stays

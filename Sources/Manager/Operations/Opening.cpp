@@ -39,8 +39,6 @@ std::string sentenceOn(const LaunchObstacle& obstacle, const std::string& name) 
     case Kind::noRunner:
         return "The instance " + inQuotes(name) + " is damaged: there is no runner at " + place +
                ".";
-    case Kind::webSite:
-        return "The runner cannot host web sites yet: this instance cannot be opened.";
     case Kind::documentMissing:
         return "The document is not there: " + place;
     case Kind::commandNotRunnable:
@@ -65,7 +63,6 @@ std::string sentenceOn(const LaunchObstacle& obstacle, const std::string& name) 
 Refusal::Kind kindOf(LaunchObstacle::Kind obstacle) {
     using Obstacle = LaunchObstacle::Kind;
     if (obstacle == Obstacle::noRunner) return Refusal::Kind::damagedInstance;
-    if (obstacle == Obstacle::webSite) return Refusal::Kind::notHosted;
     if (obstacle == Obstacle::badBundle) return Refusal::Kind::unreadableApplication;
     return Refusal::Kind::notLaunchable;
 }
@@ -123,10 +120,16 @@ Path requireRunner(const InstanceRecord& record) {
     return ambrel::BundleLayout{record.bundleURL}.runner();
 }
 
+/// Whether what a start writes belongs into the log. That of a web instance holds what its page
+/// said, and nothing of an engine's complaints.
+bool isLogged(ShortcutKind kind) {
+    return kind == ShortcutKind::app || kind == ShortcutKind::command;
+}
+
 /// What the start is to write to: the log, so that it is found there later, where there is one.
 std::optional<OutputFile> tryOpenOutput(const InstanceRecord& record, const UserPlaces& user) {
     const auto home = usableHome(record.config, user);
-    if (home && record.config.kind != ShortcutKind::file) {
+    if (home && isLogged(record.config.kind)) {
         try {
             return OutputFile::appendingTo(
                 ambrel::paths::join(*home, ambrel::InstanceLauncher::instanceLogName));
@@ -179,7 +182,7 @@ public:
         }
         if (isDocument) return Opened::handedOn;
         if (runs()) return ranBefore_ ? Opened::ranAlready : Opened::runs;
-        if (record_.config.kind == ShortcutKind::command) return Opened::ended;
+        if (record_.config.kind != ShortcutKind::app) return Opened::ended;
         throw endedAtOnce("ended at once with status 0, and nothing of it runs: it may have handed "
                           "over to a copy of its program that runs outside the instance",
                           Remedy::keepApart);

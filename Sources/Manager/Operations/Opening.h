@@ -14,7 +14,7 @@ namespace korvane {
 ambrel::Path prepareRun(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 
 /// Throws Refusal for an instance whose start would fail at once, unseen by whoever opens it:
-/// damagedInstance, notHosted, unreadableApplication, and notLaunchable for what it opens.
+/// damagedInstance, unreadableApplication, and notLaunchable for what it opens.
 void requireOpenable(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 
 /// How long a start is looked at: what cannot start mostly ends at once, and whoever starts
@@ -29,17 +29,17 @@ struct OpenRequest {
 enum class Opened {
     runs,
     ranAlready, ///< and the start ended, as one does that hands over to what runs
-    ended,      ///< a command, with status 0
+    ended,      ///< a command, or the window of a web instance, with status 0
     handedOn,   ///< a document, to what opens it
 };
 
 /// Starts the instance, looks at it for a moment and leaves it running. What its start writes goes
-/// to the instance's log; for a document, which has neither home nor log, it is only kept for the
-/// moment. Throws as requireOpenable() does, ChildProcessError, Refusal hasNoEffect for words that
-/// nobody would take and badPath for an empty one, and endedAtOnce, with the last lines that were
-/// written since the start, for a start that ended with another status than 0, and for an
-/// application of which nothing runs after it: it had nothing to show, or has handed over to a copy
-/// of its program outside the instance.
+/// to the instance's log; for a document, which has neither home nor log, and for a web site, whose
+/// log is its page's, it is only kept for the moment. Throws as requireOpenable() does,
+/// ChildProcessError, Refusal hasNoEffect for words that nobody would take and badPath for an empty
+/// one, and endedAtOnce, with the last lines that were written since the start, for a start that
+/// ended with another status than 0, and for an application of which nothing runs after it: it had
+/// nothing to show, or has handed over to a copy of its program outside the instance.
 Opened open(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user,
             const OpenRequest& request = {});
 

@@ -25,12 +25,15 @@ namespace {
 /// Where instances have entries of their own, they alone show them.
 bool hasDock() { return !registration::isOffered(); }
 
+/// A command has its log in its home and nothing else, a document has no home.
+bool keepsData(ShortcutKind kind) { return kind == ShortcutKind::app || kind == ShortcutKind::web; }
+
 void declarePlaces(CLI::App& app, CreateOptions& given) {
     using options::text;
     if (isHeeded("instanceHome", given.kind)) {
-        const bool isApp = given.kind == ShortcutKind::app;
         text(app, "--home", given.home,
-             std::string(isApp ? "The instance's data" : "The instance's own folder") +
+             std::string(keepsData(given.kind) ? "The instance's data"
+                                               : "The instance's own folder") +
                  " (default: ~/KorvaneInstances/NAME)")
             ->type_name("DIR");
     }
@@ -144,13 +147,12 @@ bool isOnOrigin(const Notice& notice) {
            notice.kind == Kind::homeExisted || notice.kind == Kind::mayBeDefault;
 }
 
-/// Only an application keeps data in its home; a command has its log there and nothing else.
 void tellAboutHome(const Created& created, const Surroundings& surroundings) {
     const auto& home = created.record.config.instanceHome;
     const bool isElsewhere = std::ranges::any_of(created.notices, [](const Notice& notice) {
         return notice.kind == Notice::Kind::homeIsOverridden && notice.subject == "HOME";
     });
-    if (created.record.config.kind == ShortcutKind::app && !isElsewhere) {
+    if (keepsData(created.record.config.kind) && !isElsewhere) {
         say(surroundings, "Its data lives in " + ambrel::utf8::oneLine(home) +
                               (created.homeExisted ? ", with what was there already." : "."));
     }
@@ -164,7 +166,7 @@ void tellAboutHome(const Created& created, const Surroundings& surroundings) {
 bool canBeOpened(const Created& created) {
     using Kind = Notice::Kind;
     return std::ranges::none_of(created.notices, [](const Notice& notice) {
-        return notice.kind == Kind::webIsNotHosted || notice.kind == Kind::strategyIsUnsupported ||
+        return notice.kind == Kind::engineIsMissing || notice.kind == Kind::strategyIsUnsupported ||
                notice.kind == Kind::nothingAtPath;
     });
 }

@@ -3,8 +3,10 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Operations/Opening.h"
 #include "Manager/Rules/InstanceLookup.h"
+#include "Manager/Rules/SiteAddress.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/Messages.h"
+#include "korvane/Output/Remedies.h"
 #include "korvane/Verbs/InstanceVerb.h"
 
 #include <memory>
@@ -31,6 +33,9 @@ void openInstance(const ambrel::InstanceRecord& record, const std::vector<std::s
                   const Surroundings& surroundings) {
     const auto opened = open(record, surroundings.user, {.words = words});
     say(surroundings, sentenceOn(opened, inQuotes(record.config.displayName)));
+    if (const auto obstacle = addressObstacle(record, surroundings.user)) {
+        tell(surroundings, *obstacle);
+    }
     if (opened == Opened::handedOn) return;
     const bool isOver = opened == Opened::ended;
     const auto command =

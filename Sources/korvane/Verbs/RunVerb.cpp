@@ -25,9 +25,7 @@ constexpr int standardOutput = 1;
 std::unique_ptr<FileFollower> tryFollowLog(const ambrel::InstanceRecord& record,
                                            const ambrel::UserPlaces& user) {
     const auto home = usableHome(record.config, user);
-    const auto kind = record.config.kind;
-    const bool hasLog = kind == ambrel::ShortcutKind::app || kind == ambrel::ShortcutKind::command;
-    if (!home || !hasLog) return nullptr;
+    if (!home || record.config.kind == ambrel::ShortcutKind::file) return nullptr;
     try {
         return std::make_unique<FileFollower>(
             *home, std::string(ambrel::InstanceLauncher::instanceLogName), standardOutput);

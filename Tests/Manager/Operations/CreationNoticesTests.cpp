@@ -1,5 +1,6 @@
 #include "Manager/Operations/CreationNotices.h"
 
+#include "Manager/Programs/WebEngine.h"
 #include "Scene.h"
 
 namespace korvane::test {
@@ -22,17 +23,30 @@ TEST_CASE("an application that the system keeps in one piece is told of") {
 
 TEST_CASE("what the runner or the strategy cannot do is told of") {
     const Scene scene;
-    auto web = scene.request("Site");
-    web.kind = ShortcutKind::web;
-    web.url = "https://example.org/";
     auto menuBar = scene.request("Bar");
     menuBar.menuBarIcon = true;
     auto fixed = scene.appRequest("Fixed");
     fixed.strategy = ambrel::Strategy::unsupported;
 
-    CHECK(find(scene.make(web).notices, Kind::webIsNotHosted) != nullptr);
     CHECK(find(scene.make(menuBar).notices, Kind::menuBarIsNotHosted) != nullptr);
     CHECK(find(scene.make(fixed).notices, Kind::strategyIsUnsupported) != nullptr);
+}
+
+TEST_CASE("an engine that the machine does not have is told of by its package") {
+    const Scene scene;
+    auto web = scene.request("Site");
+    web.kind = ShortcutKind::web;
+    web.url = "https://example.org/";
+    auto plan = scene.plan(web);
+    CHECK(plan.missingPackage == findMissingWebPackage());
+    const ambrel::InstanceRecord made{plan.bundle, {}};
+
+    plan.missingPackage = "libengine-6";
+    CHECK(noticeOf(noticesOn(plan, made, scene.user), Kind::engineIsMissing).subject ==
+          "libengine-6");
+    plan.missingPackage.reset();
+    CHECK(find(noticesOn(plan, made, scene.user), Kind::engineIsMissing) == nullptr);
+    CHECK_FALSE(scene.plan(scene.request()).missingPackage.has_value());
 }
 
 TEST_CASE("paths that lead nowhere now are told of, and kept") {

@@ -49,7 +49,6 @@ TEST_CASE("what would fail unseen is refused with what is not there") {
         std::string subject;
     };
     const Row rows[] = {
-        {ShortcutKind::web, "https://example.org/", Kind::notHosted, ""},
         {ShortcutKind::file, "", Kind::notLaunchable, ""},
         {ShortcutKind::file, "~/paper", Kind::notLaunchable, scene.home / "paper"},
         {ShortcutKind::command, "", Kind::notLaunchable, ""},
@@ -68,6 +67,12 @@ TEST_CASE("what would fail unseen is refused with what is not there") {
         const auto refusal = refusalOf(scene, [&] { requireOpenable(record, scene.user); });
         CHECK(refusal.kind == row.refusal);
         CHECK(refusal.subject == row.subject);
+    }
+    auto site = made;
+    site.config.kind = ShortcutKind::web;
+    for (const auto& url : {std::optional<std::string>(), std::optional<std::string>("a b")}) {
+        site.config.url = url; // its window says so
+        CHECK_NOTHROW(requireOpenable(site, scene.user));
     }
     auto fixed = made;
     fixed.config.kind = ShortcutKind::app;
@@ -110,8 +115,20 @@ struct Openable : RunningScene {
     ambrel::InstanceRecord document(const std::string& script) const {
         auto wanted = request();
         wanted.kind = ShortcutKind::file;
-        wanted.commandPath.clear();
         wanted.openPath = writeFile(home / "paper");
+        return madeWith(script, wanted);
+    }
+    /// The same of a web site.
+    ambrel::InstanceRecord site(const std::string& script, const std::string& name = "Work") const {
+        auto wanted = request(name);
+        wanted.kind = ShortcutKind::web;
+        wanted.url = "https://example.org/";
+        return madeWith(script, wanted);
+    }
+
+private:
+    ambrel::InstanceRecord madeWith(const std::string& script, CreateRequest wanted) const {
+        wanted.commandPath.clear();
         wanted.runner = writeScript(tmp / "script", script);
         return make(wanted).record;
     }
@@ -208,6 +225,28 @@ TEST_CASE("an opener that fails is told with what it wrote") {
 
     CHECK(refusal.alternatives == Strings{"no handler"});
     CHECK_FALSE(isThere(scene.homeOf()));
+}
+
+TEST_CASE("a window that cannot come is told in the runner's words, which are not the page's log") {
+    const Openable scene;
+    const auto record =
+        scene.site("echo 'runner: failed to launch instance — no display' >&2; exit 1");
+    writeFile(scene.logOf(), "badge: 3\n");
+
+    const auto refusal = scene.refused(record);
+
+    CHECK(refusal.sentence() == "\"Work\" ended at once with status 1.");
+    CHECK(refusal.alternatives == Strings{"runner: failed to launch instance — no display"});
+    CHECK(readFile(scene.logOf()) == "badge: 3\n");
+}
+
+TEST_CASE("a window that was closed again at once has ended, and handed over to nobody") {
+    const Openable scene;
+
+    CHECK(scene.opened(scene.site("exit 0")) == Opened::ended);
+    const auto record = scene.site("exit 0", "Other");
+    const Waiting first({{"HOME", scene.homeOf("Other")}});
+    CHECK(scene.opened(record) == Opened::ranAlready);
 }
 
 TEST_CASE("what is to be opened reaches the runner byte for byte") {

@@ -111,6 +111,7 @@ std::string overrideOf(const InstanceConfig& config, const char* key) {
 }
 
 std::string windowClassOf(const InstanceConfig& config, const std::string& id) {
+    if (config.kind == ShortcutKind::web) return id; // the window is the runner's own
     for (const auto* key : {windowClassKey, ambrel::processNameKey}) {
         if (auto name = overrideOf(config, key); !name.empty()) return name;
     }

@@ -168,6 +168,13 @@ public:
         return std::move(seen_);
     }
 
+    bool finds(const std::string& name, const Path& program) {
+        const auto own = tryRead(program);
+        if (!own) return false;
+        machine_ = own->machine;
+        return find(name, own->searchPath).has_value();
+    }
+
 private:
     std::optional<DynamicSection> find(const std::string& name, const std::vector<Path>& folders) {
         for (const auto& file : candidates(name, folders)) {
@@ -205,5 +212,7 @@ bool importsFunction(const Path& program, const std::string& name) {
 }
 
 std::set<std::string> linkedLibraries(const Path& program) { return Walk().from(program); }
+
+bool isLibraryInstalled(const std::string& name) { return Walk().finds(name, "/proc/self/exe"); }
 
 } // namespace korvane

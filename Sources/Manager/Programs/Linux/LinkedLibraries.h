@@ -16,4 +16,8 @@ std::set<std::string> linkedLibraries(const ambrel::Path& program);
 /// False for what is no ELF file.
 bool importsFunction(const ambrel::Path& program, const std::string& name);
 
+/// Whether programs like this one find the shared library `name` where the loader looks by itself.
+/// What is there but no library, or one for other machines, does not count.
+bool isLibraryInstalled(const std::string& name);
+
 } // namespace korvane
