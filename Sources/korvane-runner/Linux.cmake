@@ -8,6 +8,8 @@ pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 x11)
 # none of the toolkit's data can be used: see add_lazy_objects().
 add_library(KorvaneDesktop STATIC
     Desktop/Linux/GLibLoop.cpp
+    Desktop/Linux/GVariants.cpp
+    Desktop/Linux/SessionBus.cpp
     Desktop/Linux/Toolkit.cpp
 )
 target_link_libraries(KorvaneDesktop PUBLIC Ambrel)

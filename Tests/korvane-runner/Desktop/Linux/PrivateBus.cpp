@@ -1,0 +1,115 @@
+#include "PrivateBus.h"
+
+#include "Support/Waiting.h"
+
+namespace korvane::test {
+
+namespace {
+
+std::string configuration(const Path& socket) {
+    return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+           " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+           "<busconfig><type>session</type><listen>unix:path=" +
+           socket +
+           "</listen><auth>EXTERNAL</auth><policy context=\"default\">"
+           "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
+           "<allow own=\"*\"/></policy></busconfig>\n";
+}
+
+void onMethod(GDBusConnection*, const char*, const char*, const char*, const char* method,
+              GVariant* arguments, GDBusMethodInvocation* call, gpointer answer) {
+    GVariant* result = (*static_cast<BusPeer::Answer*>(answer))(method, arguments);
+    if (result != nullptr) {
+        g_dbus_method_invocation_return_value(call, result);
+    } else {
+        g_dbus_method_invocation_return_dbus_error(call, "org.example.Error", "no");
+    }
+}
+
+using Heard = std::function<void(const std::string&)>;
+
+} // namespace
+
+PrivateBus::PrivateBus() {
+    const auto config = writeFile(tmp_ / "bus.conf", configuration(tmp_ / "bus"));
+    const auto ready = makeFifo(tmp_ / "ready");
+    const auto command =
+        "exec dbus-daemon --nofork --nopidfile --nosyslog --config-file=" + quoted(config) +
+        " --print-address=3 3>" + quoted(ready);
+    daemon_ = std::make_unique<RunningProgram>(ProgramSetup{.command = {"/bin/sh", "-c", command}});
+    REQUIRE_FALSE(readFile(ready).empty());
+    address_ = "unix:path=" + (tmp_ / "bus");
+    variable_ = std::make_unique<ScopedVariable>("DBUS_SESSION_BUS_ADDRESS", address_);
+}
+
+// GIO has one connection to the session's bus, for as long as any reference to it is left: the next
+// test would get it. What is left is dropped in the default context.
+PrivateBus::~PrivateBus() {
+    const ScopedVariable nowhere("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+    while (auto* connection = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr)) {
+        g_object_unref(connection);
+        g_main_context_iteration(nullptr, FALSE);
+    }
+}
+
+BusPeer::BusPeer(const PrivateBus& bus)
+    : connection_(g_dbus_connection_new_for_address_sync(
+          bus.address().c_str(),
+          static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                            G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+          nullptr, nullptr, nullptr)) {
+    REQUIRE(connection_ != nullptr);
+}
+
+BusPeer::~BusPeer() {
+    g_dbus_connection_close_sync(connection_, nullptr, nullptr);
+    g_object_unref(connection_);
+}
+
+void BusPeer::callBus(const char* method, GVariant* arguments) const {
+    GVariant* answer = g_dbus_connection_call_sync(
+        connection_, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+        method, arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+    REQUIRE(answer != nullptr);
+    g_variant_unref(answer);
+}
+
+void BusPeer::own(const std::string& name) const {
+    callBus("RequestName", g_variant_new("(su)", name.c_str(), 0U));
+}
+
+void BusPeer::release(const std::string& name) const {
+    callBus("ReleaseName", g_variant_new("(s)", name.c_str()));
+}
+
+void BusPeer::listen(const char* interface, Heard heard) const {
+    const auto onSignal = [](GDBusConnection*, const char*, const char* path, const char*,
+                             const char* name, GVariant* arguments, gpointer function) {
+        (*static_cast<Heard*>(function))(std::string(path) + " " + name + " " + printed(arguments));
+    };
+    g_dbus_connection_signal_subscribe(
+        connection_, nullptr, interface, nullptr, nullptr, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
+        onSignal, new Heard(std::move(heard)),
+        [](gpointer function) { delete static_cast<Heard*>(function); });
+    // The bus has the rule when it has answered something that was asked after it.
+    callBus("GetId", nullptr);
+}
+
+void BusPeer::serve(const char* path, const char* interfaceXml, Answer answer) {
+    answer_ = std::make_unique<Answer>(std::move(answer));
+    GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(interfaceXml, nullptr);
+    REQUIRE(node != nullptr);
+    static const GDBusInterfaceVTable table{onMethod, nullptr, nullptr, {}};
+    REQUIRE(g_dbus_connection_register_object(connection_, path, node->interfaces[0], &table,
+                                              answer_.get(), nullptr, nullptr) != 0);
+    g_dbus_node_info_unref(node);
+}
+
+std::string printed(GVariant* value) {
+    char* text = g_variant_print(value, TRUE);
+    std::string result = text;
+    g_free(text);
+    return result;
+}
+
+} // namespace korvane::test

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "Support/Environment.h"
+#include "Support/Programs.h"
+#include "Support/TempDir.h"
+
+#include <functional>
+#include <gio/gio.h>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace korvane::test {
+
+/// A session bus that is that of this process until the end of the scope, when nothing of the
+/// process may use it any more. It starts no services.
+class PrivateBus {
+public:
+    /// Returns when it can be connected to.
+    PrivateBus();
+    PrivateBus(const PrivateBus&) = delete;
+    PrivateBus& operator=(const PrivateBus&) = delete;
+    ~PrivateBus();
+
+    /// Ends it under its clients.
+    void end() { daemon_.reset(); }
+
+    const std::string& address() const { return address_; }
+
+private:
+    TempDir tmp_;
+    std::unique_ptr<RunningProgram> daemon_;
+    std::string address_;
+    std::unique_ptr<ScopedVariable> variable_;
+};
+
+/// Another program on the bus: a connection of its own, served by the default context of this
+/// process.
+class BusPeer {
+public:
+    explicit BusPeer(const PrivateBus& bus);
+    BusPeer(const BusPeer&) = delete;
+    BusPeer& operator=(const BusPeer&) = delete;
+    /// Leaves the bus, and returns when the bus has noticed.
+    ~BusPeer();
+
+    void own(const std::string& name) const;
+    void release(const std::string& name) const;
+
+    /// Calls `heard` with each signal of the interface, as GVariant prints it.
+    void listen(const char* interface, std::function<void(const std::string&)> heard) const;
+
+    /// Answers each method of an object at `path` with what `answer` makes of its name and
+    /// arguments: a floating tuple, or null for an error.
+    using Answer = std::function<GVariant*(const std::string& method, GVariant* arguments)>;
+    void serve(const char* path, const char* interfaceXml, Answer answer);
+
+private:
+    void callBus(const char* method, GVariant* arguments) const;
+
+    GDBusConnection* connection_;
+    std::unique_ptr<Answer> answer_;
+};
+
+/// The value as GVariant prints it, types included.
+std::string printed(GVariant* value);
+
+} // namespace korvane::test
