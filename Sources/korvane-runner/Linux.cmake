@@ -9,6 +9,7 @@ pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 x11)
 add_library(KorvaneDesktop STATIC
     Desktop/Linux/GLibLoop.cpp
     Desktop/Linux/GVariants.cpp
+    Desktop/Linux/LauncherBadge.cpp
     Desktop/Linux/SessionBus.cpp
     Desktop/Linux/Toolkit.cpp
 )
