@@ -10,6 +10,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/GLibLoop.cpp
     Desktop/Linux/GVariants.cpp
     Desktop/Linux/LauncherBadge.cpp
+    Desktop/Linux/NotificationBanners.cpp
     Desktop/Linux/SessionBus.cpp
     Desktop/Linux/Toolkit.cpp
 )
