@@ -7,6 +7,7 @@ pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 x11)
 # What is asked of a desktop, with the toolkit's own headers. Nothing of it may run before main, and
 # none of the toolkit's data can be used: see add_lazy_objects().
 add_library(KorvaneDesktop STATIC
+    Desktop/Linux/EngineSandbox.cpp
     Desktop/Linux/GLibLoop.cpp
     Desktop/Linux/GVariants.cpp
     Desktop/Linux/LauncherBadge.cpp
