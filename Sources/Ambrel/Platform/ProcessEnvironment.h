@@ -13,6 +13,12 @@ using Environment = std::map<std::string, std::string>;
 /// stands twice the first value counts.
 Environment processEnvironment();
 
+/// Sets `variables` in this process's own environment and leaves all others alone. For a program
+/// that goes on in another home, in main, before any thread starts: the libraries that it loads
+/// afterwards read the environment whenever they like. A name that the system refuses (the empty
+/// one, one with "=" in it) is passed over.
+void setProcessVariables(const Environment& variables) noexcept;
+
 /// What else than HOME makes up "the home folder" for programs of this system: sets those
 /// variables of `environment` (the inherited one) to places below `home` and makes the folders
 /// that have to exist. Nothing on macOS. On Linux the four XDG base directories (XDG Base

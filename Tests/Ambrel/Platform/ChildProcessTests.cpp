@@ -1,8 +1,10 @@
 #include "Ambrel/Platform/ChildProcess.h"
 
+#include "Ambrel/Platform/DetachedProcess.h"
 #include "Ambrel/Platform/Pipe.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
+#include "Support/Programs.h"
 #include "Support/Report.h"
 
 #include <csignal>
@@ -374,4 +376,32 @@ TEST_CASE("of an environment name that stands twice the first value counts") {
 
     CHECK(environment.at("TWICE") == "first");
     CHECK(environment.size() <= 2);
+}
+
+TEST_CASE("variables set in this process are seen in it and by its children, others stay") {
+    const ScopedVariable changed("KORVANE_TEST_CHANGED", "before");
+    const ScopedVariable kept("KORVANE_TEST_KEPT", "kept");
+    const ScopedVariable added("KORVANE_TEST_ADDED", std::nullopt);
+
+    setProcessVariables({{"KORVANE_TEST_CHANGED", "after"},
+                         {"KORVANE_TEST_ADDED", "a=b"},
+                         {"", "nameless"},
+                         {"KORVANE=TEST", "two names"}});
+
+    const auto environment = processEnvironment();
+    CHECK(environment.at("KORVANE_TEST_CHANGED") == "after");
+    CHECK(environment.at("KORVANE_TEST_ADDED") == "a=b");
+    CHECK(environment.at("KORVANE_TEST_KEPT") == "kept");
+    CHECK_FALSE(environment.contains("KORVANE"));
+    CHECK(statusOf("/bin/sh", {"-c", "test \"$KORVANE_TEST_CHANGED\" = after"}) == 0);
+}
+
+TEST_CASE("a detached program gets the environment that it is given, and nothing else") {
+    const TempDir tmp;
+    const ScopedVariable own("KORVANE_TEST_OWN", "own");
+    auto child = launchDetached(
+        "/bin/sh", {"-c", "echo \"${KORVANE_TEST_OWN-unset} $GIVEN\" > " + quoted(tmp / "out")}, {},
+        Environment{{"GIVEN", "given"}});
+    child.waitUntilExit();
+    CHECK(readFile(tmp / "out") == "unset given\n");
 }

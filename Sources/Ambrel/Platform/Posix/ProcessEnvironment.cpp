@@ -2,6 +2,7 @@
 
 #include "Ambrel/Platform/Posix/Environ.h"
 
+#include <cstdlib>
 #include <string_view>
 
 namespace ambrel {
@@ -15,6 +16,11 @@ Environment processEnvironment() {
         environment.emplace(text.substr(0, equals), text.substr(equals + 1));
     }
     return environment;
+}
+
+void setProcessVariables(const Environment& variables) noexcept {
+    constexpr int replacing = 1;
+    for (const auto& [name, value] : variables) ::setenv(name.c_str(), value.c_str(), replacing);
 }
 
 } // namespace ambrel
