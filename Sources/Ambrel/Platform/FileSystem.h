@@ -55,6 +55,9 @@ void replace(const Path& file, std::string_view bytes, std::optional<unsigned> m
 /// Appends to a file that exists, in one write, so that what others append meanwhile stays whole. A
 /// link in its place is refused.
 void append(const Path& file, std::string_view bytes);
+/// Appends to a file, which is made when absent; a link is followed. Never waits for the other side
+/// of a pipe that stands there.
+void appendOrMake(const Path& file, std::string_view bytes);
 /// Copies the bytes of `source` (a link is followed) to the new file `destination`; fails if
 /// something is there, and leaves nothing there when the copy fails.
 void copyFile(const Path& source, const Path& destination);

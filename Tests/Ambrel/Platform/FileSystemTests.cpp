@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <functional>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace ambrel;
@@ -331,4 +332,20 @@ TEST_CASE("the reason of an error does not depend on the user's language") {
     CHECK(errorReason(ENOENT) == "No such file or directory");
     CHECK(errorReason(EACCES) == "Permission denied");
     CHECK_FALSE(errorReason(123456).empty());
+}
+
+TEST_CASE("appending makes a file that is missing, follows a link and never waits at a pipe") {
+    const TempDir tmp;
+    const auto file = tmp / "file";
+    makeLink(tmp / "link", file);
+
+    fileSystem::appendOrMake(file, "one ");
+    fileSystem::appendOrMake(tmp / "link", "two");
+    CHECK(readFile(file) == "one two");
+
+    REQUIRE(::mkfifo((tmp / "pipe").c_str(), 0600) == 0);
+    CHECK(expectThrow<FileError>([&] { fileSystem::appendOrMake(tmp / "pipe", "x"); }).path ==
+          tmp / "pipe");
+    CHECK(expectThrow<FileError>([&] { fileSystem::appendOrMake(tmp.path(), "x"); }).action ==
+          "append to");
 }

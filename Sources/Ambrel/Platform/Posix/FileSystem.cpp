@@ -122,6 +122,11 @@ void append(const Path& file, std::string_view bytes) {
     if (written != static_cast<ssize_t>(bytes.size())) throwFileError("append to", file);
 }
 
+void appendOrMake(const Path& file, std::string_view bytes) {
+    const auto fd = OwnedFd::open("append to", file, O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK);
+    writeAll(fd.get(), bytes, "append to", file);
+}
+
 void write(const Path& file, std::string_view bytes) {
     const auto fd = OwnedFd::open("write", file, O_WRONLY | O_CREAT | O_TRUNC);
     writeAll(fd.get(), bytes, "write", file);
