@@ -17,7 +17,7 @@ ROOMS = {
                "Wrapper", "Launch", "Web"],
     "Manager": ["Base", "Files", "Rules", "Programs", "Desktop", "Operations"],
     "korvane": ["Output", "CommandLine", "Verbs", "Documents", ""],
-    "korvane-runner": ["Desktop", ""],
+    "korvane-runner": ["Desktop", "Web", ""],
 }
 
 # The floors below each floor.
