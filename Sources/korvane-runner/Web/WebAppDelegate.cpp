@@ -1,0 +1,197 @@
+#include "korvane-runner/Web/WebAppDelegate.h"
+
+#include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Web/WebAddress.h"
+#include "korvane-runner/Web/BridgeScript.h"
+#include "korvane-runner/Web/FailurePage.h"
+#include "korvane-runner/Web/NavigationRule.h"
+#include "korvane-runner/Web/PlainText.h"
+#include "korvane-runner/Web/WebStorage.h"
+
+#include <utility>
+
+namespace korvane::runner {
+
+namespace {
+
+using namespace ambrel;
+
+constexpr const char* dash = " — ";
+/// More than a title bar shows; a display server refuses what is much longer, and ends the program.
+constexpr std::size_t longestTitle = 4096;
+
+Path logIn(const Path& home) {
+    return home.empty() ? home : paths::join(home, InstanceLauncher::instanceLogName);
+}
+
+std::string addressOf(const InstanceConfig& config) {
+    return config.url ? normalizedURL(*config.url).value_or(std::string()) : std::string();
+}
+
+Banner bannerFor(const Download& download) {
+    const std::string name(paths::lastComponent(download.place));
+    if (!download.failure.empty()) return {"Download failed", name + ": " + download.failure};
+    return {"Download finished",
+            name + " is in " + std::string(paths::deletingLastComponent(download.place))};
+}
+
+} // namespace
+
+WebAppDelegate::WebAppDelegate(ResolvedInstance instance, const UserPlaces& user, LinkOpener links,
+                               WebDesktop& desktop)
+    : instance_(std::move(instance)), desktop_(desktop), links_(std::move(links)),
+      log_(logIn(instance_.home), desktop.loop()), banners_(desktop.banners()),
+      shownBadge_(desktop.badge(), desktop.loop()),
+      frameFile_(instance_.home, instance_.config.bundleId), downloads_(instance_, user),
+      site_(addressOf(instance_.config)), self_(std::make_shared<WebAppDelegate*>(this)) {}
+
+WebAppDelegate::~WebAppDelegate() = default;
+
+void WebAppDelegate::applicationDidFinishLaunching() {
+    const WebStorage storage{instance_.home};
+    window_ = desktop_.openWindow({.title = instance_.config.displayName,
+                                   .frame = frameFile_.read(),
+                                   .data = storage.data(),
+                                   .cache = storage.cache(),
+                                   .script = bridgeScript,
+                                   .handler = bridgeHandler},
+                                  *this);
+    loadSite(); // the engine's processes start while the window comes up
+    present();
+}
+
+void WebAppDelegate::loadSite() {
+    if (site_.empty()) {
+        window_->setTitle(instance_.config.displayName + dash + "invalid URL");
+    } else {
+        window_->load(site_);
+    }
+}
+
+void WebAppDelegate::present() {
+    if (window_) window_->present();
+}
+
+void WebAppDelegate::terminate() {
+    if (std::exchange(hasEnded_, true)) return;
+    if (window_) frameFile_.write(window_->frame());
+    shownBadge_.clear();
+    log_.flush();
+    desktop_.flush();
+    desktop_.loop().end(0);
+}
+
+void WebAppDelegate::closed() { terminate(); }
+
+void WebAppDelegate::messageArrived(const PageValue& message) {
+    if (showsFailure_) return; // the window's own page has the script, but nothing to say
+    if (const auto asked = readBridgeMessage(message)) {
+        std::visit([this](const auto& payload) { userContentController(payload); }, *asked);
+    }
+}
+
+void WebAppDelegate::userContentController(const NotifyMessage& message) {
+    postNotification(message);
+}
+
+void WebAppDelegate::userContentController(const BadgeMessage& message) {
+    badge_.setAPIBadge(message.count);
+    applyBadge();
+}
+
+void WebAppDelegate::userContentController(const TitleMessage& message) {
+    badge_.setTitle(message.title);
+    applyBadge();
+}
+
+void WebAppDelegate::postNotification(const NotifyMessage& payload) {
+    const auto& title = payload.title.empty() ? instance_.config.displayName : payload.title;
+    banners_.post({title, payload.body});
+    log("notify: " + title + dash + payload.body);
+}
+
+void WebAppDelegate::applyBadge() {
+    shownBadge_.set(badge_.apiBadge.value_or(badge_.titleBadge));
+    log("badge: " + badge_.label().value_or("cleared"));
+}
+
+void WebAppDelegate::log(const std::string& message) { log_.add(message); }
+
+void WebAppDelegate::loadFinished(const std::string& title) {
+    if (!title.empty()) window_->setTitle(std::string(plainText::cut(title, longestTitle)));
+}
+
+void WebAppDelegate::loadFailed(const LoadFailure& failure) {
+    showsFailure_ = true;
+    window_->showPage(failurePage(failure), failure.url);
+}
+
+void WebAppDelegate::newWindowWanted(const std::string& url) {
+    const auto scheme = schemeOf(url);
+    if (scheme.empty() || scheme == "about" || scheme == "javascript") return;
+    // Loaded by the host, a file would open for a page that may not go there by itself.
+    if (scheme == "file" && schemeOf(site_) != "file") return;
+    switch (destinationOf({.url = url, .fromClick = true})) {
+    case Destination::view:
+        showsFailure_ = false;
+        window_->load(url);
+        break;
+    case Destination::otherProgram:
+    case Destination::otherProgramIfWanted:
+        handOverIfWanted(url); // whether there was a click is not told
+        break;
+    case Destination::nowhere:
+        break;
+    }
+}
+
+bool WebAppDelegate::navigationWanted(const NavigationRequest& request) {
+    switch (destinationOf(request)) {
+    case Destination::view:
+        showsFailure_ = false; // a page of a site takes the place of the window's own
+        return true;
+    case Destination::otherProgram:
+        links_.open(request.url);
+        break;
+    case Destination::otherProgramIfWanted:
+        handOverIfWanted(request.url);
+        break;
+    case Destination::nowhere:
+        break;
+    }
+    return false;
+}
+
+void WebAppDelegate::handOverIfWanted(const std::string& url) {
+    ask(otherProgramQuestion(url), [this, url](bool isWanted) {
+        if (isWanted) links_.open(url);
+    });
+}
+
+void WebAppDelegate::permissionWanted(Permission permission, const std::string& origin,
+                                      std::function<void(bool)> answer) {
+    ask(permissionQuestion(permission, origin), std::move(answer));
+}
+
+void WebAppDelegate::ask(const Question& question, std::function<void(bool)> answer) {
+    if (isAsking_ || hasEnded_) return answer(false);
+    isAsking_ = true;
+    // The window answers no when it goes, and it goes with this object.
+    window_->ask(question.text, question.yes,
+                 [weak = std::weak_ptr(self_), answer = std::move(answer)](bool isWanted) {
+                     const auto self = weak.lock();
+                     if (self) (*self)->isAsking_ = false;
+                     answer(self && isWanted);
+                 });
+}
+
+Path WebAppDelegate::placeForDownload(const std::string& suggested) {
+    return downloads_.choose(suggested);
+}
+
+void WebAppDelegate::downloadEnded(const Download& download) {
+    downloads_.ended(download.place);
+    if (!download.wasCancelled) banners_.post(bannerFor(download));
+}
+
+} // namespace korvane::runner

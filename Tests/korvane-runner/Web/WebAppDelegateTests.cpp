@@ -1,0 +1,370 @@
+#include "korvane-runner/Web/WebAppDelegate.h"
+
+#include "Support/Builders.h"
+#include "Support/Environment.h"
+#include "Support/Expect.h"
+#include "Support/Programs.h"
+#include "korvane-runner/Signals.h"
+#include "korvane-runner/Web/FakeDesktop.h"
+
+#include <algorithm>
+#include <limits>
+
+using namespace ambrel;
+using namespace korvane::runner;
+using namespace korvane::test;
+
+namespace {
+
+InstanceConfig mail(const Path& home, std::optional<std::string> url = "mail.example.org") {
+    InstanceConfig config;
+    config.displayName = "Mail";
+    config.bundleId = "app.korvane.instance.mail";
+    config.kind = ShortcutKind::web;
+    config.instanceHome = home;
+    config.url = std::move(url);
+    return config;
+}
+
+/// A running web instance in a desktop that records what it is asked.
+struct Stage {
+    Stage() : Stage([](InstanceConfig&) {}) {}
+    explicit Stage(const std::function<void(InstanceConfig&)>& change) : user(tmp) {
+        makeFolder(home);
+        auto config = mail(home);
+        change(config);
+        const SystemTools tools{.open = tmp / "open"};
+        instance.emplace(ResolvedInstance::of(config, user.places()), user.places(),
+                         LinkOpener(tools, {{"PATH", "/usr/bin:/bin"}}), desktop);
+        instance->applicationDidFinishLaunching();
+    }
+
+    WebWindowEvents& events() const { return *desktop.events; }
+    void send(const char* type, Value::Fields payload) const {
+        events().messageArrived(message(type, std::move(payload)));
+    }
+    std::string log() {
+        desktop.fakeLoop.letTimePass();
+        return isThere(home + "/korvane-instance.log") ? readFile(home + "/korvane-instance.log")
+                                                       : std::string();
+    }
+    const WindowRecord& window() const { return desktop.window; }
+    std::vector<std::int64_t>& badges() { return desktop.fakeBadge.shown; }
+    std::vector<Banner>& banners() { return desktop.fakeBanners.posted; }
+
+    TempDir tmp;
+    UserHome user;
+    Path home = tmp / "home";
+    FakeDesktop desktop;
+    std::optional<WebAppDelegate> instance;
+};
+
+} // namespace
+
+TEST_CASE("a web instance opens one window with its name and its data, and loads its site") {
+    const Stage stage;
+
+    const auto& setup = stage.window().setup;
+    CHECK(setup->title == "Mail");
+    CHECK(setup->frame.width == 1160);
+    CHECK(setup->frame.height == 780);
+    CHECK_FALSE(setup->frame.position);
+    CHECK(setup->data == stage.home + "/.local/share/web/data");
+    CHECK(setup->cache == stage.home + "/.local/share/web/cache");
+    CHECK(setup->handler == "korvane");
+    CHECK(contains(stage.window().script, "KorvaneNotification"));
+    CHECK(stage.window().loaded == Strings{"https://mail.example.org"});
+    CHECK(stage.window().titles.empty());
+    CHECK(stage.window().presented == 1);
+}
+
+TEST_CASE("an address with a scheme is loaded trimmed and as it stands") {
+    for (const auto& [url, loaded] : std::vector<std::pair<std::string, std::string>>{
+             {" \nhttp://localhost:8080/a b\t", "http://localhost:8080/a b"},
+             {"data:text/html,<p>x", "data:text/html,<p>x"},
+             {"file:/tmp/x.html", "file:/tmp/x.html"},
+             {"localhost:8080", "https://localhost:8080"},
+         }) {
+        CAPTURE(url);
+        const Stage stage([&](auto& config) { config.url = url; });
+        CHECK(stage.window().loaded == Strings{loaded});
+    }
+}
+
+TEST_CASE("without an address nothing is loaded and the title says so") {
+    for (const std::optional<std::string>& url :
+         {std::optional<std::string>(), std::optional<std::string>(""),
+          std::optional<std::string>("ht!tp://x"), std::optional<std::string>("https://")}) {
+        const Stage stage([&](auto& config) { config.url = url; });
+        CHECK(stage.window().loaded.empty());
+        CHECK(stage.window().titles == Strings{"Mail — invalid URL"});
+        CHECK(stage.window().presented == 1);
+    }
+}
+
+TEST_CASE("a badge that the page sets is shown, logged, and hides the title's count for good") {
+    Stage stage;
+
+    stage.send("title", {{"title", "(3) Inbox"}});
+    stage.desktop.fakeLoop.letTimePass();
+    CHECK(stage.badges() == std::vector<std::int64_t>{3});
+    stage.send("badge", {{"count", 5}, {"source", "api"}});
+    stage.desktop.fakeLoop.letTimePass();
+    stage.send("badge", {{"count", 0}, {"source", "api"}});
+    stage.desktop.fakeLoop.letTimePass();
+    stage.send("title", {{"title", "(4) Inbox"}});
+    stage.desktop.fakeLoop.letTimePass();
+
+    CHECK(stage.badges() == std::vector<std::int64_t>{3, 5, 0});
+    CHECK(stage.log() == "badge: 3\nbadge: 5\nbadge: cleared\nbadge: cleared\n");
+}
+
+TEST_CASE("a count below 1, or one that is no integer, clears the badge") {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const auto& count : {Value(-2), Value(0), Value(2.5), Value(nan), Value("7"), Value()}) {
+        Stage stage;
+        stage.send("badge", {{"count", 9}});
+        stage.send("badge", {{"count", count}});
+        CHECK(stage.log() == "badge: 9\nbadge: cleared\n");
+        CHECK(stage.badges().empty()); // the 9 was gone before anybody could have seen it
+    }
+}
+
+TEST_CASE("a message of a wrong shape or of an unknown type leaves no trace") {
+    Stage stage;
+    for (const auto& body : {Value(), Value("badge"), Value(Value::List()), Value(Value::Fields()),
+                             message("nothing", {{"count", 5}})}) {
+        stage.events().messageArrived(body);
+    }
+    CHECK(stage.log().empty());
+    CHECK(stage.desktop.fakeLoop.timers.empty());
+    CHECK(stage.banners().empty());
+}
+
+TEST_CASE("a notification is a banner and a line of the log") {
+    Stage stage;
+
+    stage.send("notify", {{"title", "New <b>mail</b>"}, {"body", "from A & B"}});
+    stage.send("notify", {{"title", ""}, {"body", "x"}});
+    stage.send("notify", {{"title", 5}});
+
+    CHECK(stage.banners() ==
+          std::vector<Banner>{{"New <b>mail</b>", "from A & B"}, {"Mail", "x"}, {"Mail", ""}});
+    CHECK(stage.log() == "notify: New <b>mail</b> — from A & B\nnotify: Mail — x\n"
+                         "notify: Mail — \n");
+}
+
+TEST_CASE("a banner's title is one line, its body has lines, and no control characters reach it") {
+    Stage stage;
+
+    stage.send("notify", {{"title", "a\nb\x1b"}, {"body", "c\r\nd\x07"}});
+
+    CHECK(stage.banners() == std::vector<Banner>{{"a b ", "c\nd "}});
+    CHECK(stage.log() == "notify: a b  — c d \n");
+}
+
+TEST_CASE("the desktop has at most 8 banners to deal with, 64 wait, and the log has every one") {
+    Stage stage;
+    std::string expected;
+    for (int i = 0; i < 1000; ++i) {
+        const auto number = std::to_string(i);
+        stage.send("notify", {{"title", number}});
+        expected += "notify: " + number + " — \n";
+    }
+    CHECK(stage.banners().size() == 8);
+    CHECK(stage.log() == expected);
+
+    auto& underWay = stage.desktop.fakeBanners.underWay;
+    for (std::size_t i = 0; i < underWay.size(); ++i) {
+        auto done = underWay[i];
+        done();
+        CHECK(stage.banners().size() - i - 1 <= 8);
+    }
+
+    REQUIRE(stage.banners().size() == 72);
+    for (std::size_t i = 0; i < 72; ++i) CHECK(stage.banners()[i].title == std::to_string(i));
+    stage.send("notify", {{"title", "next"}});
+    CHECK(stage.banners().back().title == "next");
+}
+
+TEST_CASE("100,000 messages are one signal to the icon and a line of the log each") {
+    Stage stage;
+
+    for (int i = 1; i <= 100'000; ++i) stage.send("badge", {{"count", i}});
+
+    CHECK(stage.desktop.fakeLoop.timers.size() == 2); // of the log and of the badge
+    const auto log = stage.log();
+    CHECK(stage.badges() == std::vector<std::int64_t>{100'000});
+    CHECK(std::count(log.begin(), log.end(), '\n') == 100'000);
+    CHECK(log.ends_with("badge: 99999\nbadge: 100000\n"));
+}
+
+TEST_CASE("the window's title follows a finished load, and not one without a title") {
+    const Stage stage;
+
+    stage.events().loadFinished("Inbox");
+    stage.events().loadFinished("");
+    stage.send("title", {{"title", "(5) Inbox"}});
+    CHECK(stage.window().titles == Strings{"Inbox"});
+
+    stage.events().loadFinished(std::string(100'000'000, 'x'));
+    CHECK(stage.window().titles.back().size() == 4096);
+}
+
+TEST_CASE("a page that is not there is replaced by one that says so, which has no say itself") {
+    Stage stage;
+
+    stage.events().loadFailed(
+        {LoadFailure::Kind::notReached, "https://mail.example.org/", "No route"});
+    stage.send("title", {{"title", "(7) This page cannot be reached"}});
+    stage.send("notify", {{"title", "x"}});
+
+    REQUIRE(stage.window().pages.size() == 1);
+    CHECK(contains(stage.window().pages[0].first, "No route"));
+    CHECK(stage.window().pages[0].second == "https://mail.example.org/");
+    CHECK(stage.window().titles.empty());
+    CHECK(stage.log().empty());
+    CHECK(stage.banners().empty());
+
+    CHECK(stage.events().navigationWanted({"https://mail.example.org/", true}));
+    stage.send("title", {{"title", "(7) Inbox"}});
+    CHECK(stage.log() == "badge: 7\n");
+}
+
+TEST_CASE("a new window is a page in the same one, and nothing where it has no address") {
+    const Stage stage;
+
+    for (const char* url : {"", "about:blank", "javascript:alert(1)", "file:///etc/passwd"}) {
+        stage.events().newWindowWanted(url);
+    }
+    stage.events().newWindowWanted("https://other.example.org/");
+
+    CHECK(stage.window().loaded ==
+          Strings{"https://mail.example.org", "https://other.example.org/"});
+    CHECK(stage.window().asked.empty());
+}
+
+TEST_CASE("a page of files may open another file") {
+    const Stage stage([](auto& config) { config.url = "file:///a.html"; });
+    stage.events().newWindowWanted("file:///b.html");
+    CHECK(stage.window().loaded == Strings{"file:///a.html", "file:///b.html"});
+}
+
+TEST_CASE("an address for another program leaves the window after a click, with the user's home") {
+    Stage stage;
+    Fifo done(stage.tmp / "done");
+    writeScript(stage.tmp / "open", "echo \"$1 ${HOME-none}\" > " + quoted(done.path()));
+
+    CHECK_FALSE(stage.events().navigationWanted({"mailto:a@example.org", false}));
+    CHECK_FALSE(stage.events().navigationWanted({"mailto:b@example.org?x=1&y=$(z)", true}));
+    CHECK(done.line() == "mailto:b@example.org?x=1&y=$(z) none");
+    CHECK(stage.window().asked.empty());
+}
+
+TEST_CASE("an unusual scheme leaves only when the person agrees, who is asked once at a time") {
+    Stage stage;
+    Fifo done(stage.tmp / "done");
+    writeScript(stage.tmp / "open", "echo \"$1\" > " + quoted(done.path()));
+    auto& asked = stage.desktop.window.asked;
+
+    CHECK_FALSE(stage.events().navigationWanted({"game://start/1", false}));
+    CHECK(asked.empty());
+    CHECK_FALSE(stage.events().navigationWanted({"game://start/2", true}));
+    CHECK_FALSE(stage.events().navigationWanted({"game://start/3", true}));
+    REQUIRE(asked.size() == 1);
+    CHECK(contains(asked[0].question, "game://start/2"));
+    stage.desktop.window.answer(0, false);
+    CHECK_FALSE(stage.events().navigationWanted({"game://start/4", true}));
+    REQUIRE(asked.size() == 2);
+    stage.desktop.window.answer(1, true);
+
+    CHECK(done.line() == "game://start/4");
+}
+
+TEST_CASE("camera, microphone and location are the person's to give") {
+    Stage stage;
+    std::vector<std::string> answers;
+    const auto note = [&answers](const char* what) {
+        return
+            [&answers, what](bool allowed) { answers.push_back(what + std::to_string(allowed)); };
+    };
+    auto& asked = stage.desktop.window.asked;
+
+    stage.events().permissionWanted(Permission::camera, "https://a.example", note("camera "));
+    stage.events().permissionWanted(Permission::location, "https://a.example", note("location "));
+    CHECK(answers == Strings{"location 0"}); // one question at a time
+    REQUIRE(asked.size() == 1);
+    CHECK(asked[0].question == "Allow https://a.example to use your camera?");
+    CHECK(asked[0].yes == "Allow");
+    stage.desktop.window.answer(0, true);
+    CHECK(answers == Strings{"location 0", "camera 1"});
+}
+
+TEST_CASE("a question that is open when the instance ends is answered with no") {
+    Stage stage;
+    std::optional<bool> answer;
+    stage.events().permissionWanted(Permission::location, "x", [&](bool is) { answer = is; });
+
+    stage.instance.reset();
+
+    CHECK(answer == false);
+}
+
+TEST_CASE(
+    "a finished download is told by a banner and not by the log, a cancelled one by nothing") {
+    Stage stage;
+
+    stage.events().downloadEnded({.place = "/u/Downloads/a b.zip", .failure = ""});
+    stage.events().downloadEnded({.place = "/u/Downloads/c.zip", .failure = "Disk full"});
+    stage.events().downloadEnded({.place = "/u/Downloads/d", .failure = "x", .wasCancelled = true});
+
+    CHECK(stage.banners() ==
+          std::vector<Banner>{{"Download finished", "a b.zip is in /u/Downloads"},
+                              {"Download failed", "c.zip: Disk full"}});
+    CHECK(stage.log().empty());
+}
+
+TEST_CASE("closing the window keeps its frame, clears the badge, writes the log and ends with 0") {
+    Stage stage;
+    stage.send("badge", {{"count", 2}});
+    stage.desktop.fakeLoop.letTimePass();
+    stage.send("notify", {{"title", "last"}});
+    stage.desktop.window.frame.width = 700;
+    stage.desktop.window.frame.position = WindowFrame::Position{10, 20};
+
+    stage.events().closed();
+    stage.events().closed();
+
+    CHECK(stage.desktop.fakeLoop.status == 0);
+    CHECK(stage.badges() == std::vector<std::int64_t>{2, 0});
+    CHECK(readFile(stage.home + "/korvane-instance.log") == "badge: 2\nnotify: last — \n");
+    CHECK(readFile(stage.home + "/KorvaneWeb-app.korvane.instance.mail") ==
+          "size 700 780\nposition 10 20\n");
+    CHECK(stage.desktop.flushed == 1);
+}
+
+TEST_CASE("a window opens where it was closed, and an icon without a badge is left alone") {
+    Stage stage([](auto& config) {
+        writeFile(config.instanceHome + "/KorvaneWeb-app.korvane.instance.mail",
+                  "size 640 480\nposition 5 6\nmaximized\n");
+    });
+    CHECK(stage.window().setup->frame.width == 640);
+    CHECK(stage.window().setup->frame.position == WindowFrame::Position{5, 6});
+    CHECK(stage.window().setup->frame.maximized);
+
+    stage.events().closed();
+    CHECK(stage.badges().empty());
+}
+
+TEST_CASE("what the loop and the desktop still hold when an instance is gone does nothing") {
+    Stage stage;
+    stage.send("badge", {{"count", 2}});
+    stage.send("notify", {{"title", "x"}});
+
+    stage.instance.reset();
+    stage.desktop.fakeLoop.letTimePass();
+    for (const auto& done : stage.desktop.fakeBanners.underWay) done();
+
+    CHECK(stage.badges().empty());
+    CHECK(stage.log() == "badge: 2\nnotify: x — \n");
+}
