@@ -1,0 +1,95 @@
+#include "korvane-runner/Web/WebHost.h"
+
+#include "Ambrel/Home/DesktopAccess.h"
+#include "Ambrel/Home/HomePreparation.h"
+#include "Ambrel/Home/NewFolders.h"
+#include "Ambrel/Instance/DesktopId.h"
+#include "Ambrel/Launch/LaunchError.h"
+#include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/GuardedFolder.h"
+#include "Ambrel/Platform/SignalSource.h"
+#include "Ambrel/Platform/SoleProcess.h"
+#include "korvane-runner/Web/InstanceIcon.h"
+#include "korvane-runner/Web/WebAppDelegate.h"
+#include "korvane-runner/Web/WebStorage.h"
+
+namespace korvane::runner {
+
+namespace {
+
+using namespace ambrel;
+using Watching = AppLoop::Watching;
+
+constexpr unsigned ownerOnly = 0700;
+/// What a second start of an instance asks of the first.
+constexpr const char* presentCall = "present";
+
+/// A relative home lies where this process was started, and stays there.
+ResolvedInstance withAbsoluteHome(ResolvedInstance instance) {
+    if (instance.home.empty()) throw LaunchError::unsupported("web shortcut has no home folder");
+    instance.home = fileSystem::absolute(instance.home);
+    return instance;
+}
+
+/// A site is shown without a home, too: it only remembers nothing.
+void tryMakeHome(const ResolvedInstance& instance, const UserPlaces& user) noexcept {
+    try {
+        NewFolders folders;
+        HomePreparation::make(instance, folders);
+        folders.keep();
+        HomePreparation::furnish(instance, user);
+        GuardedFolder::open(instance.home).folder(WebStorage::relativeRoot, ownerOnly);
+    } catch (const std::exception&) {
+        // Said above.
+    }
+}
+
+/// From here on libraries that ask for the home folder find the instance's.
+void moveHome(const Path& home, const WebSurroundings& surroundings) {
+    auto environment = surroundings.environment;
+    environment["HOME"] = home;
+    environment["CFFIXED_USER_HOME"] = home;
+    redirectHomeVariables(environment, home, surroundings.user);
+    setProcessVariables(environment);
+}
+
+void endOnSignals(SignalSource& signals, WebAppDelegate& delegate, AppLoop& loop) {
+    loop.whenReadable(signals.descriptor(), [&] {
+        while (signals.next()) delegate.terminate();
+        return Watching::goesOn;
+    });
+}
+
+void presentOnCalls(std::optional<SoleProcess>& claim, WebAppDelegate& delegate, AppLoop& loop) {
+    if (!claim) return; // a file system without locks: every start has a window then
+    loop.whenReadable(claim->descriptor(), [&] {
+        while (claim->nextMessage()) delegate.present();
+        return Watching::goesOn;
+    });
+}
+
+} // namespace
+
+int WebHost::run(const ResolvedInstance& given, const WebSurroundings& surroundings,
+                 const SignalHold& hold, const DesktopOpener& openDesktop) {
+    const auto instance = withAbsoluteHome(given);
+    const auto& [user, environment, icon, tools] = surroundings;
+    const WebStorage storage{instance.home};
+    tryMakeHome(instance, user);
+    auto claim = SoleProcess::claim(storage.root());
+    if (!claim && SoleProcess::call(storage.root(), presentCall)) return 0;
+    DesktopAccess::ensure(instance.home, user);
+    moveHome(instance.home, surroundings);
+
+    SignalSource signals(hold); // before the toolkit, which starts threads
+    const auto desktop = openDesktop({.id = desktopId(instance.config.bundleId),
+                                      .name = instance.config.displayName,
+                                      .icon = ensurePicture(icon, storage.icon())});
+    WebAppDelegate delegate(instance, user, LinkOpener(tools, environment), *desktop);
+    endOnSignals(signals, delegate, desktop->loop());
+    presentOnCalls(claim, delegate, desktop->loop());
+    delegate.applicationDidFinishLaunching();
+    return desktop->loop().run();
+}
+
+} // namespace korvane::runner
