@@ -67,6 +67,11 @@ target_sources(RunnerTests PRIVATE
 target_link_libraries(RunnerTests PRIVATE KorvaneDesktop-linked PkgConfig::glib)
 add_dependencies(RunnerTests korvane-test-late korvane-test-loop)
 
+# What needs the engine's libraries and no desktop.
+pkg_check_modules(jsc REQUIRED IMPORTED_TARGET javascriptcoregtk-6.0)
+add_doctest(PageTests korvane-runner/Desktop/Linux/JscValueTests.cpp)
+target_link_libraries(PageTests PRIVATE KorvaneDesktop-linked PkgConfig::jsc)
+
 # What the runner is linked to, and the libraries that it must do without.
 pkg_check_modules(plist REQUIRED libplist-2.0)
 target_compile_definitions(RunnerTests PRIVATE

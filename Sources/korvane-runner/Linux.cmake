@@ -10,6 +10,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/EngineSandbox.cpp
     Desktop/Linux/GLibLoop.cpp
     Desktop/Linux/GVariants.cpp
+    Desktop/Linux/JscValue.cpp
     Desktop/Linux/LauncherBadge.cpp
     Desktop/Linux/NotificationBanners.cpp
     Desktop/Linux/SessionBus.cpp
