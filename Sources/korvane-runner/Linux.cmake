@@ -7,14 +7,23 @@ pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 x11)
 # What is asked of a desktop, with the toolkit's own headers. Nothing of it may run before main, and
 # none of the toolkit's data can be used: see add_lazy_objects().
 add_library(KorvaneDesktop STATIC
+    Desktop/Linux/CertificateFaults.cpp
     Desktop/Linux/EngineSandbox.cpp
     Desktop/Linux/GLibLoop.cpp
     Desktop/Linux/GVariants.cpp
     Desktop/Linux/JscValue.cpp
     Desktop/Linux/LauncherBadge.cpp
     Desktop/Linux/NotificationBanners.cpp
+    Desktop/Linux/PageLoads.cpp
+    Desktop/Linux/PageMessages.cpp
+    Desktop/Linux/PageSteps.cpp
+    Desktop/Linux/PageView.cpp
+    Desktop/Linux/Questions.cpp
     Desktop/Linux/SessionBus.cpp
     Desktop/Linux/Toolkit.cpp
+    Desktop/Linux/WebKitWindow.cpp
+    Desktop/Linux/WindowPlace.cpp
+    Desktop/Linux/X11Position.cpp
 )
 target_link_libraries(KorvaneDesktop PUBLIC Ambrel)
 target_include_directories(KorvaneDesktop SYSTEM PRIVATE

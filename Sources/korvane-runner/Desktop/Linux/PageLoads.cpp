@@ -1,0 +1,163 @@
+#include "korvane-runner/Desktop/Linux/PageLoads.h"
+
+#include "korvane-runner/Desktop/Linux/CertificateFaults.h"
+#include "korvane-runner/Desktop/Linux/JscValue.h"
+
+#include <cerrno>
+
+namespace korvane::runner {
+
+namespace {
+
+/// Errors that tell of a load which became something else: another load, a download.
+bool isNoFailure(const GError* error) {
+    return g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
+           g_error_matches(error, WEBKIT_POLICY_ERROR,
+                           WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) ||
+           g_error_matches(error, WEBKIT_MEDIA_ERROR, WEBKIT_MEDIA_ERROR_WILL_HANDLE_LOAD);
+}
+
+const char* orEmpty(const char* text) { return text ? text : ""; }
+
+} // namespace
+
+PageLoads::PageLoads(WebKitWebView* view, WebWindowEvents& events)
+    : view_(view),
+      events_(events), handlers_{
+                           SignalHandler(view, "load-changed", onLoadChanged, this),
+                           SignalHandler(view, "load-failed", onLoadFailed, this),
+                           SignalHandler(view, "load-failed-with-tls-errors", onCertificateRefused,
+                                         this),
+                           SignalHandler(view, "web-process-terminated", onProcessEnded, this),
+                           SignalHandler(view, "authenticate", onAuthenticate, this)} {}
+
+PageLoads::~PageLoads() {
+    stopWaiting();
+    forgetTitle();
+}
+
+void PageLoads::load(const std::string& url) {
+    next_ = Page::ofTheSite;
+    webkit_web_view_load_uri(view_, url.c_str());
+}
+
+void PageLoads::showPage(const std::string& html, const std::string& url) {
+    next_ = Page::own;
+    webkit_web_view_load_alternate_html(view_, html.c_str(), url.c_str(), nullptr);
+}
+
+void PageLoads::reload(bool pastCache) {
+    next_ = Page::ofTheSite;
+    if (pastCache)
+        webkit_web_view_reload_bypass_cache(view_);
+    else
+        webkit_web_view_reload(view_);
+}
+
+void PageLoads::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageLoads* self) noexcept {
+    switch (event) {
+    case WEBKIT_LOAD_STARTED:
+        self->started();
+        break;
+    case WEBKIT_LOAD_REDIRECTED:
+        self->waitForAnswer();
+        break;
+    case WEBKIT_LOAD_COMMITTED:
+        self->stopWaiting();
+        self->shown_ = self->loading_;
+        break;
+    case WEBKIT_LOAD_FINISHED:
+        self->stopWaiting();
+        self->finished();
+        break;
+    }
+}
+
+void PageLoads::started() {
+    loading_ = std::exchange(next_, Page::ofTheSite);
+    hasFailed_ = false;
+    forgetTitle();
+    waitForAnswer();
+}
+
+// The engine tells of an end after every beginning, whatever came between; of a title when it comes
+// to it, which may be later. So the page is asked, in a world of its own that it cannot change.
+void PageLoads::finished() {
+    if (hasFailed_ || loading_ == Page::own) return;
+    forgetTitle();
+    title_.reset(g_cancellable_new());
+    webkit_web_view_evaluate_javascript(view_, "document.title", -1, "title", nullptr, title_.get(),
+                                        onTitle, this);
+}
+
+void PageLoads::onTitle(GObject* view, GAsyncResult* result, gpointer data) noexcept {
+    const GObjectPtr<JSCValue> title(
+        webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr));
+    if (!title) return;                // the page has gone, and what asked for it perhaps as well
+    constexpr std::size_t most = 4096; // far beyond what a title bar shows
+    auto* self = static_cast<PageLoads*>(data);
+    self->title_.reset();
+    self->events_.loadFinished(JscValue(retained(title.get())).text(most).value_or(""));
+}
+
+void PageLoads::forgetTitle() {
+    if (!title_) return;
+    g_cancellable_cancel(title_.get());
+    title_.reset();
+}
+
+void PageLoads::failed(LoadFailure::Kind kind, const char* url, std::string reason) {
+    stopWaiting();
+    forgetTitle();
+    hasFailed_ = true;
+    events_.loadFailed({kind, orEmpty(url), std::move(reason)});
+}
+
+gboolean PageLoads::onLoadFailed(WebKitWebView*, WebKitLoadEvent, const char* url, GError* error,
+                                 PageLoads* self) noexcept {
+    self->hasFailed_ = true;
+    if (!isNoFailure(error)) self->failed(LoadFailure::Kind::notReached, url, error->message);
+    return TRUE; // no page of the engine's own
+}
+
+gboolean PageLoads::onCertificateRefused(WebKitWebView*, const char* url, GTlsCertificate*,
+                                         GTlsCertificateFlags faults, PageLoads* self) noexcept {
+    self->failed(LoadFailure::Kind::notTrusted, url, certificateFaults(faults));
+    return TRUE;
+}
+
+void PageLoads::onProcessEnded(WebKitWebView* view, WebKitWebProcessTerminationReason reason,
+                               PageLoads* self) noexcept {
+    if (reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API) return; // nobody here does that
+    const auto* words =
+        reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT ? g_strerror(ENOMEM) : "";
+    self->failed(LoadFailure::Kind::crashed, webkit_web_view_get_uri(view), words);
+}
+
+// A person may take a minute and more to find a password.
+gboolean PageLoads::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest*,
+                                   PageLoads* self) noexcept {
+    self->stopWaiting();
+    return FALSE; // the engine asks in a dialog of its own
+}
+
+void PageLoads::waitForAnswer() {
+    constexpr guint seconds = 60;
+    stopWaiting();
+    timeout_ = g_timeout_add_seconds(seconds, onTimeout, this);
+}
+
+void PageLoads::stopWaiting() {
+    if (timeout_ != 0) g_source_remove(std::exchange(timeout_, 0));
+}
+
+gboolean PageLoads::onTimeout(gpointer data) noexcept {
+    auto* self = static_cast<PageLoads*>(data);
+    self->timeout_ = 0;
+    const std::string url = orEmpty(webkit_web_view_get_uri(self->view_));
+    webkit_web_view_stop_loading(self->view_);
+    self->failed(LoadFailure::Kind::notReached, url.c_str(), g_strerror(ETIMEDOUT));
+    return G_SOURCE_REMOVE;
+}
+
+} // namespace korvane::runner
