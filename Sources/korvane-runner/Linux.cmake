@@ -21,6 +21,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/Questions.cpp
     Desktop/Linux/SessionBus.cpp
     Desktop/Linux/Toolkit.cpp
+    Desktop/Linux/WebKitDesktop.cpp
     Desktop/Linux/WebKitWindow.cpp
     Desktop/Linux/WindowPlace.cpp
     Desktop/Linux/X11Position.cpp
