@@ -29,7 +29,7 @@ WebKitWindow::WebKitWindow(const WebWindowSetup& setup, const ambrel::Path& icon
     : events_(events), icon_(icon), window_(GTK_WINDOW(gtk_window_new())), page_(setup),
       content_(makeContent(window_.get(), page_.view())), loads_(page_.view(), events),
       steps_(page_.view(), loads_, events), messages_(page_.content(), setup, loads_, events),
-      place_(window_.get(), setup.frame),
+      downloads_(page_.session(), events), place_(window_.get(), setup.frame),
       questions_(window_.get()), handlers_{SignalHandler(window_.get(), "map", onMap, this),
                                            SignalHandler(window_.get(), "close-request",
                                                          onCloseRequest, this),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "korvane-runner/Desktop/Linux/Downloads.h"
 #include "korvane-runner/Desktop/Linux/PageLoads.h"
 #include "korvane-runner/Desktop/Linux/PageMessages.h"
 #include "korvane-runner/Desktop/Linux/PageSteps.h"
@@ -45,6 +46,7 @@ private:
     PageLoads loads_;
     PageSteps steps_;
     PageMessages messages_;
+    Downloads downloads_;
     WindowPlace place_;
     Questions questions_;
     std::array<SignalHandler, 3> handlers_;
