@@ -19,6 +19,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/PageMessages.cpp
     Desktop/Linux/PageSteps.cpp
     Desktop/Linux/PageView.cpp
+    Desktop/Linux/Permissions.cpp
     Desktop/Linux/Questions.cpp
     Desktop/Linux/SessionBus.cpp
     Desktop/Linux/Toolkit.cpp

@@ -5,6 +5,7 @@
 #include "korvane-runner/Desktop/Linux/PageMessages.h"
 #include "korvane-runner/Desktop/Linux/PageSteps.h"
 #include "korvane-runner/Desktop/Linux/PageView.h"
+#include "korvane-runner/Desktop/Linux/Permissions.h"
 #include "korvane-runner/Desktop/Linux/Questions.h"
 #include "korvane-runner/Desktop/Linux/WindowPlace.h"
 #include "korvane-runner/Desktop/WebWindow.h"
@@ -47,6 +48,7 @@ private:
     PageSteps steps_;
     PageMessages messages_;
     Downloads downloads_;
+    Permissions permissions_;
     WindowPlace place_;
     Questions questions_;
     std::array<SignalHandler, 3> handlers_;
