@@ -2,7 +2,7 @@
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(gio REQUIRED gio-unix-2.0>=2.74)
-pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 x11)
+pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 gtk4-unix-print x11)
 
 # What is asked of a desktop, with the toolkit's own headers. Nothing of it may run before main, and
 # none of the toolkit's data can be used: see add_lazy_objects().
@@ -20,6 +20,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/PageSteps.cpp
     Desktop/Linux/PageView.cpp
     Desktop/Linux/Permissions.cpp
+    Desktop/Linux/PrintDialog.cpp
     Desktop/Linux/Questions.cpp
     Desktop/Linux/SessionBus.cpp
     Desktop/Linux/Toolkit.cpp

@@ -30,7 +30,7 @@ WebKitWindow::WebKitWindow(const WebWindowSetup& setup, const ambrel::Path& icon
       content_(makeContent(window_.get(), page_.view())), loads_(page_.view(), events),
       steps_(page_.view(), loads_, events), messages_(page_.content(), setup, loads_, events),
       downloads_(page_.session(), events), permissions_(page_.view(), events),
-      place_(window_.get(), setup.frame),
+      print_(window_.get(), page_.view()), place_(window_.get(), setup.frame),
       questions_(window_.get()), handlers_{SignalHandler(window_.get(), "map", onMap, this),
                                            SignalHandler(window_.get(), "close-request",
                                                          onCloseRequest, this),

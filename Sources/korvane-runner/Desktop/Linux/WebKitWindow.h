@@ -6,6 +6,7 @@
 #include "korvane-runner/Desktop/Linux/PageSteps.h"
 #include "korvane-runner/Desktop/Linux/PageView.h"
 #include "korvane-runner/Desktop/Linux/Permissions.h"
+#include "korvane-runner/Desktop/Linux/PrintDialog.h"
 #include "korvane-runner/Desktop/Linux/Questions.h"
 #include "korvane-runner/Desktop/Linux/WindowPlace.h"
 #include "korvane-runner/Desktop/WebWindow.h"
@@ -49,6 +50,7 @@ private:
     PageMessages messages_;
     Downloads downloads_;
     Permissions permissions_;
+    PrintDialog print_;
     WindowPlace place_;
     Questions questions_;
     std::array<SignalHandler, 3> handlers_;

@@ -1,0 +1,57 @@
+#include "korvane-runner/Desktop/Linux/PrintDialog.h"
+
+#include <gtk/gtkunixprint.h>
+
+namespace korvane::runner {
+
+PrintDialog::PrintDialog(GtkWindow* window, WebKitWebView* view)
+    : window_(window), view_(view), handler_(view, "print", onPrint, this) {}
+
+PrintDialog::~PrintDialog() {
+    if (dialog_) close();
+}
+
+void PrintDialog::print() {
+    open(GObjectPtr<WebKitPrintOperation>(webkit_print_operation_new(view_)));
+}
+
+gboolean PrintDialog::onPrint(WebKitWebView*, WebKitPrintOperation* operation,
+                              PrintDialog* self) noexcept {
+    self->open(retained(operation));
+    return TRUE;
+}
+
+void PrintDialog::open(GObjectPtr<WebKitPrintOperation> operation) {
+    if (dialog_) return; // a page can ask for it again and again
+    operation_ = std::move(operation);
+    dialog_ = GTK_WINDOW(gtk_print_unix_dialog_new("Print", window_));
+    gtk_window_set_modal(dialog_, TRUE);
+    gtk_print_unix_dialog_set_manual_capabilities(
+        GTK_PRINT_UNIX_DIALOG(dialog_),
+        static_cast<GtkPrintCapabilities>(GTK_PRINT_CAPABILITY_PAGE_SET |
+                                          GTK_PRINT_CAPABILITY_COPIES |
+                                          GTK_PRINT_CAPABILITY_SCALE));
+    gtk_print_unix_dialog_set_embed_page_setup(GTK_PRINT_UNIX_DIALOG(dialog_), TRUE);
+    response_.emplace(dialog_, "response", onResponse, this);
+    gtk_window_present(dialog_);
+}
+
+void PrintDialog::close() {
+    response_.reset();
+    gtk_window_destroy(std::exchange(dialog_, nullptr));
+    operation_.reset();
+}
+
+void PrintDialog::onResponse(GtkDialog* dialog, int response, PrintDialog* self) noexcept {
+    if (response == GTK_RESPONSE_OK) {
+        auto* chosen = GTK_PRINT_UNIX_DIALOG(dialog);
+        const GObjectPtr<GtkPrintSettings> settings(gtk_print_unix_dialog_get_settings(chosen));
+        webkit_print_operation_set_print_settings(self->operation_.get(), settings.get());
+        webkit_print_operation_set_page_setup(self->operation_.get(),
+                                              gtk_print_unix_dialog_get_page_setup(chosen));
+        webkit_print_operation_print(self->operation_.get());
+    }
+    self->close();
+}
+
+} // namespace korvane::runner
