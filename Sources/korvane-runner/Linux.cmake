@@ -10,6 +10,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/CertificateFaults.cpp
     Desktop/Linux/Downloads.cpp
     Desktop/Linux/EngineSandbox.cpp
+    Desktop/Linux/FindBar.cpp
     Desktop/Linux/GLibLoop.cpp
     Desktop/Linux/GVariants.cpp
     Desktop/Linux/JscValue.cpp
@@ -26,8 +27,10 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/Toolkit.cpp
     Desktop/Linux/WebKitDesktop.cpp
     Desktop/Linux/WebKitWindow.cpp
+    Desktop/Linux/WindowKeys.cpp
     Desktop/Linux/WindowPlace.cpp
     Desktop/Linux/X11Position.cpp
+    Desktop/Linux/Zoom.cpp
 )
 target_link_libraries(KorvaneDesktop PUBLIC Ambrel)
 target_include_directories(KorvaneDesktop SYSTEM PRIVATE

@@ -46,9 +46,9 @@ void PageLoads::showPage(const std::string& html, const std::string& url) {
     webkit_web_view_load_alternate_html(view_, html.c_str(), url.c_str(), nullptr);
 }
 
-void PageLoads::reload(bool pastCache) {
+void PageLoads::reload(Cache cache) {
     next_ = Page::ofTheSite;
-    if (pastCache)
+    if (cache == Cache::passedOver)
         webkit_web_view_reload_bypass_cache(view_);
     else
         webkit_web_view_reload(view_);

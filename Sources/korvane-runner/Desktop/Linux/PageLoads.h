@@ -11,6 +11,8 @@ namespace korvane::runner {
 /// What a view loads, and what becomes of it.
 class PageLoads {
 public:
+    enum class Cache { used, passedOver };
+
     /// Both must outlive it.
     PageLoads(WebKitWebView* view, WebWindowEvents& events);
     PageLoads(const PageLoads&) = delete;
@@ -20,7 +22,7 @@ public:
     void load(const std::string& url);
     /// A page of the window's own, which stands for `url`.
     void showPage(const std::string& html, const std::string& url);
-    void reload(bool pastCache);
+    void reload(Cache cache);
 
     /// Whether a page of the window's own is on its way.
     bool bringsOwnPage() const { return next_ == Page::own; }

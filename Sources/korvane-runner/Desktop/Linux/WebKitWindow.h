@@ -8,6 +8,7 @@
 #include "korvane-runner/Desktop/Linux/Permissions.h"
 #include "korvane-runner/Desktop/Linux/PrintDialog.h"
 #include "korvane-runner/Desktop/Linux/Questions.h"
+#include "korvane-runner/Desktop/Linux/WindowKeys.h"
 #include "korvane-runner/Desktop/Linux/WindowPlace.h"
 #include "korvane-runner/Desktop/WebWindow.h"
 
@@ -51,6 +52,7 @@ private:
     Downloads downloads_;
     Permissions permissions_;
     PrintDialog print_;
+    WindowKeys keys_;
     WindowPlace place_;
     Questions questions_;
     std::array<SignalHandler, 3> handlers_;
