@@ -99,9 +99,7 @@ template <class Step> void note(std::vector<std::string>& failures, const Step& 
 }
 
 bool hasHome(const ResolvedInstance& instance) {
-    const auto kind = instance.config.kind;
-    const bool isUsed = kind == ShortcutKind::app || kind == ShortcutKind::command;
-    return isUsed && instance.home.starts_with('/');
+    return instance.config.kind != ShortcutKind::file && instance.home.starts_with('/');
 }
 
 std::vector<std::string> tryMakeDataFolders(const ResolvedInstance& instance,

@@ -54,12 +54,12 @@ TEST_CASE("in a home that is there only data folders come back") {
     CHECK(namesIn(scene.home) == Strings{"Data"});
 }
 
-TEST_CASE("a file and a web instance get no home, and a command one without user folders") {
+TEST_CASE("a file gets no home, a command and a web site one without user folders") {
     struct Row {
         ShortcutKind kind;
         bool hasHome;
     };
-    for (const auto& row : {Row{ShortcutKind::file, false}, Row{ShortcutKind::web, false},
+    for (const auto& row : {Row{ShortcutKind::file, false}, Row{ShortcutKind::web, true},
                             Row{ShortcutKind::command, true}}) {
         CAPTURE(rawValue(row.kind));
         Scene scene;
