@@ -157,7 +157,9 @@ TEST_CASE("an option that another kind has is refused with the kind that has it"
     };
     const Row rows[] = {
         {"command", {"--strategy", "unsupported"}, "a command: it belongs to: korvane create app"},
-        {"command", {"--no-share-folders"}, "a command: it belongs to: korvane create app"},
+        {"command",
+         {"--no-share-folders"},
+         "a command: it belongs to: korvane create app, korvane create web"},
         {"command", {"--arg", "x"}, "a command: its arguments stand behind PROGRAM."},
         {"command", {"--open-with"}, "a command: it belongs to: korvane create app"},
         {"app", {"--terminal"}, "an application: it belongs to: korvane create command"},
@@ -689,14 +691,16 @@ TEST_CASE("what the runner cannot host yet is said in one line") {
 TEST_CASE("create tells where the data of a web site lives, and how to open it") {
     const Manager manager;
 
-    const auto done =
-        manager.run({"create", "web", "Site", "example.org", "--runner", KORVANE_TEST_RUNNER});
+    const auto done = manager.run({"create", "web", "Site", "--no-share-folders", "example.org",
+                                   "--runner", KORVANE_TEST_RUNNER});
 
     CHECK(done.status == 0);
     CHECK(done.error == "Created \"Site\".\n"
                         "Its data lives in ~/KorvaneInstances/Site.\n"
                         "Open it with: korvane open Site\n");
-    CHECK(manager.configOf(manager.applications() + "/Site.app").url == "example.org");
+    const auto config = manager.configOf(manager.applications() + "/Site.app");
+    CHECK(config.url == "example.org");
+    CHECK_FALSE(config.shareUserFolders);
 }
 
 TEST_CASE("create refuses what is no address of a web site, and leaves nothing behind") {

@@ -68,6 +68,7 @@ inline constexpr KindSet app{ShortcutKind::app};
 inline constexpr KindSet web{ShortcutKind::web};
 inline constexpr KindSet file{ShortcutKind::file};
 inline constexpr KindSet command{ShortcutKind::command};
+inline constexpr KindSet appOrWeb{ShortcutKind::app, ShortcutKind::web};
 inline constexpr KindSet appOrCommand{ShortcutKind::app, ShortcutKind::command};
 inline constexpr KindSet allButFile{ShortcutKind::app, ShortcutKind::web, ShortcutKind::command};
 inline constexpr KindSet every{ShortcutKind::app, ShortcutKind::web, ShortcutKind::file,
@@ -118,7 +119,7 @@ template <class Visitor> constexpr void forEachField(Visitor&& visit) {
     visit(ConfigField{"menuBarIconTemplate", &C::menuBarIconTemplate, optional, every,
                       Part::desktop, asValue, "That item is drawn as a template image"});
     // True by default, unlike the others: files written before the key existed share the folders.
-    visit(ConfigField{"shareUserFolders", &C::shareUserFolders, optional, app, Part::sharing,
+    visit(ConfigField{"shareUserFolders", &C::shareUserFolders, optional, appOrWeb, Part::sharing,
                       asValue, "Downloads, Documents and Desktop are the user's own"});
     visit(ConfigField{"url", &C::url, optional, web, Part::subject, asValue,
                       "The address of the site"});

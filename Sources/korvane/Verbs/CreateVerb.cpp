@@ -57,8 +57,6 @@ void declareAppStart(CLI::App& app, CreateOptions& given) {
         ->type_name("NAME");
     options::flag(app, "--no-profile", given.noProfile,
                   "Use neither the application's profile nor a name of their own for its windows");
-    options::flag(app, "--no-share-folders", given.noShareFolders,
-                  "Do not link Downloads, Documents and Desktop into the home");
 }
 
 void declareCommandStart(CLI::App& app, CreateOptions& given) {
@@ -72,6 +70,12 @@ void declareStart(CLI::App& app, CreateOptions& given) {
     if (isHeeded("environment", given.kind)) {
         options::texts(app, "--env", given.environment, "Set an environment variable")
             ->type_name("K=V");
+    }
+    if (isHeeded("shareUserFolders", given.kind)) {
+        options::flag(app, "--no-share-folders", given.noShareFolders,
+                      given.kind == ShortcutKind::web
+                          ? "Put downloads into the home, not into your Downloads"
+                          : "Do not link Downloads, Documents and Desktop into the home");
     }
     if (given.kind == ShortcutKind::command) declareCommandStart(app, given);
 }

@@ -15,12 +15,15 @@ namespace korvane {
 
 namespace {
 
-std::string sentenceOn(Opened opened, const std::string& name) {
+std::string sentenceOn(Opened opened, const std::string& name, ambrel::ShortcutKind kind) {
     switch (opened) {
     case Opened::runs:
     case Opened::handedOn:
         break;
     case Opened::ranAlready:
+        if (kind == ambrel::ShortcutKind::web) {
+            return name + " is running already: its window was asked to come to the front.";
+        }
         return name +
                " is running already. This start has ended, as one does that hands over to it.";
     case Opened::ended:
@@ -32,7 +35,7 @@ std::string sentenceOn(Opened opened, const std::string& name) {
 void openInstance(const ambrel::InstanceRecord& record, const std::vector<std::string>& words,
                   const Surroundings& surroundings) {
     const auto opened = open(record, surroundings.user, {.words = words});
-    say(surroundings, sentenceOn(opened, inQuotes(record.config.displayName)));
+    say(surroundings, sentenceOn(opened, inQuotes(record.config.displayName), record.config.kind));
     if (const auto obstacle = addressObstacle(record, surroundings.user)) {
         tell(surroundings, *obstacle);
     }
