@@ -7,6 +7,7 @@
 #include "Ambrel/Platform/MainBundle.h"
 #include "korvane-runner/Hosts.h"
 #include "korvane-runner/WaitingHost.h"
+#include "korvane-runner/Web/WebHost.h"
 
 #include <cstdio>
 #include <string>
@@ -44,20 +45,29 @@ std::vector<std::string> openedBy(const InstanceConfig& config, const Arguments&
     return openedItems(arguments.count, arguments.words);
 }
 
-/// Runs the instance to its end and returns its status.
-int host(InstanceConfig config, const Arguments& arguments, const SignalHold& signals) {
-    switch (hostFor(config)) {
-    case Host::web:     // nothing shows a web site yet; the launcher refuses it in its own words
+int hostProgram(const ResolvedInstance& instance, const UserPlaces& user,
+                const std::vector<std::string>& opened, const SignalHold& signals) {
+    prepareHome(instance, user);
+    auto program = InstanceLauncher::launch(instance, user, processEnvironment(), {}, opened);
+    return WaitingHost::run(program, signals);
+}
+
+/// Runs the instance of the wrapper with this executable to its end and returns its status.
+int host(InstanceConfig config, const Path& executable, const Arguments& arguments,
+         const SignalHold& signals) {
+    const auto opened = openedBy(config, arguments);
+    const auto user = UserPlaces::ofThisProcess();
+    const auto instance = ResolvedInstance::of(std::move(config), user);
+    switch (hostFor(instance.config)) {
+    case Host::web:
+        return WebHost::run(
+            instance, {user, processEnvironment(), BundleLayout::iconForExecutable(executable)},
+            signals, WebDesktop::open);
     case Host::menuBar: // there is no status item yet; the program runs without
     case Host::waiting:
         break;
     }
-    const auto opened = openedBy(config, arguments);
-    const auto user = UserPlaces::ofThisProcess();
-    const auto instance = ResolvedInstance::of(std::move(config), user);
-    prepareHome(instance, user);
-    auto program = InstanceLauncher::launch(instance, user, processEnvironment(), {}, opened);
-    return WaitingHost::run(program, signals);
+    return hostProgram(instance, user, opened, signals);
 }
 
 int run(const Arguments& arguments, const SignalHold& signals) {
@@ -71,7 +81,7 @@ int run(const Arguments& arguments, const SignalHold& signals) {
         return fail(std::string("unreadable instance.json — ") + error.what());
     }
     try {
-        return host(std::move(config), arguments, signals);
+        return host(std::move(config), *executable, arguments, signals);
     } catch (const std::exception& error) {
         return fail(std::string("failed to launch instance — ") + error.what());
     }

@@ -114,10 +114,12 @@ TEST_CASE("a web configuration never reaches the launcher, whatever menuBarIcon 
         config.instanceHome = wrapper.tmp / "h";
         wrapper.configure(config);
 
-        checkFailure(wrapper.open(),
-                     failed + "App not clonable: web shortcuts run in the runner's web host\n");
+        // The host has its own reason to refuse, where it can show nothing.
+        checkFailure(
+            run({"/usr/bin/env", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY", wrapper.runner}),
+            failed + "no display can be opened\n");
 
-        CHECK_FALSE(isThere(wrapper.tmp / "h"));
+        CHECK(isRealFolder(wrapper.tmp / "h"));
     }
 }
 
