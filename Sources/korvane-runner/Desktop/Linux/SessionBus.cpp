@@ -99,7 +99,7 @@ SessionBus::SessionBus() : state_(std::make_shared<State>()) {
 SessionBus::~SessionBus() = default;
 
 void SessionBus::call(const char* service, const Member& method, GVariant* arguments,
-                      const char* answerType, Answered answered) {
+                      const char* answerType, const Answered& answered) {
     const auto onAnswer = [answered](State* state, GObject* bus, GAsyncResult* result) {
         const GVariantPtr answer(
             g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, nullptr));

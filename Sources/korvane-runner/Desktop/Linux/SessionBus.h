@@ -30,7 +30,7 @@ public:
     /// a tuple of `answerType`: later, or at once where it is known that there is no bus. Takes
     /// floating `arguments` over.
     void call(const char* service, const Member& method, GVariant* arguments,
-              const char* answerType, Answered answered);
+              const char* answerType, const Answered& answered);
 
     /// Sends a signal to whoever listens. Takes floating `arguments` over.
     void emit(const Member& signal, GVariant* arguments);
