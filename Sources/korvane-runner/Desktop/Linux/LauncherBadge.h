@@ -3,12 +3,13 @@
 #include "korvane-runner/Desktop/IconBadge.h"
 #include "korvane-runner/Desktop/Linux/SessionBus.h"
 
+#include <memory>
 #include <string>
 
 namespace korvane::runner {
 
-/// The number that docks show which know Unity's LauncherEntry signal. It goes by itself when the
-/// program's connection to the bus does.
+/// The number that docks show which know Unity's LauncherEntry signal. A dock that is started later
+/// gets it, too. It goes by itself when the program's connection to the bus does.
 class LauncherBadge final : public IconBadge {
 public:
     /// `desktopId` is that of the instance's desktop entry. `bus` must outlive this.
@@ -17,8 +18,9 @@ public:
     void show(std::int64_t count) override;
 
 private:
-    std::string entry_;
-    SessionBus& bus_;
+    struct State;
+
+    std::shared_ptr<State> state_;
 };
 
 } // namespace korvane::runner
