@@ -1,7 +1,5 @@
 #include "korvane-runner/Web/BridgeMessage.h"
 
-#include <cmath>
-
 namespace korvane::runner {
 
 namespace {
@@ -22,8 +20,10 @@ std::string textIn(const PageValue& payload, const char* name, std::size_t most)
 std::optional<std::int64_t> exactInteger(double number) {
     constexpr double beyond = 9223372036854775808.0;             // 2 to the power of 63
     const bool isInRange = number >= -beyond && number < beyond; // false for NaN
-    if (!isInRange || std::trunc(number) != number) return std::nullopt;
-    return static_cast<std::int64_t>(number);
+    if (!isInRange) return std::nullopt;
+    // Not by std::trunc: a library for it would be loaded at every start of any instance.
+    const auto integer = static_cast<std::int64_t>(number);
+    return static_cast<double>(integer) == number ? std::optional(integer) : std::nullopt;
 }
 
 std::int64_t countIn(const PageValue& payload) {
