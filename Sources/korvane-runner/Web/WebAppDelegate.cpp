@@ -28,18 +28,24 @@ std::string addressOf(const InstanceConfig& config) {
     return config.url ? normalizedURL(*config.url).value_or(std::string()) : std::string();
 }
 
-Banner bannerFor(const Download& download) {
+/// As a person knows the place.
+std::string shortened(const Path& folder, const UserPlaces& user) {
+    const auto home = user.home + "/";
+    return folder.starts_with(home) ? "~/" + folder.substr(home.size()) : folder;
+}
+
+Banner bannerFor(const Download& download, const UserPlaces& user) {
     const std::string name(paths::lastComponent(download.place));
     if (!download.failure.empty()) return {"Download failed", name + ": " + download.failure};
-    return {"Download finished",
-            name + " is in " + std::string(paths::deletingLastComponent(download.place))};
+    const Path folder(paths::deletingLastComponent(download.place));
+    return {"Download finished", name + " is in " + shortened(folder, user)};
 }
 
 } // namespace
 
 WebAppDelegate::WebAppDelegate(ResolvedInstance instance, const UserPlaces& user, LinkOpener links,
                                WebDesktop& desktop)
-    : instance_(std::move(instance)), desktop_(desktop), links_(std::move(links)),
+    : instance_(std::move(instance)), user_(user), desktop_(desktop), links_(std::move(links)),
       log_(logIn(instance_.home), desktop.loop()), banners_(desktop.banners()),
       shownBadge_(desktop.badge(), desktop.loop()),
       frameFile_(instance_.home, instance_.config.bundleId), downloads_(instance_, user),
@@ -191,7 +197,7 @@ Path WebAppDelegate::placeForDownload(const std::string& suggested) {
 
 void WebAppDelegate::downloadEnded(const Download& download) {
     downloads_.ended(download.place);
-    if (!download.wasCancelled) banners_.post(bannerFor(download));
+    if (!download.wasCancelled) banners_.post(bannerFor(download, user_));
 }
 
 } // namespace korvane::runner

@@ -65,6 +65,7 @@ private:
     void ask(const Question& question, std::function<void(bool)> answer);
 
     const ambrel::ResolvedInstance instance_;
+    const ambrel::UserPlaces user_;
     WebDesktop& desktop_;
     LinkOpener links_;
     ambrel::WebBadgeState badge_;

@@ -314,13 +314,14 @@ TEST_CASE(
     "a finished download is told by a banner and not by the log, a cancelled one by nothing") {
     Stage stage;
 
-    stage.events().downloadEnded({.place = "/u/Downloads/a b.zip", .failure = ""});
+    stage.events().downloadEnded({.place = stage.user / "Downloads/a b.zip", .failure = ""});
+    stage.events().downloadEnded({.place = "/disk/b", .failure = ""});
     stage.events().downloadEnded({.place = "/u/Downloads/c.zip", .failure = "Disk full"});
     stage.events().downloadEnded({.place = "/u/Downloads/d", .failure = "x", .wasCancelled = true});
 
-    CHECK(stage.banners() ==
-          std::vector<Banner>{{"Download finished", "a b.zip is in /u/Downloads"},
-                              {"Download failed", "c.zip: Disk full"}});
+    CHECK(stage.banners() == std::vector<Banner>{{"Download finished", "a b.zip is in ~/Downloads"},
+                                                 {"Download finished", "b is in /disk"},
+                                                 {"Download failed", "c.zip: Disk full"}});
     CHECK(stage.log().empty());
 }
 
