@@ -2,7 +2,6 @@
 
 #include "Ambrel/Home/DesktopAccess.h"
 #include "Ambrel/Home/HomePreparation.h"
-#include "Ambrel/Home/NewFolders.h"
 #include "Ambrel/Instance/DesktopId.h"
 #include "Ambrel/Launch/LaunchError.h"
 #include "Ambrel/Platform/FileSystem.h"
@@ -33,11 +32,8 @@ ResolvedInstance withAbsoluteHome(ResolvedInstance instance) {
 
 /// A site is shown without a home, too: it only remembers nothing.
 void tryMakeHome(const ResolvedInstance& instance, const UserPlaces& user) noexcept {
+    HomePreparation::ensure(instance, user);
     try {
-        NewFolders folders;
-        HomePreparation::make(instance, folders);
-        folders.keep();
-        HomePreparation::furnish(instance, user);
         GuardedFolder::open(instance.home).folder(WebStorage::relativeRoot, ownerOnly);
     } catch (const std::exception&) {
         // Said above.
