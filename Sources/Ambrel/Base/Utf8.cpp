@@ -29,11 +29,6 @@ bool isWellFormed(char32_t character, std::size_t length) {
     return character >= smallest[length] && character <= 0x10FFFF && !surrogate;
 }
 
-bool isBidirectionalFormat(char32_t c) {
-    return c == 0x061C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) ||
-           (c >= 0x2066 && c <= 0x2069);
-}
-
 bool isControlOrLineBreak(char32_t c) { return isControl(c) || c == 0x2028 || c == 0x2029; }
 
 std::string escaped(char32_t c) {

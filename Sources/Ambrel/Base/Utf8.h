@@ -31,6 +31,14 @@ constexpr bool isWhiteSpace(char32_t character) {
            character == 0x2029 || character == 0x202F || character == 0x205F || character == 0x3000;
 }
 
+/// Whether `character` turns the order of others around (Bidi_Control), so that a reader sees
+/// another text than there is.
+constexpr bool isBidirectionalFormat(char32_t character) {
+    return character == 0x061C || character == 0x200E || character == 0x200F ||
+           (character >= 0x202A && character <= 0x202E) ||
+           (character >= 0x2066 && character <= 0x2069);
+}
+
 /// `text` for a message of one line: ill-formed sequences replaced, control and line-breaking
 /// characters escaped as \n, \t or \u{HEX}, and bidirectional formatting characters too, so that a
 /// name cannot fake a line.

@@ -1,5 +1,6 @@
 #include "korvane-runner/Web/DownloadPlace.h"
 
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Home/UserFolders.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "korvane-runner/Web/PlainText.h"
@@ -20,20 +21,16 @@ constexpr std::size_t longestExtension = 20;
 constexpr unsigned ownerOnly = 0700;
 constexpr int mostTries = 10'000;
 
-/// Characters that turn the order of others around, so that a name shows another ending than it
-/// has (Unicode, Bidi_Control), in UTF-8.
-constexpr std::string_view turning[] = {
-    "\u061C", "\u200E", "\u200F", "\u202A", "\u202B", "\u202C",
-    "\u202D", "\u202E", "\u2066", "\u2067", "\u2068", "\u2069",
-};
-
-std::string withoutTurning(std::string text) {
-    for (const auto mark : turning) {
-        for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
-            text.erase(at, mark.size());
-        }
+/// A name must not show another ending than it has.
+std::string withoutTurning(std::string_view text) {
+    std::string result;
+    while (!text.empty()) {
+        const auto rest = text;
+        const auto character = utf8::takeFirst(text);
+        const auto size = rest.size() - text.size();
+        if (!character || !utf8::isBidirectionalFormat(*character)) result += rest.substr(0, size);
     }
-    return text;
+    return result;
 }
 
 std::string_view trimmed(std::string_view name) {

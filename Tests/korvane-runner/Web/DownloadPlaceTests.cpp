@@ -1,5 +1,6 @@
 #include "korvane-runner/Web/DownloadPlace.h"
 
+#include "Ambrel/Base/Utf8.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
 #include "Support/Files.h"
@@ -98,9 +99,12 @@ TEST_CASE("a download takes nobody's name, and no two get the same") {
 }
 
 TEST_CASE("a suggested name becomes a name of one visible file") {
+    std::string turned = "photo";
+    utf8::append(turned, 0x202E); // what follows reads from right to left
+    turned += "gpj.sh";
     const std::string euros =
         "€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€€";
-    for (const auto& [suggested, name] : std::vector<std::pair<std::string, std::string>>{
+    for (const auto& row : std::vector<std::pair<std::string, std::string>>{
              {"report.pdf", "report.pdf"},
              {"Żółw 1.txt", "Żółw 1.txt"},
              {"../../.bashrc", "bashrc"},
@@ -113,11 +117,13 @@ TEST_CASE("a suggested name becomes a name of one visible file") {
              {"  a b. ", "a b"},
              {std::string("a\0b\nc.txt", 9), "a b c.txt"},
              {"\xff.txt", "\uFFFD.txt"},
-             {"photo\u202Egpj.sh", "photogpj.sh"},
+             {turned, "photogpj.sh"},
              {"-rf", "-rf"},
              {"x" + euros + ".pdf", "x" + euros.substr(0, 195) + ".pdf"},
              {"a." + std::string(300, 'x'), "a." + std::string(198, 'x')},
          }) {
+        const auto& suggested = row.first;
+        const auto& name = row.second;
         CAPTURE(suggested);
         CHECK(DownloadPlace::safeName(suggested) == name);
     }
