@@ -9,7 +9,7 @@ namespace korvane::runner {
 BannerQueue::BannerQueue(Banners& banners)
     : banners_(banners), self_(std::make_shared<BannerQueue*>(this)) {}
 
-void BannerQueue::post(Banner banner) {
+void BannerQueue::post(const Banner& banner) {
     if (waiting_.size() >= mostWaiting) return;
     waiting_.push_back({plainText::oneLine(banner.title), plainText::lines(banner.body)});
     handOver();

@@ -19,7 +19,7 @@ public:
     BannerQueue& operator=(const BannerQueue&) = delete;
 
     /// Texts are made plain, whatever a page put into them.
-    void post(Banner banner);
+    void post(const Banner& banner);
 
 private:
     void handOver();

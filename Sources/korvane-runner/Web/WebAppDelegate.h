@@ -64,8 +64,8 @@ private:
     /// Asks the person, unless another question stands already: a page could cover the screen.
     void ask(const Question& question, std::function<void(bool)> answer);
 
-    const ambrel::ResolvedInstance instance_;
-    const ambrel::UserPlaces user_;
+    ambrel::ResolvedInstance instance_;
+    ambrel::UserPlaces user_;
     WebDesktop& desktop_;
     LinkOpener links_;
     ambrel::WebBadgeState badge_;

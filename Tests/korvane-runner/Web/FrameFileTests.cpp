@@ -54,7 +54,7 @@ TEST_CASE("a frame file of another form is as good as none") {
 TEST_CASE("a frame that nobody could see or use is not used") {
     const TempDir tmp;
     const FrameFile file(tmp.path(), "b");
-    for (const auto& [text, expected] : std::vector<std::pair<std::string, WindowFrame>>{
+    for (const auto& row : std::vector<std::pair<std::string, WindowFrame>>{
              {"size 63 600\n", standard},
              {"size 800 16385\n", standard},
              {"size -800 600\n", standard},
@@ -63,6 +63,8 @@ TEST_CASE("a frame that nobody could see or use is not used") {
              {"size 800 600\nposition 0 -32768\n", frame(800, 600)},
              {"nonsense", standard},
          }) {
+        const auto& text = row.first;
+        const auto& expected = row.second;
         CAPTURE(text);
         writeFile(file.path(), text);
         CHECK(file.read() == expected);

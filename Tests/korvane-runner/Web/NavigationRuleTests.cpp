@@ -35,7 +35,10 @@ TEST_CASE("web pages stay in the window, and other programs get an address after
         {"x-a.b+1:", To::nowhere, To::otherProgramIfWanted},
         {"mailto:" + std::string(70'000, 'x'), To::nowhere, To::nowhere},
     };
-    for (const auto& [url, byItself, byClick] : table) {
+    for (const auto& row : table) {
+        const auto& url = row.url;
+        const auto& byItself = row.byItself;
+        const auto& byClick = row.byClick;
         CAPTURE(url.substr(0, 40));
         CHECK(destinationOf({url, false}) == byItself);
         CHECK(destinationOf({url, true}) == byClick);

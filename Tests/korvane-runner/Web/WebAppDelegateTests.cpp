@@ -79,12 +79,14 @@ TEST_CASE("a web instance opens one window with its name and its data, and loads
 }
 
 TEST_CASE("an address with a scheme is loaded trimmed and as it stands") {
-    for (const auto& [url, loaded] : std::vector<std::pair<std::string, std::string>>{
+    for (const auto& row : std::vector<std::pair<std::string, std::string>>{
              {" \nhttp://localhost:8080/a b\t", "http://localhost:8080/a b"},
              {"data:text/html,<p>x", "data:text/html,<p>x"},
              {"file:/tmp/x.html", "file:/tmp/x.html"},
              {"localhost:8080", "https://localhost:8080"},
          }) {
+        const auto& url = row.first;
+        const auto& loaded = row.second;
         CAPTURE(url);
         const Stage stage([&](auto& config) { config.url = url; });
         CHECK(stage.window().loaded == Strings{loaded});
