@@ -18,20 +18,35 @@ PageSteps::PageSteps(WebKitWebView* view, PageLoads& loads, WebWindowEvents& eve
       events_(events), handlers_{SignalHandler(view, "decide-policy", onDecidePolicy, this),
                                  SignalHandler(view, "create", onCreate, this)} {}
 
-bool PageSteps::isAllowed(WebKitNavigationAction* action) {
-    const bool fromClick = webkit_navigation_action_is_user_gesture(action) != FALSE;
-    return events_.navigationWanted({urlOf(action), fromClick});
-}
-
 gboolean PageSteps::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decision,
                                    WebKitPolicyDecisionType type, PageSteps* self) noexcept {
-    // The engine makes a download of an answer that it cannot show or that is an attachment.
-    if (type != WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) return FALSE;
-    if (self->loads_.bringsOwnPage()) return FALSE;
-    auto* action = webkit_navigation_policy_decision_get_navigation_action(
-        WEBKIT_NAVIGATION_POLICY_DECISION(decision));
-    if (self->isAllowed(action)) return FALSE;
-    webkit_policy_decision_ignore(decision);
+    switch (type) {
+    case WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION:
+        return self->decide(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+    case WEBKIT_POLICY_DECISION_TYPE_RESPONSE:
+        return decide(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+    case WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION:
+        break; // onCreate is called
+    }
+    return FALSE;
+}
+
+gboolean PageSteps::decide(WebKitNavigationPolicyDecision* decision) {
+    if (loads_.bringsOwnPage()) return FALSE;
+    auto* action = webkit_navigation_policy_decision_get_navigation_action(decision);
+    const bool fromClick = webkit_navigation_action_is_user_gesture(action) != FALSE;
+    if (events_.navigationWanted({urlOf(action), fromClick})) return FALSE;
+    webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
+    return TRUE;
+}
+
+// By itself the engine makes downloads of attachments alone, and nothing of what it cannot show.
+gboolean PageSteps::decide(WebKitResponsePolicyDecision* decision) {
+    auto* response = webkit_response_policy_decision_get_response(decision);
+    const auto status = webkit_uri_response_get_status_code(response);
+    const bool isEmpty = status == SOUP_STATUS_NO_CONTENT || status == SOUP_STATUS_RESET_CONTENT;
+    if (isEmpty || webkit_response_policy_decision_is_mime_type_supported(decision)) return FALSE;
+    webkit_policy_decision_download(WEBKIT_POLICY_DECISION(decision));
     return TRUE;
 }
 

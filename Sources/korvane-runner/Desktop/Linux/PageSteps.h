@@ -10,7 +10,8 @@ namespace korvane::runner {
 
 class PageLoads;
 
-/// The steps that a page takes to other addresses, and to windows of their own.
+/// The steps that a page takes to other addresses and to windows of their own, and what becomes of
+/// the answers.
 class PageSteps {
 public:
     /// All must outlive it.
@@ -25,7 +26,8 @@ private:
     static GtkWidget* onCreate(WebKitWebView* view, WebKitNavigationAction* action,
                                PageSteps* self) noexcept;
 
-    bool isAllowed(WebKitNavigationAction* action);
+    gboolean decide(WebKitNavigationPolicyDecision* decision);
+    static gboolean decide(WebKitResponsePolicyDecision* decision);
 
     PageLoads& loads_;
     WebWindowEvents& events_;
