@@ -45,14 +45,15 @@ void WindowKeys::addKeys() {
     static constexpr Key ours[] = {
         {GDK_KEY_q, control, run<&W::close>},
         {GDK_KEY_w, control, run<&W::close>},
+        // The engine scrolls by arrows, with Alt as well, and would leave nothing of them.
+        {GDK_KEY_Left, alt, run<&W::back>},
+        {GDK_KEY_KP_Left, alt, run<&W::back>},
+        {GDK_KEY_Right, alt, run<&W::forward>},
+        {GDK_KEY_KP_Right, alt, run<&W::forward>},
     };
     // The engine hands a key on that the page has left.
     static constexpr Key afterThePage[] = {
-        {GDK_KEY_Left, alt, run<&W::back>},
-        {GDK_KEY_KP_Left, alt, run<&W::back>},
         {GDK_KEY_Back, none, run<&W::back>},
-        {GDK_KEY_Right, alt, run<&W::forward>},
-        {GDK_KEY_KP_Right, alt, run<&W::forward>},
         {GDK_KEY_Forward, none, run<&W::forward>},
         {GDK_KEY_r, control, run<&W::reload>},
         {GDK_KEY_F5, none, run<&W::reload>},

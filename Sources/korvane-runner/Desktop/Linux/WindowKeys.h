@@ -11,8 +11,8 @@ class FindBar;
 class PageLoads;
 class PrintDialog;
 
-/// What the keys and the further buttons of the mouse do. All but closing the window comes only to
-/// what the page has not taken for itself, as in any browser.
+/// What the keys and the further buttons of the mouse do. Most keys count only where the page has
+/// not taken them for itself, as in any browser; not those for closing and for back and forward.
 class WindowKeys {
 public:
     /// What there is to be done. All must outlive this.
