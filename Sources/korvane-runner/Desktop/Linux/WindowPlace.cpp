@@ -56,8 +56,21 @@ WindowFrame WindowPlace::frame() const {
     // The size to go back to from a window that is maximized or fills the screen.
     gtk_window_get_default_size(window_, &frame.width, &frame.height);
     frame.maximized = gtk_window_is_maximized(window_) != FALSE;
-    frame.position = X11Position::find(window_);
+    frame.position = position();
     return frame;
+}
+
+// A window that fills the screen stands in its corner, and where it stood before nobody knows but
+// from the time it was opened.
+std::optional<WindowFrame::Position> WindowPlace::position() const {
+    const auto now = X11Position::find(window_);
+    const bool fills = gtk_window_is_maximized(window_) || gtk_window_is_fullscreen(window_);
+    if (!now || !wanted_ || !fills) return now;
+    auto* display = gtk_widget_get_display(GTK_WIDGET(window_));
+    auto* monitor =
+        gdk_display_get_monitor_at_surface(display, gtk_native_get_surface(GTK_NATIVE(window_)));
+    const int width = gtk_widget_get_width(GTK_WIDGET(window_));
+    return X11Position::findMonitor(display, *wanted_, width) == monitor ? wanted_ : now;
 }
 
 } // namespace korvane::runner

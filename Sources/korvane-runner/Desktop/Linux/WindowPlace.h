@@ -22,6 +22,8 @@ public:
 private:
     static void onMap(GtkWidget* window, WindowPlace* self) noexcept;
 
+    std::optional<WindowFrame::Position> position() const;
+
     GtkWindow* window_;
     std::optional<WindowFrame::Position> wanted_;
     SignalHandler handler_;
