@@ -1,9 +1,26 @@
 #include "korvane-runner/Desktop/Linux/Downloads.h"
 
 #include <array>
+#include <cerrno>
+#include <glib/gstdio.h>
 #include <vector>
 
 namespace korvane::runner {
+
+namespace {
+
+/// Whether the connection ended before all was there, which is no failure for the engine. The
+/// length of what is packed on its way says nothing.
+bool isCutShort(WebKitDownload* download) {
+    auto* response = webkit_download_get_response(download);
+    if (!response) return false;
+    auto* headers = webkit_uri_response_get_http_headers(response);
+    if (headers && soup_message_headers_get_one(headers, "Content-Encoding")) return false;
+    return webkit_download_get_received_data_length(download) <
+           webkit_uri_response_get_content_length(response);
+}
+
+} // namespace
 
 struct Downloads::Running {
     Running(WebKitDownload* started, Downloads& downloads)
@@ -61,7 +78,12 @@ void Downloads::Running::onFailed(WebKitDownload*, GError* error, Running* self)
 }
 
 // Comes after a failure as well.
-void Downloads::Running::onFinished(WebKitDownload*, Running* self) noexcept {
+void Downloads::Running::onFinished(WebKitDownload* download, Running* self) noexcept {
+    auto& outcome = self->outcome;
+    if (outcome.failure.empty() && isCutShort(download)) {
+        outcome.failure = g_strerror(ECONNRESET);
+        g_unlink(outcome.place.c_str()); // as the engine does with what it knows to be incomplete
+    }
     self->owner.end(*self);
 }
 
