@@ -4,6 +4,19 @@
 
 namespace korvane::runner {
 
+namespace {
+
+/// A file is to go where a person finds it, not to wherever the program was started.
+void proposeFolder(GtkPrintUnixDialog* dialog) {
+    const auto* documents = g_get_user_special_dir(G_USER_DIRECTORY_DOCUMENTS);
+    const GObjectPtr<GtkPrintSettings> settings(gtk_print_settings_new());
+    gtk_print_settings_set(settings.get(), GTK_PRINT_SETTINGS_OUTPUT_DIR,
+                           documents ? documents : g_get_home_dir());
+    gtk_print_unix_dialog_set_settings(dialog, settings.get());
+}
+
+} // namespace
+
 PrintDialog::PrintDialog(GtkWindow* window, WebKitWebView* view)
     : window_(window), view_(view), handler_(view, "print", onPrint, this) {}
 
@@ -26,6 +39,7 @@ void PrintDialog::open(GObjectPtr<WebKitPrintOperation> operation) {
     operation_ = std::move(operation);
     dialog_ = GTK_WINDOW(gtk_print_unix_dialog_new("Print", window_));
     gtk_window_set_modal(dialog_, TRUE);
+    proposeFolder(GTK_PRINT_UNIX_DIALOG(dialog_));
     gtk_print_unix_dialog_set_manual_capabilities(
         GTK_PRINT_UNIX_DIALOG(dialog_),
         static_cast<GtkPrintCapabilities>(GTK_PRINT_CAPABILITY_PAGE_SET |
