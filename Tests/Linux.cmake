@@ -69,8 +69,12 @@ add_dependencies(RunnerTests korvane-test-late korvane-test-loop)
 
 # What needs the engine's libraries and no desktop.
 pkg_check_modules(jsc REQUIRED IMPORTED_TARGET javascriptcoregtk-6.0)
-add_doctest(PageTests korvane-runner/Desktop/Linux/JscValueTests.cpp)
-target_link_libraries(PageTests PRIVATE KorvaneDesktop-linked PkgConfig::jsc)
+add_doctest(PageTests
+    korvane-runner/Desktop/Linux/CertificateFaultsTests.cpp
+    korvane-runner/Desktop/Linux/JscValueTests.cpp
+    korvane-runner/Desktop/Linux/ZoomTests.cpp
+)
+target_link_libraries(PageTests PRIVATE KorvaneDesktop-linked PkgConfig::glib PkgConfig::jsc)
 
 # What the runner is linked to, and the libraries that it must do without.
 pkg_check_modules(plist REQUIRED libplist-2.0)
