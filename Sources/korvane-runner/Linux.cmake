@@ -24,6 +24,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/PrintDialog.cpp
     Desktop/Linux/Questions.cpp
     Desktop/Linux/SessionBus.cpp
+    Desktop/Linux/SpellChecking.cpp
     Desktop/Linux/Toolkit.cpp
     Desktop/Linux/WebKitDesktop.cpp
     Desktop/Linux/WebKitWindow.cpp

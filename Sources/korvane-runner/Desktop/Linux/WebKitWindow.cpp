@@ -32,7 +32,7 @@ WebKitWindow::WebKitWindow(const WebWindowSetup& setup, const ambrel::Path& icon
       downloads_(page_.session(), events), permissions_(page_.view(), events),
       print_(window_.get(), page_.view()),
       keys_({window_.get(), content_, page_.view(), loads_, print_}),
-      place_(window_.get(), setup.frame),
+      spelling_(window_.get(), page_.view()), place_(window_.get(), setup.frame),
       questions_(window_.get()), handlers_{SignalHandler(window_.get(), "map", onMap, this),
                                            SignalHandler(window_.get(), "close-request",
                                                          onCloseRequest, this),

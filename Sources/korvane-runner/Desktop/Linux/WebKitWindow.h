@@ -8,6 +8,7 @@
 #include "korvane-runner/Desktop/Linux/Permissions.h"
 #include "korvane-runner/Desktop/Linux/PrintDialog.h"
 #include "korvane-runner/Desktop/Linux/Questions.h"
+#include "korvane-runner/Desktop/Linux/SpellChecking.h"
 #include "korvane-runner/Desktop/Linux/WindowKeys.h"
 #include "korvane-runner/Desktop/Linux/WindowPlace.h"
 #include "korvane-runner/Desktop/WebWindow.h"
@@ -53,6 +54,7 @@ private:
     Permissions permissions_;
     PrintDialog print_;
     WindowKeys keys_;
+    SpellChecking spelling_;
     WindowPlace place_;
     Questions questions_;
     std::array<SignalHandler, 3> handlers_;
