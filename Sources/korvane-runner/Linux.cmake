@@ -50,5 +50,19 @@ target_link_options(korvane-runner PRIVATE
     -static-libstdc++ -static-libgcc LINKER:--gc-sections LINKER:--as-needed
     $<$<CONFIG:Release>:-s>)
 
+# A runner lies in every wrapper, and a twentieth of it would be addresses to adjust at the start.
+# Tried by running a program: there are linkers that write what the C library does not read yet.
+if(NOT CMAKE_CROSSCOMPILING)
+    include(CheckCXXSourceRuns)
+    set(CMAKE_REQUIRED_LINK_OPTIONS "LINKER:-z,pack-relative-relocs")
+    check_cxx_source_runs(
+        "static int number = 0; int* volatile pointer = &number; int main() { return *pointer; }"
+        KORVANE_PACKED_RELOCATIONS)
+    unset(CMAKE_REQUIRED_LINK_OPTIONS)
+    if(KORVANE_PACKED_RELOCATIONS)
+        target_link_options(korvane-runner PRIVATE LINKER:-z,pack-relative-relocs)
+    endif()
+endif()
+
 # Where a manager in PREFIX/bin looks for it; it is no program for people to start.
 install(TARGETS korvane-runner RUNTIME DESTINATION lib/korvane)
