@@ -35,7 +35,7 @@ public:
 
     /// Calls `callback` on the loop's thread whenever `descriptor` can be read or has come to its
     /// end, also when that was so before run(). The descriptor stays its owner's and must be open
-    /// until the callback returns Watching::ends or the loop goes. On the loop's own thread.
+    /// until the callback returns Watching::ends or the loop has ended. On the loop's own thread.
     virtual void whenReadable(int descriptor, std::function<Watching()> callback) = 0;
 };
 
