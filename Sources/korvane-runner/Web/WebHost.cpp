@@ -7,10 +7,13 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/GuardedFolder.h"
 #include "Ambrel/Platform/SignalSource.h"
-#include "Ambrel/Platform/SoleProcess.h"
+#include "korvane-runner/Web/DataClaim.h"
 #include "korvane-runner/Web/InstanceIcon.h"
 #include "korvane-runner/Web/WebAppDelegate.h"
 #include "korvane-runner/Web/WebStorage.h"
+
+#include <chrono>
+#include <thread>
 
 namespace korvane::runner {
 
@@ -49,6 +52,18 @@ void moveHome(const Path& home, const WebSurroundings& surroundings) {
     setProcessVariables(environment);
 }
 
+/// Waits a moment, and no longer than an instance takes to end.
+class Patience {
+public:
+    bool operator()() {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return --tries_ > 0;
+    }
+
+private:
+    int tries_ = 40;
+};
+
 void endOnSignals(SignalSource& signals, WebAppDelegate& delegate, AppLoop& loop) {
     loop.whenReadable(signals.descriptor(), [&] {
         while (signals.next()) delegate.terminate();
@@ -72,8 +87,8 @@ int WebHost::run(const ResolvedInstance& given, const WebSurroundings& surroundi
     const auto& [user, environment, icon, tools] = surroundings;
     const WebStorage storage{instance.home};
     tryMakeHome(instance, user);
-    auto claim = SoleProcess::claim(storage.root());
-    if (!claim && SoleProcess::call(storage.root(), presentCall)) return 0;
+    auto claim = DataClaim::make(storage.root(), presentCall, Patience());
+    if (claim.isLeftToOther) return 0;
     DesktopAccess::ensure(instance.home, user);
     moveHome(instance.home, surroundings);
 
@@ -83,9 +98,11 @@ int WebHost::run(const ResolvedInstance& given, const WebSurroundings& surroundi
                                       .icon = ensurePicture(icon, storage.icon())});
     WebAppDelegate delegate(instance, user, LinkOpener(tools, environment), *desktop);
     endOnSignals(signals, delegate, desktop->loop());
-    presentOnCalls(claim, delegate, desktop->loop());
+    presentOnCalls(claim.own, delegate, desktop->loop());
     delegate.applicationDidFinishLaunching();
-    return desktop->loop().run();
+    const int status = desktop->loop().run();
+    if (claim.own) claim.own->stopListening(); // who starts the instance now waits for the end
+    return status;
 }
 
 } // namespace korvane::runner
