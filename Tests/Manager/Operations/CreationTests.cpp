@@ -173,7 +173,9 @@ TEST_CASE("a field that the kind does not heed is refused, never stored") {
         {"args", {"app"}, [](auto& request) { request.args = {"a"}; }},
         {"addedArgs", {"app"}, [](auto& request) { request.addedArgs = {"a"}; }},
         {"strategy", {"app"}, [](auto& request) { request.strategy = ambrel::Strategy{}; }},
-        {"shareUserFolders", {"app", "web"}, [](auto& request) { request.shareUserFolders = false; }},
+        {"shareUserFolders",
+         {"app", "web"},
+         [](auto& request) { request.shareUserFolders = false; }},
         {"environment",
          {"app", "command"},
          [](auto& request) {
