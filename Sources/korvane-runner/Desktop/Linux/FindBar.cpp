@@ -69,7 +69,8 @@ GtkWidget* FindBar::makeContent() {
 void FindBar::addKeys() {
     auto* keys = gtk_shortcut_controller_new();
     gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
-    for (const guint key : {GDK_KEY_Return, GDK_KEY_KP_Enter})
+    constexpr guint enters[] = {GDK_KEY_Return, GDK_KEY_KP_Enter};
+    for (const auto key : enters)
         gtk_shortcut_controller_add_shortcut(
             GTK_SHORTCUT_CONTROLLER(keys),
             gtk_shortcut_new(gtk_keyval_trigger_new(key, GDK_SHIFT_MASK),

@@ -28,8 +28,8 @@ WindowPlace::WindowPlace(GtkWindow* window, const WindowFrame& frame)
     auto* display = gtk_widget_get_display(GTK_WIDGET(window));
     auto monitor = firstMonitor(display);
     if (wanted_) {
-        if (auto* own = X11Position::findMonitor(display, *wanted_, frame.width))
-            monitor = retained(own);
+        if (auto own = X11Position::findMonitor(display, *wanted_, frame.width))
+            monitor = std::move(own);
         else
             wanted_.reset();
     }
@@ -70,7 +70,7 @@ std::optional<WindowFrame::Position> WindowPlace::position() const {
     auto* monitor =
         gdk_display_get_monitor_at_surface(display, gtk_native_get_surface(GTK_NATIVE(window_)));
     const int width = gtk_widget_get_width(GTK_WIDGET(window_));
-    return X11Position::findMonitor(display, *wanted_, width) == monitor ? wanted_ : now;
+    return X11Position::findMonitor(display, *wanted_, width).get() == monitor ? wanted_ : now;
 }
 
 } // namespace korvane::runner

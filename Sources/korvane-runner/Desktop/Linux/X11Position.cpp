@@ -1,7 +1,5 @@
 #include "korvane-runner/Desktop/Linux/X11Position.h"
 
-#include "korvane-runner/Desktop/Linux/GObjects.h"
-
 #include <X11/Xatom.h>
 #include <gdk/x11/gdkx.h>
 
@@ -117,13 +115,12 @@ void X11Position::apply(GtkWindow* window, const WindowFrame::Position& position
                SubstructureNotifyMask | SubstructureRedirectMask, &event);
 }
 
-GdkMonitor* X11Position::findMonitor(GdkDisplay* display, const WindowFrame::Position& position,
-                                     int width) {
+GObjectPtr<GdkMonitor> X11Position::findMonitor(GdkDisplay* display,
+                                                const WindowFrame::Position& position, int width) {
     if (!GDK_IS_X11_DISPLAY(display)) return nullptr;
     for (guint i = 0; i < g_list_model_get_n_items(monitors(display)); ++i) {
-        const GObjectPtr<GdkMonitor> monitor(
-            GDK_MONITOR(g_list_model_get_item(monitors(display), i)));
-        if (showsTitleBar(monitor.get(), position, width)) return monitor.get();
+        GObjectPtr<GdkMonitor> monitor(GDK_MONITOR(g_list_model_get_item(monitors(display), i)));
+        if (showsTitleBar(monitor.get(), position, width)) return monitor;
     }
     return nullptr;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "korvane-runner/Desktop/Linux/GObjects.h"
 #include "korvane-runner/Desktop/WindowFrame.h"
 
 #include <gtk/gtk.h>
@@ -17,10 +18,10 @@ public:
     /// Asks for `window`, which is shown, to be moved there.
     static void apply(GtkWindow* window, const WindowFrame::Position& position);
 
-    /// The monitor on which enough of a title bar there would show to take hold of it, as its
-    /// owner's; null where there is none.
-    static GdkMonitor* findMonitor(GdkDisplay* display, const WindowFrame::Position& position,
-                                   int width);
+    /// The monitor on which enough of a title bar there would show to take hold of it; null
+    /// where there is none.
+    static GObjectPtr<GdkMonitor> findMonitor(GdkDisplay* display,
+                                              const WindowFrame::Position& position, int width);
 
     /// The part of `monitor` that panels and docks leave free, in GDK's units.
     static GdkRectangle workArea(GdkMonitor* monitor);
