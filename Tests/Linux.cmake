@@ -39,6 +39,7 @@ endforeach()
 target_sources(ManagerTests PRIVATE
     Manager/Operations/Linux/DeletionTests.cpp
     Manager/Programs/Linux/DesktopEntryTests.cpp
+    Manager/Rules/Linux/NamespaceTests.cpp
 )
 
 pkg_check_modules(glib REQUIRED IMPORTED_TARGET gio-unix-2.0)
