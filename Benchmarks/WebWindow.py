@@ -26,6 +26,7 @@ addEventListener("load", () => setTimeout(() => fetch("/loaded", {method: "POST"
 </script></body></html>
 """
 settling = 3  # seconds until the memory is looked at: what starts late has started then
+settled = 3  # every third round waits for that
 patience = 60  # seconds
 
 
@@ -76,6 +77,18 @@ def memory(process):
     return sum(share for _, share in shares), shares
 
 
+def processorTime(process):
+    """What the process and all below it have used, in seconds."""
+    ticks = 0
+    for one in tree(process):
+        try:
+            status = pathlib.Path(f"/proc/{one}/stat").read_text()
+        except OSError:
+            continue  # it has ended meanwhile, and is in its parent's count
+        ticks += sum(map(int, status.rpartition(")")[2].split()[11:15]))
+    return ticks / os.sysconf("SC_CLK_TCK")
+
+
 def runs(process):
     try:
         status = pathlib.Path(f"/proc/{process}/stat").read_text()
@@ -94,8 +107,9 @@ def end(process, members):
         time.sleep(0.02)
 
 
-def measure(command, loaded, log):
-    """Seconds until the page is loaded, and the memory then."""
+def measure(command, loaded, log, isSettled):
+    """Until the page is loaded: seconds, and seconds of processors. And the memory then, where it
+    has settled."""
     started = time.monotonic()
     process = subprocess.Popen(command, stdout=log, stderr=log)
     try:
@@ -103,10 +117,12 @@ def measure(command, loaded, log):
     except queue.Empty:
         process.kill()
         sys.exit(f"{command[0]} shows no page")
-    time.sleep(settling)
-    total, shares = memory(process.pid)
+    used = processorTime(process.pid)
+    if isSettled:
+        time.sleep(settling)
+    found = memory(process.pid) if isSettled else None
     end(process, tree(process.pid))
-    return seconds, total, shares
+    return seconds, used, found
 
 
 def korvaneInstance(bin, url):
@@ -140,17 +156,23 @@ def main(bin, folder, rounds):
     commands = {"web instance": korvaneInstance(bin, url),
                 "plain WebKitGTK view": [bin / "plain-view", url],
                 "chromium --app": chromium(folder, url)}
-    times = {name: [] for name in commands}
-    sizes = {name: [] for name in commands}
+    times, work, sizes = ({name: [] for name in commands} for _ in range(3))
     shares = {}
     with open(folder / "log", "wb") as log:
         for number in range(rounds + 1):
-            for name, command in commands.items():
-                seconds, total, shares[name] = measure(command, loaded, log)
-                if number > 0:
-                    times[name].append(1000 * seconds)
-                    sizes[name].append(total / 1024)
-    for what, table, unit in (("start to loaded", times, "ms"), ("memory (PSS)", sizes, "MiB")):
+            # Each is the first as often as the others: what ends may disturb what comes next.
+            turn = [*commands, *commands][number % len(commands):][:len(commands)]
+            for name in turn:
+                seconds, used, found = measure(commands[name], loaded, log, number % settled == 0)
+                if number == 0:
+                    continue
+                times[name].append(1000 * seconds)
+                work[name].append(1000 * used)
+                if found:
+                    sizes[name].append(found[0] / 1024)
+                    shares[name] = found[1]
+    for what, table, unit in (("start to loaded", times, "ms"), ("processors' time", work, "ms"),
+                              ("memory (PSS)", sizes, "MiB")):
         print(f"{what:28}{'median':>13}{'spread':>13}{'least':>13}{'most':>13}"
               "   ratio to plain view      ratio to chromium")
         for name, values in table.items():
@@ -158,7 +180,7 @@ def main(bin, folder, rounds):
     for name, parts in shares.items():
         text = ", ".join(f"{part} {share / 1024:.1f}" for part, share in parts)
         print(f"{name}, the last time, in MiB: {text}")
-    print(f"{rounds} rounds; the spread is a standard deviation, a ratio the median of the "
+    print(f"{rounds} rounds, memory in every third; the spread is a standard deviation, a ratio the median of the "
           "rounds' ratios")
 
 
