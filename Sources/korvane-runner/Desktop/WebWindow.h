@@ -77,8 +77,8 @@ public:
 struct WebWindowSetup {
     std::string title;
     WindowFrame frame;       ///< the position counts where the desktop lets windows choose it
-    ambrel::Path data;       ///< what pages keep: cookies, storage. Made when missing
-    ambrel::Path cache;      ///< what the engine keeps, and the Cache API's data
+    ambrel::Path data;       ///< what pages keep: cookies, storage. Empty: nothing is kept
+    ambrel::Path cache;      ///< what the engine keeps, and the Cache API's data. Empty as `data`
     std::string_view script; ///< run at the start of each document, in the main frame alone
     std::string handler;     ///< window.webkit.messageHandlers.NAME, for pages to post to
 };

@@ -55,10 +55,11 @@ WebAppDelegate::~WebAppDelegate() = default;
 
 void WebAppDelegate::applicationDidFinishLaunching() {
     const WebStorage storage{instance_.home};
+    const bool isKept = storage.ensure();
     window_ = desktop_.openWindow({.title = instance_.config.displayName,
                                    .frame = frameFile_.read(),
-                                   .data = storage.data(),
-                                   .cache = storage.cache(),
+                                   .data = isKept ? storage.data() : Path(),
+                                   .cache = isKept ? storage.cache() : Path(),
                                    .script = bridgeScript,
                                    .handler = bridgeHandler},
                                   *this);

@@ -5,7 +5,6 @@
 #include "Ambrel/Instance/DesktopId.h"
 #include "Ambrel/Launch/LaunchError.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/GuardedFolder.h"
 #include "Ambrel/Platform/SignalSource.h"
 #include "korvane-runner/Web/DataClaim.h"
 #include "korvane-runner/Web/InstanceIcon.h"
@@ -22,7 +21,6 @@ namespace {
 using namespace ambrel;
 using Watching = AppLoop::Watching;
 
-constexpr unsigned ownerOnly = 0700;
 /// What a second start of an instance asks of the first.
 constexpr const char* presentCall = "present";
 
@@ -36,11 +34,7 @@ ResolvedInstance withAbsoluteHome(ResolvedInstance instance) {
 /// A site is shown without a home, too: it only remembers nothing.
 void tryMakeHome(const ResolvedInstance& instance, const UserPlaces& user) noexcept {
     HomePreparation::ensure(instance, user);
-    try {
-        GuardedFolder::open(instance.home).folder(WebStorage::relativeRoot, ownerOnly);
-    } catch (const std::exception&) {
-        // Said above.
-    }
+    WebStorage{instance.home}.ensure();
 }
 
 /// From here on libraries that ask for the home folder find the instance's.

@@ -18,6 +18,10 @@ struct WebStorage {
     ambrel::Path cache() const { return ambrel::paths::join(root(), "cache"); }
     /// The instance's icon as a picture that the desktop reads.
     ambrel::Path icon() const { return ambrel::paths::join(root(), "icon.png"); }
+
+    /// Makes the folders that are missing, for this user alone, in a home that is there. Whether
+    /// all can be used in the end: an engine that is given a folder which cannot ends the program.
+    bool ensure() const noexcept;
 };
 
 } // namespace korvane::runner

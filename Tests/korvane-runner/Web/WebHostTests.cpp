@@ -153,12 +153,13 @@ TEST_CASE("a site is shown without a home, too") {
 
     const int status = stage.host([&](FakeDesktop& desktop) {
         stage.note(variable("HOME"));
+        stage.note("kept in [" + desktop.window.setup->data + desktop.window.setup->cache + "]");
         desktop.events->messageArrived(message("badge", {{"count", 3}}));
         desktop.events->closed();
     });
 
     CHECK(status == 0);
-    CHECK(contains(stage.notes(), stage.home + "\n"));
+    CHECK(contains(stage.notes(), stage.home + "\nkept in []\n"));
     CHECK(readFile(stage.user / "Instances").empty());
 }
 

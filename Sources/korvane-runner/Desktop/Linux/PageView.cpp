@@ -7,6 +7,8 @@ namespace korvane::runner {
 namespace {
 
 GObjectPtr<WebKitNetworkSession> makeSession(const WebWindowSetup& setup) {
+    if (setup.data.empty() || setup.cache.empty())
+        return GObjectPtr<WebKitNetworkSession>(webkit_network_session_new_ephemeral());
     GObjectPtr<WebKitNetworkSession> session(
         webkit_network_session_new(setup.data.c_str(), setup.cache.c_str()));
     webkit_cookie_manager_set_persistent_storage(
