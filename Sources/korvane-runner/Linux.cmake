@@ -13,6 +13,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/FindBar.cpp
     Desktop/Linux/GLibLoop.cpp
     Desktop/Linux/GVariants.cpp
+    Desktop/Linux/HomeFolders.cpp
     Desktop/Linux/JscValue.cpp
     Desktop/Linux/LauncherBadge.cpp
     Desktop/Linux/NotificationBanners.cpp

@@ -1,5 +1,6 @@
 #include "korvane-runner/Desktop/Linux/WebKitDesktop.h"
 
+#include "korvane-runner/Desktop/Linux/HomeFolders.h"
 #include "korvane-runner/Desktop/Linux/Toolkit.h"
 #include "korvane-runner/Desktop/Linux/WebKitWindow.h"
 
@@ -23,6 +24,8 @@ void openDisplay(const DesktopIdentity& identity) {
 std::unique_ptr<WebDesktop> WebDesktop::open(DesktopIdentity identity) {
     // The trial goes on while the toolkit is opened.
     EngineSandbox sandbox(ambrel::processEnvironment());
+    openGio();
+    settleHomeFolders();
     openEngine();
     openDisplay(identity);
     return std::make_unique<WebKitDesktop>(std::move(identity), std::move(sandbox));
