@@ -57,6 +57,7 @@ add_executable(korvane-test-late korvane-runner/Desktop/Linux/LateProgram.cpp)
 target_link_libraries(korvane-test-late PRIVATE KorvaneDesktop-late)
 
 target_sources(RunnerTests PRIVATE
+    korvane-runner/Desktop/Linux/BusAddressTests.cpp
     korvane-runner/Desktop/Linux/EngineSandboxTests.cpp
     korvane-runner/Desktop/Linux/GLibLoopTests.cpp
     korvane-runner/Desktop/Linux/HomeFoldersTests.cpp

@@ -7,6 +7,7 @@ pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 gtk4-unix-print 
 # What is asked of a desktop, with the toolkit's own headers. Nothing of it may run before main, and
 # none of the toolkit's data can be used: see add_lazy_objects().
 add_library(KorvaneDesktop STATIC
+    Desktop/Linux/BusAddress.cpp
     Desktop/Linux/CertificateFaults.cpp
     Desktop/Linux/Downloads.cpp
     Desktop/Linux/EngineSandbox.cpp

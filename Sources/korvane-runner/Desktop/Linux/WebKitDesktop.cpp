@@ -1,5 +1,6 @@
 #include "korvane-runner/Desktop/Linux/WebKitDesktop.h"
 
+#include "korvane-runner/Desktop/Linux/BusAddress.h"
 #include "korvane-runner/Desktop/Linux/HomeFolders.h"
 #include "korvane-runner/Desktop/Linux/Toolkit.h"
 #include "korvane-runner/Desktop/Linux/WebKitWindow.h"
@@ -22,6 +23,7 @@ void openDisplay(const DesktopIdentity& identity) {
 } // namespace
 
 std::unique_ptr<WebDesktop> WebDesktop::open(DesktopIdentity identity) {
+    forgetLostBuses();
     // The trial goes on while the toolkit is opened.
     EngineSandbox sandbox(ambrel::processEnvironment());
     openGio();

@@ -1,0 +1,49 @@
+#include "korvane-runner/Desktop/Linux/BusAddress.h"
+
+#include "Ambrel/Platform/FileSystem.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace korvane::runner {
+
+namespace {
+
+using namespace ambrel;
+
+bool isUsable(std::string_view address) {
+    constexpr std::string_view socket = "unix:path=";
+    if (!address.starts_with(socket)) return true;
+    address.remove_prefix(socket.size());
+    return fileSystem::exists(Path(address.substr(0, address.find(','))));
+}
+
+void forgetLost(const char* variable) {
+    constexpr int replacing = 1;
+    const char* value = std::getenv(variable);
+    if (value == nullptr) return;
+    const auto usable = usableBusAddress(value);
+    if (usable.empty()) {
+        ::unsetenv(variable);
+    } else if (usable != value) {
+        ::setenv(variable, usable.c_str(), replacing);
+    }
+}
+
+} // namespace
+
+std::string usableBusAddress(std::string_view address) {
+    while (!address.empty()) {
+        const auto first = address.substr(0, address.find(';'));
+        if (!first.empty() && isUsable(first)) return std::string(first);
+        address.remove_prefix(std::min(first.size() + 1, address.size()));
+    }
+    return {};
+}
+
+void forgetLostBuses() noexcept {
+    forgetLost("DBUS_SESSION_BUS_ADDRESS");
+    forgetLost("AT_SPI_BUS_ADDRESS");
+}
+
+} // namespace korvane::runner

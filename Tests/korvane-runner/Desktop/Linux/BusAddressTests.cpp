@@ -1,0 +1,56 @@
+#include "korvane-runner/Desktop/Linux/BusAddress.h"
+
+#include "Support/Environment.h"
+#include "Support/Expect.h"
+#include "Support/Files.h"
+#include "Support/TempDir.h"
+
+#include <cstdlib>
+
+using namespace ambrel;
+using namespace korvane::runner;
+using namespace korvane::test;
+
+TEST_CASE("a bus whose socket is not there is none") {
+    const TempDir tmp;
+    const auto socket = "unix:path=" + writeFile(tmp / "bus");
+    const auto lost = "unix:path=" + tmp / "gone/bus";
+
+    CHECK(usableBusAddress(socket) == socket);
+    CHECK(usableBusAddress(socket + ",guid=0123") == socket + ",guid=0123");
+    for (const auto& address : {lost, lost + ",guid=0123", lost + ";" + lost,
+                                std::string("unix:path="), std::string(";"), std::string()}) {
+        CAPTURE(address);
+        CHECK(usableBusAddress(address).empty());
+    }
+}
+
+TEST_CASE("of several addresses of a bus the first that is of use is taken") {
+    const TempDir tmp;
+    const auto socket = "unix:path=" + writeFile(tmp / "bus");
+    const auto lost = "unix:path=" + tmp / "gone/bus";
+
+    CHECK(usableBusAddress(lost + ";" + socket) == socket);
+    CHECK(usableBusAddress(socket + ";" + lost) == socket);
+    CHECK(usableBusAddress(lost + ";;tcp:host=localhost,port=1;" + socket) ==
+          "tcp:host=localhost,port=1");
+}
+
+TEST_CASE("an address that names no file is nobody's business here") {
+    for (const char* address : {"unix:abstract=/tmp/x", "autolaunch:", "disabled:", "nonsense"}) {
+        CAPTURE(address);
+        CHECK(usableBusAddress(address) == address);
+    }
+}
+
+TEST_CASE("what is left of the buses' addresses stands in the environment") {
+    const TempDir tmp;
+    const auto socket = "unix:path=" + writeFile(tmp / "bus");
+    const ScopedVariable session("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+    const ScopedVariable accessibility("AT_SPI_BUS_ADDRESS", socket);
+
+    forgetLostBuses();
+
+    CHECK(std::getenv("DBUS_SESSION_BUS_ADDRESS") == nullptr);
+    CHECK(std::getenv("AT_SPI_BUS_ADDRESS") == socket);
+}
