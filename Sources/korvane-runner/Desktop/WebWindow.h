@@ -52,9 +52,9 @@ public:
     virtual void loadFinished(const std::string& title) = 0;
     virtual void loadFailed(const LoadFailure& failure) = 0;
 
-    /// A link or script asks for a window of its own for `url`, which may be empty. There never is
-    /// one.
-    virtual void newWindowWanted(const std::string& url) = 0;
+    /// A link or script asks for a window of its own, for an address that may be empty. There never
+    /// is one.
+    virtual void newWindowWanted(const NavigationRequest& request) = 0;
 
     /// Whether the view itself goes there.
     virtual bool navigationWanted(const NavigationRequest& request) = 0;

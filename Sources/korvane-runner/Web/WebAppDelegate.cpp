@@ -133,23 +133,12 @@ void WebAppDelegate::loadFailed(const LoadFailure& failure) {
     window_->showPage(failurePage(failure), failure.url);
 }
 
-void WebAppDelegate::newWindowWanted(const std::string& url) {
-    const auto scheme = schemeOf(url);
+void WebAppDelegate::newWindowWanted(const NavigationRequest& request) {
+    const auto scheme = schemeOf(request.url);
     if (scheme.empty() || scheme == "about" || scheme == "javascript") return;
     // Loaded by the host, a file would open for a page that may not go there by itself.
     if (scheme == "file" && schemeOf(site_) != "file") return;
-    switch (destinationOf({.url = url, .fromClick = true})) {
-    case Destination::view:
-        showsFailure_ = false;
-        window_->load(url);
-        break;
-    case Destination::otherProgram:
-    case Destination::otherProgramIfWanted:
-        handOverIfWanted(url); // whether there was a click is not told
-        break;
-    case Destination::nowhere:
-        break;
-    }
+    if (navigationWanted(request)) window_->load(request.url);
 }
 
 bool WebAppDelegate::navigationWanted(const NavigationRequest& request) {

@@ -42,7 +42,7 @@ public:
     void messageArrived(const PageValue& message) override;
     void loadFinished(const std::string& title) override;
     void loadFailed(const LoadFailure& failure) override;
-    void newWindowWanted(const std::string& url) override;
+    void newWindowWanted(const NavigationRequest& request) override;
     bool navigationWanted(const NavigationRequest& request) override;
     void permissionWanted(Permission permission, const std::string& origin,
                           std::function<void(bool)> answer) override;

@@ -237,18 +237,19 @@ TEST_CASE("a new window is a page in the same one, and nothing where it has no a
     const Stage stage;
 
     for (const char* url : {"", "about:blank", "javascript:alert(1)", "file:///etc/passwd"}) {
-        stage.events().newWindowWanted(url);
+        stage.events().newWindowWanted({url, true});
     }
-    stage.events().newWindowWanted("https://other.example.org/");
+    stage.events().newWindowWanted({"https://other.example.org/", true});
+    stage.events().newWindowWanted({"https://popup.example.org/", false});
 
-    CHECK(stage.window().loaded ==
-          Strings{"https://mail.example.org", "https://other.example.org/"});
+    CHECK(stage.window().loaded == Strings{"https://mail.example.org", "https://other.example.org/",
+                                           "https://popup.example.org/"});
     CHECK(stage.window().asked.empty());
 }
 
 TEST_CASE("a page of files may open another file") {
     const Stage stage([](auto& config) { config.url = "file:///a.html"; });
-    stage.events().newWindowWanted("file:///b.html");
+    stage.events().newWindowWanted({"file:///b.html", false});
     CHECK(stage.window().loaded == Strings{"file:///a.html", "file:///b.html"});
 }
 
@@ -281,6 +282,24 @@ TEST_CASE("an unusual scheme leaves only when the person agrees, who is asked on
     stage.desktop.window.answer(1, true);
 
     CHECK(done.line() == "game://start/4");
+}
+
+TEST_CASE("a new window for another program is one of its own, and only after a click") {
+    Stage stage;
+    Fifo done(stage.tmp / "done");
+    writeScript(stage.tmp / "open", "echo \"$1\" > " + quoted(done.path()));
+    auto& asked = stage.desktop.window.asked;
+
+    stage.events().newWindowWanted({"game://start/1", false});
+    CHECK(asked.empty());
+    stage.events().newWindowWanted({"game://start/2", true});
+    CHECK(asked.size() == 1);
+    stage.events().newWindowWanted({"mailto:a@example.org", false});
+    stage.events().newWindowWanted({"mailto:b@example.org", true});
+
+    CHECK(done.line() == "mailto:b@example.org");
+    CHECK(asked.size() == 1);
+    CHECK(stage.window().loaded == Strings{"https://mail.example.org"});
 }
 
 TEST_CASE("camera, microphone and location are the person's to give") {

@@ -6,9 +6,9 @@ namespace korvane::runner {
 
 namespace {
 
-std::string urlOf(WebKitNavigationAction* action) {
+NavigationRequest requestOf(WebKitNavigationAction* action) {
     const auto* url = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
-    return url ? url : "";
+    return {url ? url : "", webkit_navigation_action_is_user_gesture(action) != FALSE};
 }
 
 } // namespace
@@ -34,8 +34,7 @@ gboolean PageSteps::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* decisio
 gboolean PageSteps::decide(WebKitNavigationPolicyDecision* decision) {
     if (loads_.bringsOwnPage()) return FALSE;
     auto* action = webkit_navigation_policy_decision_get_navigation_action(decision);
-    const bool fromClick = webkit_navigation_action_is_user_gesture(action) != FALSE;
-    if (events_.navigationWanted({urlOf(action), fromClick})) return FALSE;
+    if (events_.navigationWanted(requestOf(action))) return FALSE;
     webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
     return TRUE;
 }
@@ -52,7 +51,7 @@ gboolean PageSteps::decide(WebKitResponsePolicyDecision* decision) {
 
 GtkWidget* PageSteps::onCreate(WebKitWebView*, WebKitNavigationAction* action,
                                PageSteps* self) noexcept {
-    self->events_.newWindowWanted(urlOf(action));
+    self->events_.newWindowWanted(requestOf(action));
     return nullptr;
 }
 
