@@ -24,11 +24,12 @@ class Window:
 class Desktop:
     """The session lasts until close(), and `user` is logged in to it until then."""
 
-    def __init__(self, user, wrapper=()):
-        """`wrapper` is a command that the session is started through."""
+    def __init__(self, user, wrapper=(), options=()):
+        """`wrapper` is a command that the session is started through; `options` are those of
+        run-in-desktop."""
         self.user = user
         tell = 'for name; do eval "printf \'%s\\n\' \\"\\$$name\\""; done; read -r end'
-        self._process = user.start(*wrapper, runInDesktop, "sh", "-c", tell, "sh",
+        self._process = user.start(*wrapper, runInDesktop, *options, "sh", "-c", tell, "sh",
                                    *sessionVariables, seconds=500, stdin=subprocess.PIPE)
         values = [self._process.stdout.readline().rstrip("\n") for _ in sessionVariables]
         if "" in values:
