@@ -60,6 +60,10 @@ class Desktop:
         shown = self._xprop("-id", window.identifier, "_NET_WM_NAME")
         return shown.partition(" = ")[2].strip()
 
+    def ownerOf(self, window):
+        """What xprop tells of the window that this one asks something on behalf of."""
+        return self._xprop("-id", window.identifier, "WM_TRANSIENT_FOR")
+
     def _xprop(self, *arguments):
         return subprocess.run(["timeout", "20", "xprop", *arguments], capture_output=True,
                               text=True, env=self.user.environment()).stdout
