@@ -227,6 +227,9 @@ class Machines(WebTests):
     def test_without_a_bus_pages_are_shown_and_notifications_logged(self):
         self.assertShownWithout(DBUS_SESSION_BUS_ADDRESS=None, XDG_RUNTIME_DIR=str(self.user.root))
 
+    def test_with_the_address_of_a_bus_that_has_gone_it_is_the_same(self):
+        self.assertShownWithout(DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent/bus")
+
     def assertShownWithout(self, **environment):
         self.site.page("/", """navigator.setAppBadge(2); new Notification('Nobody hears this');""",
                        title="Without a bus")

@@ -196,6 +196,16 @@ class OtherSchemes(WebTests):
             awaitCondition(lambda: [line.split()[0] for line in self.told()] == after,
                            lambda: f"{self.told()}")
 
+    def test_a_new_window_of_another_scheme_is_nothing_without_a_click(self):
+        self.site.page("/", """addEventListener('load', async () => {
+            for (const scheme of ['mailto:script@example.org', 'korvane-odd:1']) open(scheme);
+            new Notification('Tried'); });""", "Opener")
+        instance = self.startedAt()
+        instance.awaitBanner("Tried")
+        instance.awaitTitle("Opener")
+
+        self.assertEqual((self.told(), instance.questions()), ([], []))
+
     def test_a_script_in_an_address_stays_in_the_page(self):
         self.site.page("/", "addEventListener('click', () => report('clicked'));", "Script",
                        body="<a href='javascript:report(\"run\"); void 0' "

@@ -155,6 +155,17 @@ class Data(WebTests):
 
         self.assertEqual(self.visit(instance, "-"), everywhere("kept"))
 
+    def test_a_home_that_cannot_be_made_keeps_no_page_from_showing(self):
+        self.site.page("/plain", title="Shown all the same")
+        (self.user.root / "in the way").touch()
+        instance = self.instance(self.site.url("/plain"),
+                                 instanceHome=str(self.user.root / "in the way" / "home"))
+        instance.start()
+
+        instance.awaitTitle("Shown all the same")
+        self.assertEqual(instance.end()[0], 0)
+        self.assertFalse((self.user.home / ".local/share/web").exists())
+
 
 class Endings(WebTests):
     """Whatever ends an instance, the status is 0 and nothing that was written is lost."""
