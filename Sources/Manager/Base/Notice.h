@@ -3,6 +3,8 @@
 #include "Manager/Base/Remedy.h"
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace korvane {
 
@@ -54,5 +56,10 @@ struct Notice {
 
     bool operator==(const Notice&) const = default;
 };
+
+/// Puts `more` behind `notices`.
+inline void append(std::vector<Notice>& notices, std::vector<Notice> more) {
+    for (auto& notice : more) notices.push_back(std::move(notice));
+}
 
 } // namespace korvane

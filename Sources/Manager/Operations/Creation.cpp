@@ -27,10 +27,6 @@ using Kind = Refusal::Kind;
 
 namespace {
 
-void append(std::vector<Notice>& notices, std::vector<Notice> more) {
-    for (auto& notice : more) notices.push_back(std::move(notice));
-}
-
 Refusal changedMeanwhile(const Path& bundle, const std::string& more = "") {
     return Refusal(Kind::changedMeanwhile, bundle,
                    "What stands at " + ambrel::utf8::oneLine(bundle) +

@@ -122,9 +122,7 @@ std::vector<Notice> noticesOn(const CreationPlan& plan, const InstanceRecord& ma
     addPaths(plan.request, user, list);
     addStrategy(plan, list);
     addHome(made, user, list);
-    for (auto& notice : noticesOnOverriding(made.config, nullptr, user)) {
-        list.found.push_back(std::move(notice));
-    }
+    append(list.found, noticesOnOverriding(made.config, nullptr, user));
     return std::move(list.found);
 }
 

@@ -200,10 +200,6 @@ std::vector<Notice> noticesOnDropped(const InstanceRecord& before, const Instanc
     return notices;
 }
 
-void append(std::vector<Notice>& notices, std::vector<Notice> more) {
-    for (auto& notice : more) notices.push_back(std::move(notice));
-}
-
 /// Only the name of an instance that is given a new one is looked at.
 InstanceConfig checkedConfig(const InstanceRecord& record, InstanceConfig wanted) {
     const bool isNamed = wanted.displayName != record.config.displayName;
