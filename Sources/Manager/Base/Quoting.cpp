@@ -20,6 +20,12 @@ std::string shellWord(std::string_view word) {
     return ambrel::utf8::oneLine(shellQuoted(word));
 }
 
+std::string shellWords(const std::vector<std::string>& words) {
+    std::string list;
+    for (const auto& word : words) list += (list.empty() ? "" : " ") + shellWord(word);
+    return list;
+}
+
 std::string shellQuoted(std::string_view word) {
     std::string quoted = "'";
     for (const char c : word) {

@@ -158,18 +158,12 @@ Notice separationDropped(const std::string& what, const std::string& name, Remed
             .remedy = remedy};
 }
 
-std::string listed(const std::vector<std::string>& words) {
-    std::string list;
-    for (const auto& word : words) list += (list.empty() ? "" : " ") + shellWord(word);
-    return list;
-}
-
 /// What keeps an instance apart does not go without a word.
 void addDropped(const InstanceConfig& before, const InstanceConfig& after, const WorkedOut& worked,
                 const std::string& name, std::vector<Notice>& notices) {
     if (worked.isIn(before.extraArgs) && !worked.isIn(after.extraArgs)) {
         const auto lost = worked.missingIn(after.extraArgs);
-        notices.push_back(separationDropped(listed(lost.empty() ? worked.plan.arguments : lost),
+        notices.push_back(separationDropped(shellWords(lost.empty() ? worked.plan.arguments : lost),
                                             name, Remedy::workOutArguments));
     }
     std::vector<std::string> variables;
@@ -183,7 +177,7 @@ void addDropped(const InstanceConfig& before, const InstanceConfig& after, const
         if (isLost) variables.push_back(key);
     }
     if (variables.empty()) return;
-    notices.push_back(separationDropped(listed(variables), name, Remedy::workOutVariables));
+    notices.push_back(separationDropped(shellWords(variables), name, Remedy::workOutVariables));
 }
 
 /// Never fails: it is told what is known.

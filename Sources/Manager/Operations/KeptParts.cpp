@@ -28,9 +28,7 @@ namespace {
 using Texts = std::vector<std::string>;
 
 std::string listed(const std::string& what, const Texts& texts) {
-    std::string list;
-    for (const auto& text : texts) list += (list.empty() ? "" : " ") + shellWord(text);
-    return what + " " + list;
+    return what + " " + shellWords(texts);
 }
 
 /// Takes over part by part from `old` into `request`.
