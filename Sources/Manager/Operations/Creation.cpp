@@ -27,20 +27,13 @@ using Kind = Refusal::Kind;
 
 namespace {
 
-Refusal changedMeanwhile(const Path& bundle, const std::string& more = "") {
-    return Refusal(Kind::changedMeanwhile, bundle,
-                   "What stands at " + ambrel::utf8::oneLine(bundle) +
-                       " has changed since it was looked at" + more + ".",
-                   Remedy::lookAgain);
-}
-
 void requireAsPlanned(const CreationPlan& plan, const UserPlaces& user,
                       const Environment& environment) {
     const auto instances = instancesWith(*plan.wrapper.outputDir, user);
     const auto found = requirePossible(plan, instances, user, environment);
     if (!found && !plan.replaced) return;
     if (found && plan.replaced && isUnchanged(*plan.replaced, *found)) return;
-    throw changedMeanwhile(plan.bundle);
+    throw placeChanged(plan.bundle);
 }
 
 /// A bundle that is built, and whether it has the icon of the one that it replaces.
@@ -106,9 +99,9 @@ void replace(StagingFolder& staging, const Path& built, const CreationPlan& plan
         staging.exchange(built, plan.bundle);
     } catch (const ambrel::FileError&) {
         staging.leave();
-        throw changedMeanwhile(plan.bundle, ", and lies in " + ambrel::utf8::oneLine(built));
+        throw placeChanged(plan.bundle, ", and lies in " + ambrel::utf8::oneLine(built));
     }
-    throw changedMeanwhile(plan.bundle);
+    throw placeChanged(plan.bundle);
 }
 
 /// The new instance is in place: what cannot be removed of the old one is no failure any more.
@@ -131,7 +124,7 @@ void putInPlace(StagingFolder& staging, const Path& built, const Path& place) {
     try {
         staging.putInPlace(built, place);
     } catch (const ambrel::FileError&) {
-        if (ambrel::fileSystem::kindOf(place)) throw changedMeanwhile(place);
+        if (ambrel::fileSystem::kindOf(place)) throw placeChanged(place);
         throw;
     }
 }

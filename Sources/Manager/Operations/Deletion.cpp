@@ -43,12 +43,7 @@ void requireDeletable(const InstanceRecord& record, UserData data, const UserPla
 
 void requireAsPlanned(const DeletionPlan& plan, const UserPlaces& user) {
     requireUnchanged(plan.record, user);
-    if (isLink(bundleOf(plan.record)) != plan.isLink) {
-        throw Refusal(Kind::changedMeanwhile, plan.record.bundleURL,
-                      "What stands at " + ambrel::utf8::oneLine(plan.record.bundleURL) +
-                          " has changed since it was looked at.",
-                      Remedy::lookAgain);
-    }
+    if (isLink(bundleOf(plan.record)) != plan.isLink) throw placeChanged(plan.record.bundleURL);
     requireDeletable(plan.record, plan.data, user);
 }
 

@@ -77,13 +77,6 @@ Path buildIn(const Path& folder, const InstanceRecord& record, const InstanceCon
     return built;
 }
 
-Refusal changedMeanwhile(const Path& bundle) {
-    return Refusal(Kind::changedMeanwhile, bundle,
-                   "The instance at " + ambrel::utf8::oneLine(bundle) +
-                       " has changed since it was looked at.",
-                   Remedy::lookAgain);
-}
-
 /// The old bundle is looked at once nobody else can reach it at its path, and put back where it is
 /// not the one that was meant.
 void exchangeUnchanged(StagingFolder& staging, const Path& built, const Path& place,
@@ -96,7 +89,7 @@ void exchangeUnchanged(StagingFolder& staging, const Path& built, const Path& pl
     } catch (const ambrel::FileError&) {
         staging.leave(); // it is somebody's
     }
-    throw changedMeanwhile(place);
+    throw instanceChanged(place);
 }
 
 void giveName(StagingFolder& staging, const Path& built, const Path& place, const Path& wanted) {

@@ -264,12 +264,7 @@ bool isAsPlanned(const Difference& difference, const UserPlaces& user) {
 
 void removeEntry(const Difference& difference, const UserPlaces& user) {
     const auto& entry = *difference.entry;
-    if (!isAsPlanned(difference, user)) {
-        throw Refusal(Refusal::Kind::changedMeanwhile, entry.bundle,
-                      "What stands at " + oneLine(entry.bundle) +
-                          " has changed since it was looked at.",
-                      Remedy::lookAgain);
-    }
+    if (!isAsPlanned(difference, user)) throw placeChanged(entry.bundle);
     registration::remove(entry, user);
 }
 
