@@ -1,6 +1,7 @@
 #include "Manager/Files/StagingFolder.h"
 
 #include "Ambrel/Base/RandomName.h"
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Platform/FileSystem.h"
 
 #include <cerrno>
@@ -64,15 +65,6 @@ void removeIfAbandoned(const Path& folder) {
     }
 }
 
-/// An empty folder that stays goes with the next command.
-void tryRemove(const Path& folder) noexcept {
-    try {
-        fileSystem::removeItem(folder);
-    } catch (const FileError&) {
-        return;
-    }
-}
-
 /// What stays is tried again by the next command, and hinders nobody meanwhile.
 void tryRemoveAbandoned(const Path& parent) noexcept {
     try {
@@ -98,7 +90,7 @@ StagingFolder::StagingFolder(const Path& parent) : parent_(parent) {
     try {
         mark();
     } catch (const FileError& error) {
-        tryRemove(path_);
+        removeIfThere(path_);
         throw FileError("write into", parent, error.code);
     }
 }
@@ -160,6 +152,19 @@ void StagingFolder::mayGo() noexcept {
 }
 
 void StagingFolder::remove() { removeWhole(std::exchange(path_, {})); }
+
+std::optional<Notice> StagingFolder::removeOrTell(const std::string& remains) {
+    const auto folder = path_;
+    try {
+        remove();
+        return std::nullopt;
+    } catch (const FileError& error) {
+        return Notice{.kind = Notice::Kind::remainsLeft,
+                      .subject = folder,
+                      .sentence = remains + " lie in " + ambrel::utf8::oneLine(folder) + ". " +
+                                  error.description()};
+    }
+}
 
 void StagingFolder::mark() {
     if (lock_) fileSystem::write(markerIn(path_), "");

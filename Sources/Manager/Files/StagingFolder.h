@@ -3,6 +3,7 @@
 #include "Ambrel/Home/NewFolders.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/FolderLock.h"
+#include "Manager/Base/Notice.h"
 
 #include <optional>
 
@@ -39,6 +40,9 @@ public:
     /// Removes the folder with what is left in it. Throws FileError, with a part left, which goes
     /// with the next folder beside it if it can then.
     void remove();
+    /// The same where what is to be done is done already: remainsLeft, a sentence that begins with
+    /// `remains`, in place of a failure.
+    std::optional<Notice> removeOrTell(const std::string& remains);
     /// Leaves the folder with all that is in it where it is, for good.
     void leave();
 

@@ -104,21 +104,6 @@ void replace(StagingFolder& staging, const Path& built, const CreationPlan& plan
     throw placeChanged(plan.bundle);
 }
 
-/// The new instance is in place: what cannot be removed of the old one is no failure any more.
-void removeOld(StagingFolder& staging, const CreationPlan& plan, std::vector<Notice>& notices) {
-    const auto hidden = staging.path();
-    try {
-        staging.remove();
-    } catch (const ambrel::FileError& error) {
-        notices.push_back({.kind = Notice::Kind::remainsLeft,
-                           .subject = hidden,
-                           .sentence = std::string("Remains of ") +
-                                       (plan.replaced ? "what was replaced" : "making it") +
-                                       " lie in " + ambrel::utf8::oneLine(hidden) + ". " +
-                                       error.description()});
-    }
-}
-
 /// Another may have come to the place since it was looked at.
 void putInPlace(StagingFolder& staging, const Path& built, const Path& place) {
     try {
@@ -155,7 +140,10 @@ Created buildIn(StagingFolder& staging, const CreationPlan& plan, const UserPlac
         putInPlace(staging, built, plan.bundle);
     }
     folders.keep();
-    removeOld(staging, plan, created.notices);
+    // The new instance is in place: what cannot be removed of the old one is no failure any more.
+    auto remains = staging.removeOrTell(std::string("Remains of ") +
+                                        (plan.replaced ? "what was replaced" : "making it"));
+    if (remains) created.notices.push_back(std::move(*remains));
     if (plan.replaced) forgetHome(plan.replaced->config, user);
     // Only now: what lies in a new home would keep it from being removed after a failure.
     append(created.notices, furnishHome(config, user));

@@ -85,24 +85,17 @@ void restoreEntry(const InstanceRecord& record, const UserPlaces& user) noexcept
 std::vector<Notice> removeBundle(StagingFolder& staging, const InstanceRecord& record,
                                  const UserPlaces& user) {
     const auto bundle = bundleOf(record);
-    const auto hidden = staging.path();
     const auto entry = registration::findEntry(record, user);
     auto notices = presence::deleted(entry, user);
     try {
-        ambrel::fileSystem::move(bundle,
-                                 ambrel::paths::join(hidden, ambrel::paths::lastComponent(bundle)));
+        ambrel::fileSystem::move(
+            bundle, ambrel::paths::join(staging.path(), ambrel::paths::lastComponent(bundle)));
     } catch (const ambrel::FileError& error) {
         if (entry) restoreEntry(record, user);
         throw notRemoved(bundle, error);
     }
-    try {
-        staging.remove();
-    } catch (const ambrel::FileError& error) {
-        notices.push_back({.kind = Notice::Kind::remainsLeft,
-                           .subject = hidden,
-                           .sentence = "Its remains could not be removed and lie in " +
-                                       ambrel::utf8::oneLine(hidden) + ". " + error.description()});
-    }
+    auto remains = staging.removeOrTell("Its remains could not be removed and");
+    if (remains) notices.push_back(std::move(*remains));
     return notices;
 }
 

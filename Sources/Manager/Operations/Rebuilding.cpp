@@ -102,19 +102,6 @@ void giveName(StagingFolder& staging, const Path& built, const Path& place, cons
     }
 }
 
-void removeOld(StagingFolder& staging, Rebuilt& rebuilt) {
-    const auto hidden = staging.path();
-    try {
-        staging.remove();
-    } catch (const ambrel::FileError& error) {
-        rebuilt.notices.push_back({.kind = Notice::Kind::remainsLeft,
-                                   .subject = hidden,
-                                   .sentence = "Remains of what was changed lie in " +
-                                               ambrel::utf8::oneLine(hidden) + ". " +
-                                               error.description()});
-    }
-}
-
 void requireFreePlace(const Path& place, const Path& wanted) {
     if (place == wanted || !fileSystem::kindOf(wanted)) return;
     throw Refusal(Kind::placeTaken, wanted,
@@ -156,7 +143,8 @@ Rebuilt rebuild(const InstanceRecord& record, const InstanceConfig& wanted,
     exchangeUnchanged(staging, built, place, record, user);
     giveName(staging, built, place, rebuilt.bundle);
     staging.mayGo();
-    removeOld(staging, rebuilt);
+    auto remains = staging.removeOrTell("Remains of what was changed");
+    if (remains) rebuilt.notices.push_back(std::move(*remains));
     return rebuilt;
 }
 

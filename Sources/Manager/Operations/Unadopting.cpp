@@ -99,17 +99,9 @@ Unadopted unadopt(const std::string& application, const UserPlaces& user,
     requireMadeByAdopting(app, bundle);
     requireUnneeded(bundle, user);
     const auto staging = movedAside(bundle);
-    const auto hidden = staging->path();
     Unadopted done{.bundle = bundle, .name = std::string(paths::stem(bundle)), .notices = {}};
-    try {
-        staging->remove();
-    } catch (const ambrel::FileError& error) {
-        done.notices.push_back({.kind = Notice::Kind::remainsLeft,
-                                .subject = hidden,
-                                .sentence = "Its remains could not be removed and lie in " +
-                                            ambrel::utf8::oneLine(hidden) + ". " +
-                                            error.description()});
-    }
+    auto remains = staging->removeOrTell("Its remains could not be removed and");
+    if (remains) done.notices.push_back(std::move(*remains));
     return done;
 }
 
