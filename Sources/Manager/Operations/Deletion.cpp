@@ -5,6 +5,7 @@
 #include "Manager/Desktop/Presence.h"
 #include "Manager/Files/StagingFolder.h"
 #include "Manager/Operations/Unchanged.h"
+#include "Manager/Rules/BundlePlace.h"
 #include "Manager/Rules/DataSafety.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
@@ -25,17 +26,13 @@ namespace {
 
 bool exists(const Path& path) { return ambrel::fileSystem::kindOf(path).has_value(); }
 
-Path bundleOf(const InstanceRecord& record) {
+Path placeOf(const InstanceRecord& record) {
     return Path(ambrel::paths::withoutTrailingSlashes(record.bundleURL));
-}
-
-bool isLink(const Path& path) {
-    return ambrel::fileSystem::kindOf(path) == ambrel::fileSystem::ItemKind::symbolicLink;
 }
 
 void requireDeletable(const InstanceRecord& record, UserData data, const UserPlaces& user) {
     // A link goes alone, and the instance runs on.
-    if (!isLink(bundleOf(record))) requireNotRunning(record, user);
+    if (!isLink(record.bundleURL)) requireNotRunning(record, user);
     if (data == UserData::keep) return;
     const Path folder{ambrel::paths::deletingLastComponent(record.bundleURL)};
     requireDeletableData(record, instancesWith(folder, user), user);
@@ -43,7 +40,7 @@ void requireDeletable(const InstanceRecord& record, UserData data, const UserPla
 
 void requireAsPlanned(const DeletionPlan& plan, const UserPlaces& user) {
     requireUnchanged(plan.record, user);
-    if (isLink(bundleOf(plan.record)) != plan.isLink) throw placeChanged(plan.record.bundleURL);
+    if (isLink(plan.record.bundleURL) != plan.isLink) throw placeChanged(plan.record.bundleURL);
     requireDeletable(plan.record, plan.data, user);
 }
 
@@ -84,7 +81,7 @@ void restoreEntry(const InstanceRecord& record, const UserPlaces& user) noexcept
 /// between still finds it by its name.
 std::vector<Notice> removeBundle(StagingFolder& staging, const InstanceRecord& record,
                                  const UserPlaces& user) {
-    const auto bundle = bundleOf(record);
+    const auto bundle = placeOf(record);
     const auto entry = registration::findEntry(record, user);
     auto notices = presence::deleted(entry, user);
     try {
@@ -116,7 +113,7 @@ void removeData(const Path& home, Deleted& deleted) {
 
 Deleted deleteInstance(const DeletionPlan& plan, const UserPlaces& user) {
     Deleted deleted{.record = plan.record, .keptHome = {}, .removedHome = {}, .notices = {}};
-    const auto staging = folderAside(bundleOf(plan.record));
+    const auto staging = folderAside(placeOf(plan.record));
     if (plan.home && plan.data == UserData::remove) {
         removeData(*plan.home, deleted);
         // Removing much takes its time, and what came to the bundle's place in it is not removed.
@@ -136,7 +133,7 @@ DeletionPlan planDeletion(const InstanceRecord& record, UserData data, const Use
     requireDeletable(record, data, user);
     DeletionPlan plan{.record = record,
                       .data = data,
-                      .isLink = isLink(bundleOf(record)),
+                      .isLink = isLink(record.bundleURL),
                       .bundleSize = {},
                       .home = usableHome(record.config, user),
                       .dataSize = {}};
@@ -150,7 +147,7 @@ DeletionPlan planDeletion(const InstanceRecord& record, UserData data, const Use
 Deleted perform(const DeletionPlan& plan, const UserPlaces& user) {
     requireAsPlanned(plan, user);
     if (plan.isLink) {
-        removeLink(bundleOf(plan.record));
+        removeLink(placeOf(plan.record));
         return {.record = plan.record,
                 .wasLink = true,
                 .keptHome = {},

@@ -14,6 +14,7 @@
 #include "Manager/Operations/Rebuilding.h"
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Operations/WorkedOut.h"
+#include "Manager/Rules/BundlePlace.h"
 #include "Manager/Rules/DataSafety.h"
 #include "Manager/Rules/FieldEffect.h"
 #include "Manager/Rules/InfoPlistKeys.h"
@@ -85,7 +86,7 @@ void requireUsableHome(const InstanceRecord& record, const InstanceConfig& wante
 
 void requireRenamable(const InstanceRecord& record, const UserPlaces& user) {
     const Path bundle{ambrel::paths::withoutTrailingSlashes(record.bundleURL)};
-    if (ambrel::fileSystem::kindOf(bundle) == ambrel::fileSystem::ItemKind::symbolicLink) {
+    if (isLink(bundle)) {
         throw Refusal(Kind::bundleIsLink, bundle,
                       ambrel::utf8::oneLine(bundle) +
                           " is a link, which would lead nowhere then: rename what it leads to.");

@@ -11,6 +11,7 @@
 #include "Manager/Files/StagingFolder.h"
 #include "Manager/Operations/IconOrigin.h"
 #include "Manager/Operations/Unchanged.h"
+#include "Manager/Rules/BundlePlace.h"
 
 namespace korvane {
 
@@ -24,13 +25,6 @@ using Kind = Refusal::Kind;
 namespace fileSystem = ambrel::fileSystem;
 
 namespace {
-
-/// The folder itself, where the instance is named by a link to it.
-Path bundleOf(const InstanceRecord& record) {
-    Path bundle{ambrel::paths::withoutTrailingSlashes(record.bundleURL)};
-    if (fileSystem::kindOf(bundle) != fileSystem::ItemKind::symbolicLink) return bundle;
-    return fileSystem::resolved(bundle).value_or(bundle);
-}
 
 bool isHidden(const Path& bundle, const InstanceConfig& config) {
     if (config.infoPlistOverrides.contains("LSUIElement")) return false;
@@ -64,7 +58,7 @@ Path generateIn(const Path& folder, const WrapperGenerator::Options& options) {
 
 Path buildIn(const Path& folder, const InstanceRecord& record, const InstanceConfig& wanted,
              const std::optional<Path>& icon) {
-    const auto old = bundleOf(record);
+    const auto old = bundleAt(record.bundleURL);
     const auto source =
         icon ? chosenIcon(*icon, folder) : iconSourceOf(record, wanted.iconLabel, folder);
     const auto built = generateIn(folder, {.config = wanted,
@@ -127,7 +121,7 @@ bool needsRebuilding(const InstanceConfig& before, const InstanceConfig& wanted)
 }
 
 Path placeFor(const InstanceRecord& record, const InstanceConfig& wanted) {
-    auto place = bundleOf(record);
+    auto place = bundleAt(record.bundleURL);
     if (wanted.displayName == record.config.displayName) return place;
     return BundleLayout::wrapper(ambrel::paths::deletingLastComponent(place), wanted.displayName)
         .bundle;
@@ -135,7 +129,7 @@ Path placeFor(const InstanceRecord& record, const InstanceConfig& wanted) {
 
 Rebuilt rebuild(const InstanceRecord& record, const InstanceConfig& wanted,
                 const std::optional<Path>& icon, const UserPlaces& user) {
-    const auto place = bundleOf(record);
+    const auto place = bundleAt(record.bundleURL);
     Rebuilt rebuilt{.bundle = placeFor(record, wanted), .notices = {}};
     requireFreePlace(place, rebuilt.bundle);
     StagingFolder staging(Path(ambrel::paths::deletingLastComponent(place)));

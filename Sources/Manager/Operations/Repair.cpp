@@ -12,6 +12,7 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Operations/Unchanged.h"
+#include "Manager/Rules/BundlePlace.h"
 
 #include <algorithm>
 
@@ -44,10 +45,6 @@ Path requireRunner(const std::optional<Path>& chosen) {
                             ? "There is no runner that can be run at " + oneLine(*chosen) + "."
                             : ambrel::WrapperFactory::FactoryError::runnerNotFound().description();
     throw Refusal(Refusal::Kind::unusableRunner, chosen.value_or(""), reason, Remedy::chooseRunner);
-}
-
-bool isSameBundle(const Path& left, const Path& right) {
-    return left == right || fileSystem::isSameItem(left, right);
 }
 
 bool sharesIdentifier(const InstanceRecord& left, const InstanceRecord& right) {

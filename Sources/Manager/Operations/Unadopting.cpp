@@ -8,6 +8,7 @@
 #include "Manager/Files/StagingFolder.h"
 #include "Manager/Programs/ProgramSearch.h"
 #include "Manager/Programs/StartPlan.h"
+#include "Manager/Rules/BundlePlace.h"
 #include "Manager/Rules/InstanceLookup.h"
 
 #include <algorithm>
@@ -36,7 +37,7 @@ AppBundle requireKnown(const std::string& text, const UserPlaces& user,
 
 void requireMadeByAdopting(const AppBundle& app, const Path& bundle) {
     const auto shown = ambrel::utf8::oneLine(bundle);
-    if (fileSystem::kindOf(bundle) == fileSystem::ItemKind::symbolicLink) {
+    if (isLink(bundle)) {
         throw Refusal(Kind::notAdopted, bundle, shown + " is a link, and stays.");
     }
     if (!isAdopted(app)) {
@@ -55,9 +56,8 @@ std::vector<InstanceRecord> knownInstances(const Path& bundle, const UserPlaces&
     auto instances = instancesWith(Path(paths::deletingLastComponent(bundle)), user);
     const ambrel::InstanceRegistry registry(user);
     for (const auto& place : registration::registeredBundles(user)) {
-        const bool isListed = std::ranges::any_of(instances, [&](const auto& record) {
-            return fileSystem::isSameItem(record.bundleURL, place);
-        });
+        const bool isListed = std::ranges::any_of(
+            instances, [&](const auto& record) { return isSameBundle(record.bundleURL, place); });
         auto record = isListed ? std::nullopt : registry.recordFor(place);
         if (record) instances.push_back(std::move(*record));
     }

@@ -3,11 +3,11 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Home/UserFolders.h"
-#include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/SessionLinks.h"
 #include "Ambrel/Platform/UserFolderSettings.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
+#include "Manager/Rules/BundlePlace.h"
 #include "Manager/Rules/InstanceLookup.h"
 
 #include <array>
@@ -100,20 +100,16 @@ void requireDeletableData(const InstanceRecord& record,
                       "The data is not deleted: its home " + inQuotes(record.config.instanceHome) +
                           " is not an absolute path.");
     }
-    if (ambrel::fileSystem::kindOf(Path(ambrel::paths::withoutTrailingSlashes(record.bundleURL))) ==
-        ambrel::fileSystem::ItemKind::symbolicLink) {
+    if (isLink(record.bundleURL)) {
         throw Refusal(Refusal::Kind::bundleIsLink, record.bundleURL,
                       "The data is not deleted: " + ambrel::utf8::oneLine(record.bundleURL) +
                           " is only a link to the instance.");
     }
     requireApartFromUser(*home, user);
     for (const auto& other : instances) {
-        const bool isSelf = other.bundleURL == record.bundleURL ||
-                            ambrel::fileSystem::isSameItem(other.bundleURL, record.bundleURL);
-        if (!isSelf) requireApartFrom(other, *home, user);
+        if (!isSameBundle(other.bundleURL, record.bundleURL)) requireApartFrom(other, *home, user);
     }
-    if (ambrel::fileSystem::kindOf(Path(ambrel::paths::withoutTrailingSlashes(*home))) ==
-        ambrel::fileSystem::ItemKind::symbolicLink) {
+    if (isLink(*home)) {
         throw Refusal(Refusal::Kind::homeIsLink, *home,
                       "The data is not deleted: its home " + ambrel::utf8::oneLine(*home) +
                           " is a link to another folder.");

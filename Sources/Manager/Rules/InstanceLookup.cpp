@@ -8,6 +8,7 @@
 #include "Manager/Base/NearestWord.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
+#include "Manager/Rules/BundlePlace.h"
 #include "Manager/Rules/UserText.h"
 
 #include <algorithm>
@@ -61,11 +62,6 @@ void refuseUnreadable(const Path& bundle) {
                       "The instance at " + ambrel::utf8::oneLine(bundle) +
                           " is damaged: its configuration cannot be read. " + error.description());
     }
-}
-
-/// Whether the two paths are the same bundle; a link beside a bundle is not another instance.
-bool isSameBundle(const Path& left, const Path& right) {
-    return left == right || ambrel::fileSystem::isSameItem(left, right);
 }
 
 } // namespace
@@ -144,10 +140,7 @@ private:
         const Path place{ambrel::paths::withoutTrailingSlashes(path)};
         const auto name = ambrel::paths::lastComponent(place);
         const bool isPlain = name != "." && name != "..";
-        if (!isPlain ||
-            ambrel::fileSystem::kindOf(place) == ambrel::fileSystem::ItemKind::symbolicLink) {
-            return folders::canonical(place);
-        }
+        if (!isPlain || isLink(place)) return folders::canonical(place);
         const Path above{ambrel::paths::deletingLastComponent(place)};
         const auto known = parents_.find(above);
         if (known != parents_.end()) return ambrel::paths::join(known->second, name);

@@ -3,6 +3,7 @@
 #include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Instance/DesktopId.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Manager/Rules/BundlePlace.h"
 #include "Manager/Rules/InstanceLookup.h"
 
 #include <algorithm>
@@ -37,7 +38,7 @@ bool isFoundAnyway(const Path& bundle, const UserPlaces& user) {
 void remember(const InstanceRecord& record, const UserPlaces& user) {
     const auto home = usableHome(record.config, user);
     // Named by a link it counts as the bundle that the link leads to.
-    const auto bundle = ambrel::folders::canonical(record.bundleURL);
+    const auto bundle = bundleAt(record.bundleURL);
     if (!home || user.data.empty() || isFoundAnyway(bundle, user)) return;
     fileSystem::createFolders(folderOf(user));
     fileSystem::replace(fileOf(record, user), bundle + '\0' + *home, ownerFile);

@@ -3,6 +3,7 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Manager/Desktop/Linux/EntryText.h"
 #include "Manager/Programs/Linux/DesktopEntry.h"
+#include "Manager/Rules/BundlePlace.h"
 
 namespace korvane::registration {
 
@@ -23,11 +24,6 @@ Path programOf(const DesktopEntry& entry, const Path& file) {
 } // namespace
 
 bool ExistingEntry::isFor(const Path& path) const { return isSameBundle(bundle, path); }
-
-bool isSameBundle(const Path& named, const Path& path) {
-    return named == ambrel::paths::withoutTrailingSlashes(path) ||
-           fileSystem::isSameItem(named, path);
-}
 
 std::optional<ExistingEntry> readEntry(const Places& places) noexcept {
     if (places.data.empty()) return std::nullopt;

@@ -14,11 +14,9 @@ struct ExistingEntry {
     bool hasScript;                   ///< it starts the script that carries its id
     bool offersItself;                ///< it names types that it opens
 
+    /// Whether it stands for the bundle at `path`, whatever the way to it.
     bool isFor(const ambrel::Path& path) const;
 };
-
-/// Whether the bundle that an entry names is the one at `path`, whatever the way to it.
-bool isSameBundle(const ambrel::Path& named, const ambrel::Path& path);
 
 /// The entry in its place in the user's folder. Absent where nothing is there, where what is there
 /// is no readable file (a link is not followed), or where it does not say whose it is.

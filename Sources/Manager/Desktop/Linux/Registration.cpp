@@ -14,6 +14,7 @@
 #include "Manager/Desktop/Linux/EntryText.h"
 #include "Manager/Desktop/Linux/TypeIndex.h"
 #include "Manager/Programs/Linux/EntrySearch.h"
+#include "Manager/Rules/BundlePlace.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 
 #include <algorithm>
@@ -31,13 +32,6 @@ namespace {
 
 Places placesFor(const std::string& bundleId, const ambrel::UserPlaces& user) {
     return {ambrel::desktopId(bundleId), user.data};
-}
-
-/// The bundle itself where the path is a link to it.
-Path bundleOf(const Path& path) {
-    Path bundle{ambrel::paths::withoutTrailingSlashes(path)};
-    if (fileSystem::kindOf(bundle) != fileSystem::ItemKind::symbolicLink) return bundle;
-    return fileSystem::resolved(bundle).value_or(bundle);
 }
 
 std::optional<ExistingEntry> findOwn(const Places& places, const Path& bundle) {
@@ -209,7 +203,7 @@ Entry write(const InstanceRecord& record, const Places& places,
             const std::optional<ExistingEntry>& existing, const ambrel::UserPlaces& user) {
     // One bundle can have several paths; the entry keeps its own.
     const bool isKept = existing && existing->isFor(record.bundleURL);
-    const auto bundle = isKept ? existing->bundle : bundleOf(record.bundleURL);
+    const auto bundle = isKept ? existing->bundle : bundleAt(record.bundleURL);
     const auto files = filesFor(record.config, bundle, places, user);
     if (const auto file = findStranger(places, files, existing)) {
         refuseStranger(*file, Remedy::none);
