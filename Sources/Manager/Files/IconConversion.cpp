@@ -16,12 +16,25 @@ using ambrel::IconComposer;
 using ambrel::IconLabel;
 using ambrel::Path;
 
+void requirePicture(const Path& picture) {
+    if (ambrel::fileSystem::exists(picture) && !ambrel::fileSystem::isFolder(picture)) return;
+    throw Refusal(Refusal::Kind::unusableIcon, picture,
+                  "The icon is no file: " + ambrel::utf8::oneLine(picture));
+}
+
 bool isIconFile(const Path& file) {
     std::array<char, 4> start{};
     if (ambrel::fileSystem::isFolder(file)) return false;
     std::ifstream stream(file, std::ios::binary);
     return stream.read(start.data(), start.size()) &&
            std::string_view(start.data(), start.size()) == "icns";
+}
+
+Path iconFileOf(const Path& picture, const Path& folder) {
+    if (isIconFile(picture)) return picture;
+    auto converted = ambrel::paths::join(folder, "icon.icns");
+    convertToIconFile(picture, converted);
+    return converted;
 }
 
 void convertToIconFile(const Path& picture, const Path& destination) {

@@ -48,15 +48,6 @@ IconSource keptIcon(const CreationPlan& plan, const Path& scratch) {
     return iconSourceOf(*plan.replaced, plan.wrapper.iconLabel, scratch);
 }
 
-/// The chosen icon as an icon file, in `folder` where it was none: a bundle shows no other picture.
-std::optional<Path> iconFor(const WrapperFactory::Request& wrapper, const Path& folder) {
-    const auto& chosen = wrapper.customIcon;
-    if (!chosen || isIconFile(*chosen)) return chosen;
-    const auto converted = ambrel::paths::join(folder, "icon.icns");
-    convertToIconFile(*chosen, converted);
-    return converted;
-}
-
 Path createWrapper(const WrapperFactory::Request& wrapper, const std::optional<Path>& runner,
                    const UserPlaces& user) {
     try {
@@ -78,7 +69,11 @@ Built createIn(const Path& folder, const CreationPlan& plan, const UserPlaces& u
     auto wrapper = plan.wrapper;
     wrapper.outputDir = folder;
     const auto kept = keptIcon(plan, folder);
-    wrapper.customIcon = kept.picture ? kept.picture : iconFor(wrapper, folder);
+    if (kept.picture) {
+        wrapper.customIcon = kept.picture;
+    } else if (wrapper.customIcon) {
+        wrapper.customIcon = iconFileOf(*wrapper.customIcon, folder);
+    }
     const auto built = createWrapper(wrapper, plan.request.runner, user);
     if (kept.isDrawn) {
         ambrel::fileSystem::replace(ambrel::BundleLayout{built}.icon(),

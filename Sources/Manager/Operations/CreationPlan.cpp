@@ -7,6 +7,7 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/Registration.h"
+#include "Manager/Files/IconConversion.h"
 #include "Manager/Operations/IconOrigin.h"
 #include "Manager/Operations/KeptParts.h"
 #include "Manager/Programs/ApplicationLookup.h"
@@ -32,14 +33,6 @@ using ambrel::WrapperFactory;
 using Kind = Refusal::Kind;
 
 namespace {
-
-/// The library falls back to the application's own icon without a word.
-void requireIconFile(const std::optional<Path>& icon) {
-    if (!icon) return;
-    if (ambrel::fileSystem::exists(*icon) && !ambrel::fileSystem::isFolder(*icon)) return;
-    throw Refusal(Kind::unusableIcon, *icon,
-                  "The icon is no file: " + ambrel::utf8::oneLine(*icon));
-}
 
 /// The variables of the plan, and those given, which have the last word.
 StringMap environmentFor(const CreationPlan& plan) {
@@ -287,7 +280,8 @@ CreationPlan planCreation(const CreateRequest& request, const UserPlaces& user,
     CreationPlan plan;
     plan.request = request;
     plan.request.name = checkedName(request.name);
-    requireIconFile(request.icon);
+    // The library falls back to the application's own icon without a word.
+    if (request.icon) requirePicture(*request.icon);
     auto& wrapper = plan.wrapper;
     wrapper.outputDir = request.outputFolder.value_or(WrapperFactory::defaultOutputDir(user));
     plan.bundle = BundleLayout::wrapper(*wrapper.outputDir, plan.request.name).bundle;

@@ -34,16 +34,12 @@ bool isHidden(const Path& bundle, const InstanceConfig& config) {
     return found != info->end() && found->second.exactBoolean().value_or(false);
 }
 
-/// The chosen icon as an icon file, in `folder` where it was none.
-IconSource chosenIcon(const Path& icon, const Path& folder) {
-    if (!fileSystem::exists(icon) || fileSystem::isFolder(icon)) {
-        throw Refusal(Kind::unusableIcon, icon,
-                      "The icon is no file: " + ambrel::utf8::oneLine(icon));
-    }
-    if (isIconFile(icon)) return {.picture = icon};
-    const auto converted = ambrel::paths::join(folder, "icon.icns");
-    convertToIconFile(icon, converted);
-    return {.picture = converted};
+/// The chosen icon, else what the bundle has.
+IconSource iconWanted(const std::optional<Path>& chosen, const InstanceRecord& record,
+                      const InstanceConfig& wanted, const Path& folder) {
+    if (!chosen) return iconSourceOf(record, wanted.iconLabel, folder);
+    requirePicture(*chosen);
+    return {.picture = iconFileOf(*chosen, folder)};
 }
 
 Path generateIn(const Path& folder, const WrapperGenerator::Options& options) {
@@ -59,8 +55,7 @@ Path generateIn(const Path& folder, const WrapperGenerator::Options& options) {
 Path buildIn(const Path& folder, const InstanceRecord& record, const InstanceConfig& wanted,
              const std::optional<Path>& icon) {
     const auto old = bundleAt(record.bundleURL);
-    const auto source =
-        icon ? chosenIcon(*icon, folder) : iconSourceOf(record, wanted.iconLabel, folder);
+    const auto source = iconWanted(icon, record, wanted, folder);
     const auto built = generateIn(folder, {.config = wanted,
                                            .runnerBinary = BundleLayout{old}.runner(),
                                            .customIcon = source.picture,
