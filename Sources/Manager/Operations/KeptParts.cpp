@@ -1,15 +1,14 @@
 #include "Manager/Operations/KeptParts.h"
 
-#include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Instance/DesktopId.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/PropertyList.h"
 #include "Ambrel/Wrapper/WrapperFactory.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/Registration.h"
 #include "Manager/Operations/WorkedOut.h"
 #include "Manager/Rules/FieldEffect.h"
+#include "Manager/Rules/HiddenIcon.h"
 #include "Manager/Rules/InfoPlistKeys.h"
 #include "Manager/Rules/OpenedTypes.h"
 
@@ -35,7 +34,7 @@ std::string listed(const std::string& what, const Texts& texts) {
 class Keeper {
 public:
     Keeper(const InstanceRecord& replaced, CreateRequest& request)
-        : old_(replaced.config), bundle_(replaced.bundleURL), request_(request) {}
+        : replaced_(replaced), old_(replaced.config), request_(request) {}
 
     void keepPlaces() {
         if (!request_.home) {
@@ -57,7 +56,7 @@ public:
         keep("iconLabel", request_.iconLabel, old_.iconLabel, "its label");
         keepFlag("menuBarIcon", request_.menuBarIcon, old_.menuBarIcon, "its item in the menu bar");
         keepFlag("menuBarIconTemplate", request_.menuBarIconTemplate, old_.menuBarIconTemplate);
-        if (!request_.hideIcon) request_.hideIcon = isHidden();
+        if (!request_.hideIcon) request_.hideIcon = isHidden(replaced_);
     }
 
     void keepOffers() {
@@ -117,13 +116,6 @@ private:
         if (!part.empty()) tell(part);
     }
 
-    bool isHidden() const {
-        const auto info = ambrel::readPropertyList(ambrel::BundleLayout{bundle_}.infoPlist());
-        if (!info || old_.infoPlistOverrides.contains("LSUIElement")) return false;
-        const auto found = info->find("LSUIElement");
-        return found != info->end() && found->second.exactBoolean().value_or(false);
-    }
-
     bool isSameTarget() const {
         return request_.kind == old_.kind &&
                (request_.targetApp == old_.targetAppPath ||
@@ -178,8 +170,8 @@ private:
         return arguments;
     }
 
+    const InstanceRecord& replaced_;
     const InstanceConfig& old_;
-    const ambrel::Path& bundle_;
     CreateRequest& request_;
 };
 

@@ -3,7 +3,6 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/PropertyList.h"
 #include "Ambrel/Wrapper/WrapperGenerator.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
@@ -12,6 +11,7 @@
 #include "Manager/Operations/IconOrigin.h"
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Rules/BundlePlace.h"
+#include "Manager/Rules/HiddenIcon.h"
 
 namespace korvane {
 
@@ -25,14 +25,6 @@ using Kind = Refusal::Kind;
 namespace fileSystem = ambrel::fileSystem;
 
 namespace {
-
-bool isHidden(const Path& bundle, const InstanceConfig& config) {
-    if (config.infoPlistOverrides.contains("LSUIElement")) return false;
-    const auto info = ambrel::readPropertyList(BundleLayout{bundle}.infoPlist());
-    if (!info) return false;
-    const auto found = info->find("LSUIElement");
-    return found != info->end() && found->second.exactBoolean().value_or(false);
-}
 
 /// The chosen icon, else what the bundle has.
 IconSource iconWanted(const std::optional<Path>& chosen, const InstanceRecord& record,
@@ -59,7 +51,7 @@ Path buildIn(const Path& folder, const InstanceRecord& record, const InstanceCon
     const auto built = generateIn(folder, {.config = wanted,
                                            .runnerBinary = BundleLayout{old}.runner(),
                                            .customIcon = source.picture,
-                                           .hideWrapperIcon = isHidden(old, record.config)});
+                                           .hideWrapperIcon = isHidden(record)});
     if (source.isDrawn) {
         fileSystem::replace(BundleLayout{built}.icon(), fileSystem::read(*source.picture));
     }

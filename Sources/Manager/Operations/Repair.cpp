@@ -13,6 +13,7 @@
 #include "Manager/Base/Refusal.h"
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Rules/BundlePlace.h"
+#include "Manager/Rules/HiddenIcon.h"
 
 #include <algorithm>
 
@@ -59,11 +60,9 @@ PropertyListDictionary infoWanted(const InstanceRecord& record,
                                   const PropertyListDictionary& existing) {
     std::optional<std::string> icon;
     if (record.iconURL()) icon = BundleLayout::iconName;
-    // The configuration does not tell of it.
-    const auto hidden = existing.find("LSUIElement");
-    const bool isHidden = hidden != existing.end() && hidden->second.exactBoolean().value_or(false);
-    auto wanted = ambrel::infoPlistFor(
-        record.config, icon, isHidden ? ambrel::WrapperIcon::hidden : ambrel::WrapperIcon::shown);
+    auto wanted = ambrel::infoPlistFor(record.config, icon,
+                                       isHidden(record) ? ambrel::WrapperIcon::hidden
+                                                        : ambrel::WrapperIcon::shown);
     wanted.merge(PropertyListDictionary(existing));
     return wanted;
 }
