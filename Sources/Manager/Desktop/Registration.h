@@ -39,6 +39,9 @@ std::optional<Entry> findEntry(const ambrel::InstanceRecord& record,
 /// gone. Never fails.
 std::vector<Entry> listEntries(const ambrel::UserPlaces& user) noexcept;
 
+/// The same. Throws FileError where there are entries, or may be, and they cannot be listed.
+std::vector<Entry> requireEntries(const ambrel::UserPlaces& user);
+
 /// Entries that stand for this bundle under other ids: those of an identifier that it had before.
 /// Never fails.
 std::vector<Entry> findFormer(const ambrel::InstanceRecord& record,

@@ -8,10 +8,9 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
-#include "Manager/Desktop/Registration.h"
+#include "Manager/Desktop/KnownInstances.h"
 #include "Manager/Rules/DataSafety.h"
 #include "Manager/Rules/Running.h"
-#include "Manager/Rules/UnregisteredHomes.h"
 #include "Manager/Rules/UserText.h"
 
 #include <algorithm>
@@ -45,19 +44,6 @@ void requireListable(const Path& folder) {
     fileSystem::list(folder);
 }
 
-/// Every bundle of which may be known where its home lies, readable or not. Throws FileError where
-/// not all can be known.
-std::set<Path> knownBundles(const UserPlaces& user) {
-    requireListable(paths::join(user.data, "applications"));
-    for (const auto& folder : InstanceRegistry::defaultSearchDirs(user)) requireListable(folder);
-    std::set<Path> bundles;
-    for (auto& bundle : ambrel::bundlesIn(InstanceRegistry::defaultSearchDirs(user))) {
-        bundles.insert(std::move(bundle));
-    }
-    for (auto& bundle : registration::registeredBundles(user)) bundles.insert(std::move(bundle));
-    return bundles;
-}
-
 /// What homes may belong to.
 struct Owners {
     std::vector<InstanceRecord> instances;
@@ -67,29 +53,29 @@ struct Owners {
 };
 
 /// A bundle on a disk that is not there now, or one that is damaged, may still have its home. An
-/// application has none.
+/// application has none. Throws FileError where not all can be known.
 Owners findOwners(const UserPlaces& user) {
+    const auto usualPlaces = InstanceRegistry::defaultSearchDirs(user);
+    for (const auto& folder : usualPlaces) requireListable(folder);
+    const auto elsewhere = requireElsewhere(user);
     Owners owners{.instances = {}, .unreadable = {}, .named = {}, .running = Running::now(user)};
-    const InstanceRegistry registry(user);
-    for (const auto& bundle : knownBundles(user)) {
-        if (auto record = registry.recordFor(bundle)) {
-            owners.instances.push_back(std::move(*record));
-        } else {
-            owners.unreadable.emplace(paths::stem(bundle));
-        }
+    owners.instances = knownInstances(elsewhere, user);
+    const auto isReadable = [&](const Path& bundle) {
+        const auto found = std::ranges::find(owners.instances, bundle, &InstanceRecord::bundleURL);
+        return found != owners.instances.end() || ambrel::configIn(bundle);
+    };
+    for (const auto& bundle : ambrel::bundlesIn(usualPlaces)) {
+        if (!isReadable(bundle)) owners.unreadable.emplace(paths::stem(bundle));
     }
-    for (const auto& entry : registration::listEntries(user)) {
-        if (!entry.home || registry.recordFor(entry.bundle)) continue;
+    for (const auto& entry : elsewhere.entries) {
+        if (isReadable(entry.bundle)) continue;
+        owners.unreadable.emplace(paths::stem(entry.bundle));
         // All homes lie in the user's own, and it is protected without this.
-        if (folders::isOrLiesIn(user.home, *entry.home)) continue;
+        if (!entry.home || folders::isOrLiesIn(user.home, *entry.home)) continue;
         owners.named.emplace_back(entry.bundle, *entry.home);
     }
-    for (const auto& [bundle, home] : unregisteredHomes::all(user)) {
-        if (auto record = registry.recordFor(bundle)) {
-            owners.instances.push_back(std::move(*record));
-        } else {
-            owners.named.emplace_back(bundle, home);
-        }
+    for (const auto& [bundle, home] : elsewhere.unregistered) {
+        if (!isReadable(bundle)) owners.named.emplace_back(bundle, home);
     }
     return owners;
 }

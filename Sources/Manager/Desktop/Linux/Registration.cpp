@@ -177,11 +177,12 @@ EntryFiles filesFor(const InstanceConfig& config, const Path& bundle, const Plac
 }
 
 /// The names of the entries in the user's folder, whosever they are, without their ending. Throws
-/// FileError.
+/// FileError for a folder that is there, or may be, and cannot be listed.
 std::vector<std::string> idsIn(const ambrel::UserPlaces& user) {
     constexpr std::string_view ending = ".desktop";
     std::vector<std::string> ids;
     const Path folder(ambrel::paths::deletingLastComponent(Places{"x", user.data}.entry()));
+    if (fileSystem::isMissing(folder) && !fileSystem::kindOf(folder)) return ids;
     for (const auto& name : fileSystem::list(folder)) {
         if (name.ends_with(ending)) ids.push_back(name.substr(0, name.size() - ending.size()));
     }
@@ -226,16 +227,20 @@ std::optional<Entry> findEntry(const InstanceRecord& record, const ambrel::UserP
 }
 
 std::vector<Entry> listEntries(const ambrel::UserPlaces& user) noexcept {
+    try {
+        return requireEntries(user);
+    } catch (const std::exception&) {
+        return {}; // what cannot be listed shows nothing either
+    }
+}
+
+std::vector<Entry> requireEntries(const ambrel::UserPlaces& user) {
     std::vector<Entry> entries;
     if (user.data.empty()) return entries;
-    try {
-        for (const auto& id : idsIn(user)) {
-            const Places places{id, user.data};
-            const auto existing = readEntry(places);
-            if (existing) entries.push_back({id, places.entry(), existing->bundle, existing->home});
-        }
-    } catch (const std::exception&) {
-        // What cannot be listed shows nothing either.
+    for (const auto& id : idsIn(user)) {
+        const Places places{id, user.data};
+        const auto existing = readEntry(places);
+        if (existing) entries.push_back({id, places.entry(), existing->bundle, existing->home});
     }
     std::ranges::sort(entries, {}, &Entry::id);
     return entries;
