@@ -47,10 +47,6 @@ std::vector<Entry> requireEntries(const ambrel::UserPlaces& user);
 std::vector<Entry> findFormer(const ambrel::InstanceRecord& record,
                               const ambrel::UserPlaces& user) noexcept;
 
-/// The bundles that entries of ours stand for, there or not, each as its entry names it. Never
-/// fails.
-std::vector<ambrel::Path> registeredBundles(const ambrel::UserPlaces& user) noexcept;
-
 /// What the entry of such an instance offers it for, as types of files and addresses: those that
 /// its application opens with openWithPassthrough, those of a browser with registerAsBrowser. Empty
 /// where neither has an effect: only the runner of an application passes on what is to be opened.

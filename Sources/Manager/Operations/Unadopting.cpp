@@ -4,20 +4,18 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
-#include "Manager/Desktop/Registration.h"
+#include "Manager/Desktop/KnownInstances.h"
 #include "Manager/Files/StagingFolder.h"
 #include "Manager/Programs/ProgramSearch.h"
 #include "Manager/Programs/StartPlan.h"
 #include "Manager/Rules/BundlePlace.h"
 #include "Manager/Rules/InstanceLookup.h"
 
-#include <algorithm>
 #include <memory>
 
 namespace korvane {
 
 using ambrel::AppBundle;
-using ambrel::InstanceRecord;
 using ambrel::Path;
 using ambrel::UserPlaces;
 using Kind = Refusal::Kind;
@@ -51,22 +49,10 @@ void requireMadeByAdopting(const AppBundle& app, const Path& bundle) {
     }
 }
 
-/// All that can be known: those in the usual folder, beside the bundle, and on the desktop.
-std::vector<InstanceRecord> knownInstances(const Path& bundle, const UserPlaces& user) {
-    auto instances = instancesWith(Path(paths::deletingLastComponent(bundle)), user);
-    const ambrel::InstanceRegistry registry(user);
-    for (const auto& place : registration::registeredBundles(user)) {
-        const bool isListed = std::ranges::any_of(
-            instances, [&](const auto& record) { return isSameBundle(record.bundleURL, place); });
-        auto record = isListed ? std::nullopt : registry.recordFor(place);
-        if (record) instances.push_back(std::move(*record));
-    }
-    return instances;
-}
-
 void requireUnneeded(const Path& bundle, const UserPlaces& user) {
     std::vector<std::string> names;
-    for (const auto& record : knownInstances(bundle, user)) {
+    const auto beside = instancesWith(Path(paths::deletingLastComponent(bundle)), user);
+    for (const auto& record : knownInstances(findElsewhere(user), user, beside)) {
         const bool isStarted = record.config.kind == ambrel::ShortcutKind::app &&
                                fileSystem::isSameItem(record.config.targetAppURL(), bundle);
         if (isStarted) names.push_back(nameFor(record, user));

@@ -21,8 +21,8 @@ struct Unadopted {
 /// all instances stay. `application` is for requireMeantProgram(). Throws what that throws, and
 /// Refusal notAdopted for what adopt() has not made or somebody has added something to, and
 /// applicationNeeded, with their names as alternatives, where instances start it: those in the
-/// default folder, beside the bundle, and those that the desktop knows. Also notRemoved, with
-/// everything as it was before.
+/// default folder, beside the bundle, and elsewhere those that the desktop knows or that were taken
+/// off it. Also notRemoved, with everything as it was before.
 Unadopted unadopt(const std::string& application, const ambrel::UserPlaces& user,
                   const ambrel::Environment& environment);
 

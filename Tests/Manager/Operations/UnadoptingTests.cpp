@@ -1,6 +1,7 @@
 #include "Manager/Operations/Unadopting.h"
 
 #include "Manager/Operations/Adopting.h"
+#include "Manager/Operations/Registering.h"
 #include "Scene.h"
 
 namespace korvane::test {
@@ -60,6 +61,17 @@ TEST_CASE("an application that instances need is not removed") {
         ambrel::fileSystem::removeTree(scene.home / ".local");
     }
     scene.unadopt(scene.bundle);
+}
+
+TEST_CASE("an application is needed by an instance elsewhere that was taken off the desktop") {
+    const AdoptedProgram scene;
+    const auto record = scene.instanceIn(scene.tmp / "elsewhere");
+    unregisterInstance(record, scene.user);
+
+    const auto refusal = refusalOf(scene, [&] { scene.unadopt(scene.bundle); });
+
+    CHECK(refusal.kind == Kind::applicationNeeded);
+    CHECK(refusal.alternatives == Strings{record.bundleURL});
 }
 
 TEST_CASE("what adopting did not make is not removed") {

@@ -256,12 +256,6 @@ std::vector<Entry> findFormer(const InstanceRecord& record,
     return former;
 }
 
-std::vector<Path> registeredBundles(const ambrel::UserPlaces& user) noexcept {
-    std::vector<Path> bundles;
-    for (auto& entry : listEntries(user)) bundles.push_back(std::move(entry.bundle));
-    return bundles;
-}
-
 void requireFree(const std::string& bundleId, const Path& bundle, const ambrel::UserPlaces& user,
                  const ambrel::Environment& environment, Remedy remedy) {
     const auto places = placesFor(bundleId, user);
