@@ -11,6 +11,7 @@
 #include "Ambrel/Wrapper/WrapperFactory.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
+#include "Manager/Desktop/KnownInstances.h"
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Rules/BundlePlace.h"
 #include "Manager/Rules/HiddenIcon.h"
@@ -191,12 +192,6 @@ struct KnownThings {
     std::vector<InstanceRecord> instances; ///< each once
     std::vector<Entry> entries;
 
-    void add(InstanceRecord record) {
-        const bool isKnown = std::ranges::any_of(instances, [&](const InstanceRecord& known) {
-            return isSameBundle(known.bundleURL, record.bundleURL);
-        });
-        if (!isKnown) instances.push_back(std::move(record));
-    }
     const InstanceRecord* otherWithIdentifierOf(const InstanceRecord& record) const {
         const auto found = std::ranges::find_if(instances, [&](const InstanceRecord& other) {
             return sharesIdentifier(other, record) &&
@@ -213,14 +208,11 @@ struct KnownThings {
 };
 
 KnownThings allKnown(const std::optional<InstanceRecord>& only, const UserPlaces& user) {
-    const InstanceRegistry registry(user);
-    KnownThings found{.instances = {}, .entries = registration::listEntries(user)};
-    if (only) found.add(*only);
-    for (auto& record : registry.list()) found.add(std::move(record));
-    for (const auto& entry : found.entries) {
-        if (auto record = registry.recordFor(entry.bundle)) found.add(std::move(*record));
-    }
-    return found;
+    auto elsewhere = findElsewhere(user);
+    std::vector<InstanceRecord> first;
+    if (only) first.push_back(*only);
+    return {.instances = knownInstances(elsewhere, user, first),
+            .entries = std::move(elsewhere.entries)};
 }
 
 Difference sharedIdentifier(const InstanceRecord& record, const InstanceRecord& other) {

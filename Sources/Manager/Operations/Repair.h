@@ -47,8 +47,9 @@ struct RepairPlan {
     std::vector<Difference> differences;
 };
 
-/// Finds out what differs at `only`, or else at all instances in the default folder and those that
-/// entries name, and which entries stand for nothing; changes nothing. `runner` absent: the one
+/// Finds out what differs at `only`, or else at all instances in the default folder and those
+/// elsewhere that entries name or that were taken off the desktop, and which entries stand for
+/// nothing; changes nothing. `runner` absent: the one
 /// that instances are made with. Throws Refusal unusableRunner, and LibraryError.
 RepairPlan planRepair(const std::optional<ambrel::InstanceRecord>& only,
                       const std::optional<ambrel::Path>& runner, const ambrel::UserPlaces& user,

@@ -1,5 +1,6 @@
 #include "Manager/Operations/Repair.h"
 
+#include "Manager/Operations/Registering.h"
 #include "Scene.h"
 
 #include <unistd.h>
@@ -57,6 +58,22 @@ TEST_CASE("a repair of one instance leaves another's faults alone") {
     CHECK(isThere(runnerOf(record)));
     CHECK_FALSE(isThere(runnerOf(other)));
     CHECK(planFor(scene).differences.size() == 1);
+}
+
+TEST_CASE("an instance elsewhere that was taken off the desktop is looked at too") {
+    const Scene scene;
+    auto request = scene.request();
+    request.outputFolder = scene.tmp / "elsewhere";
+    const auto record = scene.make(request).record;
+    unregisterInstance(record, scene.user);
+    REQUIRE(::unlink(runnerOf(record).c_str()) == 0);
+
+    const auto plan = planFor(scene);
+
+    REQUIRE(plan.differences.size() == 2);
+    CHECK(plan.differences[0].kind == Kind::runnerMissing);
+    CHECK(plan.differences[0].record == record);
+    CHECK(plan.differences[1].kind == Kind::entryMissing);
 }
 
 TEST_CASE("an instance that has changed since the plan was made is not repaired") {
