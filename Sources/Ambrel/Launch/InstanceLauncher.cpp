@@ -6,6 +6,7 @@
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/OpenedItems.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/HomeVariables.h"
 #include "Ambrel/Platform/ProcessName.h"
 #include "Ambrel/Platform/PropertyList.h"
 

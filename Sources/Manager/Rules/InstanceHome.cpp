@@ -3,11 +3,10 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Home/HomePreparation.h"
 #include "Ambrel/Home/HomesElsewhere.h"
+#include "Ambrel/Platform/HomeVariables.h"
 #include "Ambrel/Platform/SocketPath.h"
 #include "Manager/Rules/FieldEffect.h"
 #include "Manager/Rules/InstanceLookup.h"
-
-#include <array>
 
 namespace korvane {
 
@@ -63,17 +62,15 @@ std::optional<Notice> homeObstacle(const Path& home) {
 
 std::vector<std::string> variablesOverridingHome(const InstanceConfig& config,
                                                  const UserPlaces& user) {
-    constexpr std::array deciding{"HOME",          "CFFIXED_USER_HOME", "XDG_CONFIG_HOME",
-                                  "XDG_DATA_HOME", "XDG_CACHE_HOME",    "XDG_STATE_HOME"};
     std::vector<std::string> names;
     if (config.kind != ambrel::ShortcutKind::app) return names;
     const auto instance = ResolvedInstance::of(config, user);
-    for (const auto* name : deciding) {
+    for (auto& name : ambrel::homeVariableNames()) {
         const auto found = instance.environment.find(name);
         if (found == instance.environment.end()) continue;
         const auto& value = found->second;
         const bool isInside = value == instance.home || value.starts_with(instance.home + "/");
-        if (!isInside) names.emplace_back(name);
+        if (!isInside) names.push_back(std::move(name));
     }
     return names;
 }

@@ -5,6 +5,7 @@
 #include "Ambrel/Instance/DesktopId.h"
 #include "Ambrel/Launch/LaunchError.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/HomeVariables.h"
 #include "Ambrel/Platform/SignalSource.h"
 #include "korvane-runner/Web/DataClaim.h"
 #include "korvane-runner/Web/InstanceIcon.h"

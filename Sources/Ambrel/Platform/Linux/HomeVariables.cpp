@@ -1,5 +1,6 @@
+#include "Ambrel/Platform/HomeVariables.h"
+
 #include "Ambrel/Platform/FileSystem.h"
-#include "Ambrel/Platform/ProcessEnvironment.h"
 
 #include <array>
 #include <utility>
@@ -26,6 +27,12 @@ void makeCacheFolder(const Path& home) {
 }
 
 } // namespace
+
+std::vector<std::string> homeVariableNames() {
+    std::vector<std::string> names{"HOME", "CFFIXED_USER_HOME"};
+    for (const auto& [name, folder] : baseDirectories) names.emplace_back(name);
+    return names;
+}
 
 void redirectHomeVariables(Environment& environment, const Path& home,
                            const UserPlaces& user) noexcept {

@@ -4,6 +4,7 @@
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/OpenedItems.h"
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/HomeVariables.h"
 #include "Ambrel/Platform/PropertyList.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Files/IconConversion.h"
@@ -13,7 +14,6 @@
 #include "Manager/Rules/InfoPlistKeys.h"
 
 #include <algorithm>
-#include <array>
 
 namespace korvane {
 
@@ -23,10 +23,6 @@ namespace fileSystem = ambrel::fileSystem;
 namespace paths = ambrel::paths;
 
 namespace {
-
-/// What an instance's home is made of (XDG Base Directory Specification).
-constexpr std::array homeVariables{"HOME",          "CFFIXED_USER_HOME", "XDG_CONFIG_HOME",
-                                   "XDG_DATA_HOME", "XDG_STATE_HOME",    "XDG_CACHE_HOME"};
 
 /// The words of a command line, each in quotes.
 class CommandText {
@@ -50,7 +46,7 @@ std::string plainScript(const Adoption& adoption) {
         line.addCall(*adoption.terminal);
         // A terminal may hand over to a server, which has the user's home.
         line.text += " env";
-        for (const auto* name : homeVariables) {
+        for (const auto& name : ambrel::homeVariableNames()) {
             line.text.append(" \"").append(name).append("=$").append(name).append("\"");
         }
     }
