@@ -2,6 +2,7 @@
 
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Home/FolderRelation.h"
+#include "Ambrel/Home/SharedUserFolders.h"
 #include "Ambrel/Home/UserFolders.h"
 #include "Ambrel/Platform/SessionLinks.h"
 #include "Ambrel/Platform/UserFolderSettings.h"
@@ -20,8 +21,8 @@ namespace folders = ambrel::folders;
 
 namespace {
 
-constexpr std::array<std::string_view, 5> ownFolders{"Downloads", "Documents", "Desktop", "Library",
-                                                     "Applications"};
+/// Beside those that instances share.
+constexpr std::array<std::string_view, 2> ownFolders{"Library", "Applications"};
 
 /// Everything of the user's that instances share or that this system keeps.
 std::vector<Path> ownPlaces(const ambrel::UserPlaces& user) {
@@ -32,7 +33,10 @@ std::vector<Path> ownPlaces(const ambrel::UserPlaces& user) {
                              ambrel::paths::join(config, "korvane"),
                              ambrel::paths::join(data, "korvane"),
                              ambrel::paths::join(data, "applications")};
-    for (const auto folder : ownFolders) places.push_back(ambrel::paths::join(home, folder));
+    for (const auto name : ambrel::SharedUserFolders::names) {
+        places.push_back(ambrel::paths::join(home, name));
+    }
+    for (const auto name : ownFolders) places.push_back(ambrel::paths::join(home, name));
     for (auto& folder : ambrel::UserFolders::allSet(user)) places.push_back(std::move(folder));
     for (const auto& links : {ambrel::sessionLinks(user), ambrel::trashLinks(user)}) {
         for (const auto& link : links) places.push_back(link.target);
@@ -67,8 +71,9 @@ void requireApartFrom(const InstanceRecord& other, const Path& home,
 std::vector<Path> sharedFolders(const ambrel::UserPlaces& user) {
     auto places = ambrel::UserFolders::allSet(user);
     const auto settings = ambrel::userFolderSettings(user);
-    for (const std::string name : {"Downloads", "Documents", "Desktop"}) {
-        if (!settings.contains(name)) places.push_back(ambrel::paths::join(user.home, name));
+    for (const auto name : ambrel::SharedUserFolders::names) {
+        if (settings.contains(name)) continue;
+        places.push_back(ambrel::paths::join(user.home, name));
     }
     return places;
 }
