@@ -38,6 +38,7 @@ endforeach()
 
 target_sources(ManagerTests PRIVATE
     Manager/Operations/Linux/DeletionTests.cpp
+    Manager/Operations/Linux/EditingTests.cpp
     Manager/Programs/Linux/DesktopEntryTests.cpp
     Manager/Rules/Linux/NamespaceTests.cpp
 )

@@ -186,6 +186,11 @@ std::vector<Notice> noticesOnDropped(const InstanceRecord& before, const Instanc
                                      const UserPlaces& user, const Environment& environment) {
     std::vector<Notice> notices;
     if (before.config.targetAppPath != after.config.targetAppPath) return notices;
+    // Working it out takes longer than all else of an edit: it asks after the program's package and
+    // looks through its libraries.
+    const bool isStartKept = before.config.extraArgs == after.config.extraArgs &&
+                             before.config.environment == after.config.environment;
+    if (isStartKept) return notices;
     try {
         const auto worked = WorkedOut::of(before.config, "", user, environment);
         addDropped(before.config, after.config, worked, nameFor(after, user), notices);
