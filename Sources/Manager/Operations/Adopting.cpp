@@ -22,17 +22,6 @@ using ambrel::UserPlaces;
 
 namespace {
 
-std::string referenceTo(const std::string& name, const Path& bundle, const UserPlaces& user) {
-    std::size_t called = 0;
-    bool listed = false;
-    for (const auto& app : AppCatalog::scan(AppCatalog::defaultSearchDirs(user))) {
-        if (app.name != name && app.bundleId != name) continue;
-        ++called;
-        listed = listed || ambrel::fileSystem::isSameItem(app.url, bundle);
-    }
-    return listed && called == 1 ? name : bundle;
-}
-
 void build(const Adoption& adoption, const Path& folder, const Path& bundle) {
     StagingFolder staging(folder);
     const auto built = BundleLayout::wrapper(staging.path(), adoption.name).bundle;
@@ -51,24 +40,22 @@ bool isMadeOf(const Adoption& adoption, const Path& place) {
            programOf(*app) == adoption.program;
 }
 
-Adopted told(const Path& bundle, const std::string& name, const Path& program,
-             const UserPlaces& user) {
+Adopted told(const Path& bundle, const std::string& name, const Path& program) {
     return {.bundle = bundle,
             .name = name,
             .program = program,
-            .reference = referenceTo(name, bundle, user),
             .hasIcon = ambrel::fileSystem::exists(BundleLayout{bundle}.icon()),
             .notices = {}};
 }
 
-Adopted known(const ambrel::AppBundle& app, const UserPlaces& user) {
+Adopted known(const ambrel::AppBundle& app) {
     const Path bundle{ambrel::paths::withoutTrailingSlashes(app.url)};
-    auto adopted = told(bundle, std::string(ambrel::paths::stem(bundle)), programOf(app), user);
+    auto adopted = told(bundle, std::string(ambrel::paths::stem(bundle)), programOf(app));
     adopted.existed = true;
     return adopted;
 }
 
-Adopted made(const Adoption& adoption, const Path& folder, const UserPlaces& user) {
+Adopted made(const Adoption& adoption, const Path& folder) {
     const auto bundle = BundleLayout::wrapper(folder, adoption.name).bundle;
     const bool existed = isMadeOf(adoption, bundle);
     if (!existed && ambrel::fileSystem::kindOf(bundle)) {
@@ -78,7 +65,7 @@ Adopted made(const Adoption& adoption, const Path& folder, const UserPlaces& use
                       Remedy::chooseFolder);
     }
     if (!existed) build(adoption, folder, bundle);
-    auto adopted = told(bundle, adoption.name, adoption.program, user);
+    auto adopted = told(bundle, adoption.name, adoption.program);
     adopted.existed = existed;
     adopted.notices = adoption.notices;
     return adopted;
@@ -92,9 +79,20 @@ Adopted adopt(const AdoptRequest& request, const UserPlaces& user,
     // In a folder of its own another bundle of the same program may be wanted.
     const auto rule = request.folder ? KnownApplications::areLast : KnownApplications::areMeant;
     const auto meant = requireMeantProgram(request.program, rule, user, environment);
-    if (const auto* app = std::get_if<ambrel::AppBundle>(&meant)) return known(*app, user);
+    if (const auto* app = std::get_if<ambrel::AppBundle>(&meant)) return known(*app);
     const auto folder = request.folder.value_or(ambrel::WrapperFactory::defaultOutputDir(user));
-    return made(std::get<Adoption>(meant), folder, user);
+    return made(std::get<Adoption>(meant), folder);
+}
+
+std::string referenceTo(const Adopted& adopted, const UserPlaces& user) {
+    std::size_t called = 0;
+    bool listed = false;
+    for (const auto& app : AppCatalog::scan(AppCatalog::defaultSearchDirs(user))) {
+        if (app.name != adopted.name && app.bundleId != adopted.name) continue;
+        ++called;
+        listed = listed || ambrel::fileSystem::isSameItem(app.url, adopted.bundle);
+    }
+    return listed && called == 1 ? adopted.name : adopted.bundle;
 }
 
 } // namespace korvane

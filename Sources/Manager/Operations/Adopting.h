@@ -19,11 +19,10 @@ struct AdoptRequest {
 /// What has been made.
 struct Adopted {
     ambrel::Path bundle;
-    std::string name;      ///< of the application
-    ambrel::Path program;  ///< what it starts
-    std::string reference; ///< its name where requireApplication() finds it by that, else `bundle`
-    bool hasIcon = false;  ///< false where no picture was found for it that could be read
-    bool existed = false;  ///< it was an application before, and nothing was made
+    std::string name;     ///< of the application
+    ambrel::Path program; ///< what it starts
+    bool hasIcon = false; ///< false where no picture was found for it that could be read
+    bool existed = false; ///< it was an application before, and nothing was made
     std::vector<Notice> notices;
 };
 
@@ -33,5 +32,9 @@ struct Adopted {
 /// EncodingError and LibraryError. After each of these everything is as it was before.
 Adopted adopt(const AdoptRequest& request, const ambrel::UserPlaces& user,
               const ambrel::Environment& environment);
+
+/// What requireApplication() finds the application by: its name where that does, else its bundle.
+/// Looks through the catalog.
+std::string referenceTo(const Adopted& adopted, const ambrel::UserPlaces& user);
 
 } // namespace korvane

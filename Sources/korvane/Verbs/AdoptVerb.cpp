@@ -42,8 +42,8 @@ void tellAbout(const Adopted& adopted, const Surroundings& surroundings) {
     if (!adopted.hasIcon && !adopted.existed) {
         say(surroundings, "It has no icon: no picture was found for it that could be read.");
     }
-    say(surroundings,
-        "Make an instance of it with: korvane create app NAME " + shellWord(adopted.reference));
+    say(surroundings, "Make an instance of it with: korvane create app NAME " +
+                          shellWord(referenceTo(adopted, surroundings.user)));
 }
 
 int adoptProgram(const AdoptOptions& options, const Surroundings& surroundings) {

@@ -32,7 +32,7 @@ TEST_CASE("an installed program becomes an application that is found by its name
     CHECK(adopted.bundle == scene.home / "Applications/Mail Reader.app");
     CHECK(adopted.name == "Mail Reader");
     CHECK(adopted.program == scene.program);
-    CHECK(adopted.reference == "Mail Reader");
+    CHECK(referenceTo(adopted, scene.user) == "Mail Reader");
     CHECK_FALSE(adopted.hasIcon);
     CHECK(adopted.notices.empty());
     CHECK(linkText(adopted.bundle + "/Contents/MacOS/mailer") == scene.program);
@@ -47,7 +47,7 @@ TEST_CASE("an application that its name does not find is told by its path") {
                                         scene.user, scene.environment);
 
     CHECK(adopted.bundle == scene.tmp / "x/Mail Reader.app");
-    CHECK(adopted.reference == adopted.bundle);
+    CHECK(referenceTo(adopted, scene.user) == adopted.bundle);
 }
 
 TEST_CASE("a program that may hand over to a running copy is told of") {
@@ -90,7 +90,7 @@ TEST_CASE("a program that is an application already is told as it stands") {
         CHECK(again.existed);
         CHECK(again.bundle == first.bundle);
         CHECK(again.program == scene.program);
-        CHECK(again.reference == "Mail Reader");
+        CHECK(referenceTo(again, scene.user) == "Mail Reader");
     }
     CHECK(scene.adopt(entry).existed);
     CHECK(scene.adopt(first.bundle + "/").bundle == first.bundle);
