@@ -14,6 +14,7 @@ struct EntryFiles {
     std::string entry;
     std::optional<std::string> script;
     std::vector<ThemeIcon> icons;
+    bool offersItself = false; ///< the entry names types that it opens
 };
 
 /// The first item that stands where the script or an icon of `files` is to go and belongs neither

@@ -161,9 +161,10 @@ EntryFiles filesFor(const InstanceConfig& config, const Path& bundle, const Plac
     files.icons = themeIconsOf(layout.icon());
     auto program = layout.runner();
     auto types = offeredTypes(config);
+    files.offersItself = !types.empty();
     // Openers are sure to pass on what they open to one plain word alone.
-    if (!types.empty()) files.script = passingScript(program);
-    if (types.empty() && !isPlainWord(program)) files.script = openerScript(program);
+    if (files.offersItself) files.script = passingScript(program);
+    if (!files.offersItself && !isPlainWord(program)) files.script = openerScript(program);
     if (files.script) program = places.script();
     files.entry = entryText({.name = config.displayName,
                              .program = program,
@@ -211,7 +212,7 @@ Entry write(const InstanceRecord& record, const Places& places,
     }
     writeFiles(places, files, existing);
     const bool wasOffered = existing && existing->offersItself;
-    if (wasOffered || !offeredTypes(record.config).empty()) updateTypeIndex(places);
+    if (wasOffered || files.offersItself) updateTypeIndex(places);
     return {places.id, places.entry(), bundle};
 }
 
