@@ -100,6 +100,7 @@ target_link_libraries(IconTests PRIVATE PkgConfig::writers)
 include(FaultInjection.cmake)
 add_doctest(FaultInjectionTests
     Ambrel/Home/Linux/DesktopAccessFaultTests.cpp
+    Ambrel/Home/Linux/HomesElsewhereFaultTests.cpp
     Ambrel/Platform/Linux/FileSystemFaultTests.cpp
     Manager/Operations/Linux/CreationFaultTests.cpp
     Manager/Operations/Linux/DeletionFaultTests.cpp

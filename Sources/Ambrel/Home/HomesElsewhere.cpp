@@ -46,10 +46,10 @@ void makePrivateFolders(NewFolders& folders, const Path& folder) {
 }
 
 /// Without the list every start looks for itself, which is slower and no less right. One that
-/// another process has made meanwhile stays.
-void tryMakeList(const std::string& list, const UserPlaces& user) noexcept {
+/// another process has made meanwhile stays. Returns false where it can be made at no time.
+bool tryMakeList(const std::string& list, const UserPlaces& user) noexcept {
     // An account without a home does not get one from here.
-    if (user.data.empty() || !fileSystem::isFolder(user.home)) return;
+    if (user.data.empty() || !fileSystem::isFolder(user.home)) return false;
     try {
         NewFolders folders;
         makePrivateFolders(folders, folderOf(user));
@@ -58,7 +58,12 @@ void tryMakeList(const std::string& list, const UserPlaces& user) noexcept {
             fileSystem::replace(fileOf(user), list, ownerFile);
         }
         folders.keep();
+        return true;
+    } catch (const FileError& error) {
+        // What others make and take back is there at one moment and gone at the next.
+        return error.code == EEXIST || error.code == ENOENT;
     } catch (const std::exception&) {
+        return false;
     }
 }
 
@@ -104,8 +109,9 @@ std::optional<std::string> madeList(const UserPlaces& user) {
     auto list = readList(user);
     if (list) return list;
     const auto looked = listByLooking(user);
-    for (int attempt = 0; attempt < attempts && !list; ++attempt) {
-        tryMakeList(looked, user);
+    bool isPossible = true;
+    for (int attempt = 0; attempt < attempts && isPossible && !list; ++attempt) {
+        isPossible = tryMakeList(looked, user);
         list = readList(user);
     }
     return list;
