@@ -79,4 +79,18 @@ TEST_CASE("leftovers delete takes several homes, and none when one of them is an
     CHECK(isThere(manager.instanceHome("Other")));
 }
 
+TEST_CASE("leftovers delete goes on behind a home that it cannot delete") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    const auto second = makeFolder(manager.instanceHome("Second"));
+
+    // The second time it is gone.
+    const auto done = manager.run({"leftovers", "delete", "Work", "Work", "Second", "--yes"});
+
+    CHECK(done.status == 1);
+    CHECK(says(done.error, fixture.home + " is no home that an instance left behind."));
+    CHECK(says(done.error, "Deleted " + second + "."));
+    CHECK_FALSE(isThere(second));
+}
+
 } // namespace korvane::test

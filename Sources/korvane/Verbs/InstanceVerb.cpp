@@ -1,13 +1,10 @@
 #include "korvane/Verbs/InstanceVerb.h"
 
-#include "Ambrel/Base/Utf8.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "korvane/CommandLine/Options.h"
-#include "korvane/Output/Messages.h"
-#include "korvane/Output/Remedies.h"
+#include "korvane/Output/Attempts.h"
 
 #include <algorithm>
-
 #include <memory>
 
 namespace korvane {
@@ -74,21 +71,8 @@ std::vector<InstanceRecord> requireInstances(const std::vector<std::string>& nam
 
 int forEach(const std::vector<InstanceRecord>& records, const Surroundings& surroundings,
             const std::function<void(const InstanceRecord&)>& action) {
-    int status = 0;
-    for (const auto& record : records) {
-        try {
-            action(record);
-        } catch (const Refusal& error) {
-            if (records.size() == 1) throw;
-            complain(surroundings, wholeText(error));
-            status = 1;
-        } catch (const std::exception& error) {
-            if (records.size() == 1) throw;
-            complain(surroundings, ambrel::utf8::oneLine(error.what()));
-            status = 1;
-        }
-    }
-    return status;
+    return attemptEach(records.size(), surroundings,
+                       [&](std::size_t number) { action(records[number]); });
 }
 
 } // namespace korvane

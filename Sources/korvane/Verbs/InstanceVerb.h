@@ -20,8 +20,7 @@ Verb instanceVerbWithJson(
 std::vector<ambrel::InstanceRecord> requireInstances(const std::vector<std::string>& names,
                                                      const Surroundings& surroundings);
 
-/// Does `action` for each: what fails for one is told, and keeps no other from being tried. Returns
-/// the exit status, 1 where any failed. The failure of the only one is thrown on.
+/// attemptEach() for instances.
 int forEach(const std::vector<ambrel::InstanceRecord>& records, const Surroundings& surroundings,
             const std::function<void(const ambrel::InstanceRecord&)>& action);
 

@@ -4,6 +4,7 @@
 #include "Manager/Base/Refusal.h"
 #include "Manager/Operations/Leftovers.h"
 #include "korvane/CommandLine/Options.h"
+#include "korvane/Output/Attempts.h"
 #include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Messages.h"
 #include "korvane/Output/Table.h"
@@ -99,11 +100,11 @@ int deleteLeftovers(const DeleteOptions& options, const Surroundings& surroundin
         homes.push_back(requireLeftover(home, surroundings.user, measure));
     }
     if (!agreed(options, homes, surroundings)) throw Refusal("Nothing was deleted.");
-    for (const auto& leftover : homes) {
+    return attemptEach(homes.size(), surroundings, [&](std::size_t number) {
+        const auto& leftover = homes[number];
         removeLeftover(leftover, surroundings.user);
         say(surroundings, "Deleted " + ambrel::utf8::oneLine(leftover.home) + ".");
-    }
-    return 0;
+    });
 }
 
 } // namespace
