@@ -65,8 +65,22 @@ void removeIfAbandoned(const Path& folder) {
     }
 }
 
+} // namespace
+
+StagingFolder::StagingFolder(const Path& parent) : parent_(parent) {
+    above_.make(parent);
+    removeAbandonedIn(parent);
+    make(parent);
+    try {
+        mark();
+    } catch (const FileError& error) {
+        removeIfThere(path_);
+        throw FileError("write into", parent, error.code);
+    }
+}
+
 /// What stays is tried again by the next command, and hinders nobody meanwhile.
-void tryRemoveAbandoned(const Path& parent) noexcept {
+void StagingFolder::removeAbandonedIn(const Path& parent) noexcept {
     try {
         for (const auto& name : fileSystem::list(parent)) {
             if (!isStagingName(name)) continue;
@@ -78,20 +92,6 @@ void tryRemoveAbandoned(const Path& parent) noexcept {
         }
     } catch (const std::exception&) {
         return;
-    }
-}
-
-} // namespace
-
-StagingFolder::StagingFolder(const Path& parent) : parent_(parent) {
-    above_.make(parent);
-    tryRemoveAbandoned(parent);
-    make(parent);
-    try {
-        mark();
-    } catch (const FileError& error) {
-        removeIfThere(path_);
-        throw FileError("write into", parent, error.code);
     }
 }
 

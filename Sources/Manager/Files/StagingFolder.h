@@ -24,6 +24,9 @@ public:
     /// Removes what is left in the folder; failures are ignored.
     ~StagingFolder();
 
+    /// Removes what killed processes left behind in `parent`, as far as that is possible.
+    static void removeAbandonedIn(const ambrel::Path& parent) noexcept;
+
     const ambrel::Path& path() const { return path_; }
 
     /// The failure as it is told a person: what lies in this folder is named as it would be called

@@ -11,6 +11,7 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/KnownInstances.h"
+#include "Manager/Files/StagingFolder.h"
 #include "Manager/Operations/InstanceDifferences.h"
 #include "Manager/Operations/Unchanged.h"
 #include "Manager/Rules/BundlePlace.h"
@@ -211,6 +212,9 @@ RepairPlan planRepair(const std::optional<InstanceRecord>& only, const std::opti
 Repaired perform(const RepairPlan& plan, const UserPlaces& user) {
     Repaired repaired;
     const auto runner = fileSystem::read(plan.runner);
+    for (const auto& folder : InstanceRegistry::defaultSearchDirs(user)) {
+        StagingFolder::removeAbandonedIn(folder);
+    }
     for (const auto& difference : plan.differences) {
         if (!difference.isMendable()) continue;
         try {

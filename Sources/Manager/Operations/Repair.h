@@ -66,8 +66,9 @@ struct Repaired {
 };
 
 /// Mends what `plan` names, each file in one step; a program that runs is not disturbed. Homes and
-/// configurations are never touched, nor is an instance that has changed since. Throws FileError
-/// where the runner cannot be read.
+/// configurations are never touched, nor is an instance that has changed since. What commands that
+/// were killed left hidden in the default folder goes too. Throws FileError where the runner cannot
+/// be read.
 Repaired perform(const RepairPlan& plan, const ambrel::UserPlaces& user);
 
 } // namespace korvane

@@ -1,8 +1,11 @@
 #include "Manager/Operations/Repair.h"
 
+#include "Manager/Files/StagingFolder.h"
 #include "Manager/Operations/Registering.h"
 #include "Scene.h"
 
+#include <csignal>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace korvane::test {
@@ -74,6 +77,25 @@ TEST_CASE("an instance elsewhere that was taken off the desktop is looked at too
     CHECK(plan.differences[0].kind == Kind::runnerMissing);
     CHECK(plan.differences[0].record == record);
     CHECK(plan.differences[1].kind == Kind::entryMissing);
+}
+
+TEST_CASE("a repair removes what a killed command left hidden") {
+    const Scene scene;
+    scene.instance();
+    const auto before = scene.everything();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const StagingFolder staging(scene.home / "Applications");
+        ::raise(SIGKILL);
+    }
+    int status = 0;
+    REQUIRE(::waitpid(child, &status, 0) == child);
+    REQUIRE(namesIn(scene.home / "Applications").size() == 2);
+
+    const auto repaired = perform(planFor(scene), scene.user);
+
+    CHECK(repaired.mended.empty());
+    CHECK(scene.everything() == before);
 }
 
 TEST_CASE("an instance that has changed since the plan was made is not repaired") {
