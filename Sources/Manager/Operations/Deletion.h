@@ -12,8 +12,8 @@
 namespace korvane {
 
 /// What deleting an instance would take away. `bundleSize` and `dataSize` go, and are nothing with
-/// Measure::no; with UserData::keep,
-/// and where the bundle is only a link to the instance, the data stays.
+/// Measure::no; with UserData::keep, and where the bundle is only a link to the instance, the data
+/// stays.
 struct DeletionPlan {
     ambrel::InstanceRecord record;
     ambrel::UserData data{};
