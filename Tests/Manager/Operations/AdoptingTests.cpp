@@ -118,9 +118,7 @@ TEST_CASE("an application of another program that stands in the place is refused
 TEST_CASE("an instance of an installed program is made together with its application") {
     const Adoptable scene;
     scene.entry("");
-    auto request = scene.request();
-    request.kind = ambrel::ShortcutKind::app;
-    request.program = "mail reader";
+    auto request = scene.programRequest("mail reader");
 
     const auto created = scene.make(request);
 
@@ -141,9 +139,7 @@ TEST_CASE("an instance of an installed program is made together with its applica
 TEST_CASE("where the instance cannot be made, its application is not either") {
     const Adoptable scene;
     scene.entry("");
-    auto request = scene.request();
-    request.kind = ambrel::ShortcutKind::app;
-    request.program = "org.example.Mail";
+    auto request = scene.programRequest("org.example.Mail");
     request.runner = scene.tmp / "no-runner";
 
     CHECK(refusalOf(scene, [&] { scene.make(request); }).kind == Kind::unusableRunner);
@@ -155,9 +151,7 @@ TEST_CASE("where the instance cannot be made, its application is not either") {
 TEST_CASE("a plan for a program that is no application yet is refused") {
     const Adoptable scene;
     scene.entry("");
-    auto request = scene.request();
-    request.kind = ambrel::ShortcutKind::app;
-    request.program = "org.example.Mail";
+    auto request = scene.programRequest("org.example.Mail");
 
     const auto refusal = refusalOf(scene, [&] { scene.plan(request); });
 

@@ -6,13 +6,60 @@
 
 #include <fcntl.h>
 #include <functional>
-#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
 namespace korvane::test {
 
 using Kind = Refusal::Kind;
+
+namespace {
+
+/// An instance that is to be replaced by one with another icon.
+struct Replacing : Scene {
+    ambrel::InstanceRecord old = instance();
+    Path icon = writeFile(tmp / "icon.icns", "icns picture");
+    CreationPlan plan = planOfReplacing();
+
+    /// The refusal of performing the plan when `meanwhile` is done while the bundle is built.
+    Refusal refusalWhile(const std::function<void()>& meanwhile) const {
+        // Whoever opens the icon is building by then, and waits until somebody writes to it.
+        const auto complete = tmp / "complete.icns";
+        ambrel::fileSystem::move(icon, complete);
+        makeFifo(icon);
+        std::thread other([&] {
+            const ambrel::OwnedFd writer(::open(icon.c_str(), O_WRONLY | O_CLOEXEC));
+            meanwhile();
+            ambrel::fileSystem::exchange(complete, icon);
+            [[maybe_unused]] const auto written = ::write(writer.get(), "icns", 4);
+        });
+        const auto letOtherEnd = [&] {
+            // It would wait for ever for an icon that was never opened.
+            constexpr int flags = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
+            const ambrel::OwnedFd reader(::open(icon.c_str(), flags));
+            other.join();
+        };
+        return expectThrow<Refusal>([&] {
+            try {
+                perform(plan, user, environment);
+            } catch (...) {
+                letOtherEnd();
+                throw;
+            }
+            letOtherEnd();
+        });
+    }
+
+private:
+    CreationPlan planOfReplacing() const {
+        auto wanted = request();
+        wanted.existing = Existing::replace;
+        wanted.icon = icon;
+        return Scene::plan(wanted);
+    }
+};
+
+} // namespace
 
 TEST_CASE("a name, a kind and what it opens are enough for an instance") {
     const Scene scene;
@@ -356,40 +403,11 @@ TEST_CASE("an instance that changed or went since it was to be replaced is not r
 }
 
 TEST_CASE("an instance that comes to the place while another is built stays there") {
-    const Scene scene;
-    const auto old = scene.instance();
-    auto request = scene.request();
-    request.existing = Existing::replace;
-    request.icon = writeFile(scene.tmp / "icon.icns", "icns picture");
-    const auto plan = scene.plan(request);
-    // Whoever opens the icon is building by then, and waits until somebody writes to it.
-    const auto complete = scene.tmp / "complete.icns";
-    ambrel::fileSystem::move(*request.icon, complete);
-    REQUIRE(::mkfifo(request.icon->c_str(), 0600) == 0);
-    auto config = old.config;
+    const Replacing scene;
+    auto config = scene.old.config;
     config.commandArgs = {"new"};
-    std::thread other([&] {
-        const ambrel::OwnedFd icon(::open(request.icon->c_str(), O_WRONLY | O_CLOEXEC));
-        scene.store(old, config);
-        ambrel::fileSystem::exchange(complete, *request.icon);
-        [[maybe_unused]] const auto written = ::write(icon.get(), "icns", 4);
-    });
 
-    const auto letOtherEnd = [&] {
-        // It would wait for ever for an icon that was never opened.
-        constexpr int flags = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
-        const ambrel::OwnedFd reader(::open(request.icon->c_str(), flags));
-        other.join();
-    };
-    const auto refusal = expectThrow<Refusal>([&] {
-        try {
-            perform(plan, scene.user, scene.environment);
-        } catch (...) {
-            letOtherEnd();
-            throw;
-        }
-        letOtherEnd();
-    });
+    const auto refusal = scene.refusalWhile([&] { scene.store(scene.old, config); });
 
     CHECK(refusal.kind == Kind::changedMeanwhile);
     CHECK(refusal.subject == scene.bundle());
@@ -416,36 +434,14 @@ TEST_CASE("an instance that runs is not replaced") {
 }
 
 TEST_CASE("an instance that is started while its replacement is built is not replaced") {
-    const Scene scene;
-    scene.instance();
-    auto request = scene.request();
-    request.existing = Existing::replace;
-    request.icon = writeFile(scene.tmp / "icon.icns", "icns picture");
-    const auto plan = scene.plan(request);
-    // Whoever opens the icon is building by then, and waits until somebody writes to it.
-    const auto complete = scene.tmp / "complete.icns";
-    ambrel::fileSystem::move(*request.icon, complete);
-    makeFifo(*request.icon);
+    const Replacing scene;
     std::optional<Waiting> process;
-    std::thread other([&] {
-        const ambrel::OwnedFd icon(::open(request.icon->c_str(), O_WRONLY | O_CLOEXEC));
+
+    const auto refusal = scene.refusalWhile([&] {
         process.emplace(Waiting::Variables{{"HOME", scene.homeOf()}});
-        ambrel::fileSystem::exchange(complete, *request.icon);
-        [[maybe_unused]] const auto written = ::write(icon.get(), "icns", 4);
     });
 
-    std::optional<Refusal> refusal;
-    try {
-        perform(plan, scene.user, scene.environment);
-    } catch (const Refusal& caught) {
-        refusal = caught;
-    }
-    // The other would wait for ever for an icon that was never opened.
-    const ambrel::OwnedFd reader(::open(request.icon->c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    other.join();
-
-    REQUIRE(refusal);
-    CHECK(refusal->kind == Kind::instanceRuns);
+    CHECK(refusal.kind == Kind::instanceRuns);
     CHECK(namesIn(scene.home / "Applications") == Strings{"Work.app"});
 }
 

@@ -36,6 +36,13 @@ struct Scene {
         made.targetApp = installApp();
         return made;
     }
+    /// One of an installed program, as "adopt" takes it.
+    CreateRequest programRequest(const std::string& program) const {
+        auto made = request();
+        made.kind = ambrel::ShortcutKind::app;
+        made.program = program;
+        return made;
+    }
     Path installApp(const std::string& identifier = "org.example.mail") const {
         return AppBundleBuilder(home / "Applications/Mail.app")
             .identifier(identifier)

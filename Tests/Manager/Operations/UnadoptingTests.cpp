@@ -22,9 +22,7 @@ struct AdoptedProgram : Scene {
         return korvane::unadopt(text, user, environment);
     }
     ambrel::InstanceRecord instanceIn(const std::optional<Path>& folder) const {
-        auto wanted = request();
-        wanted.kind = ambrel::ShortcutKind::app;
-        wanted.program = "Mail Reader";
+        auto wanted = programRequest("Mail Reader");
         wanted.outputFolder = folder;
         return make(wanted).record;
     }
