@@ -18,6 +18,26 @@ namespace {
 /// Blocks until a program has opened the named pipe, written to it and closed it.
 std::string readFifo(const Path& fifo) { return readFile(fifo); }
 
+/// An instance that writes a line, waits, writes many more and does what `end` says.
+struct Shown {
+    explicit Shown(const std::string& end) {
+        manager.create({"command", "Work", "/bin/sh", "--", "-c",
+                        "echo first; read x <" + quoted(go) + "; seq 100000" + end});
+    }
+
+    /// Runs it with what it shows going to `output`, as a shell has it.
+    ProgramSetup setup(const std::string& output) const {
+        auto setup = manager.setup({"run", "Work"});
+        setup.command[2] = "exec \"$@\" </dev/null >" + output;
+        return setup;
+    }
+    void goOn() const { writeFile(go, "x\n"); }
+
+    Manager manager;
+    const Path go = makeFifo(manager.tmp / "go");
+    const Path out = makeFifo(manager.tmp / "out");
+};
+
 } // namespace
 
 TEST_CASE("run hands on the program's exit status") {
@@ -58,20 +78,14 @@ TEST_CASE("run shows what the program writes now, byte for byte, and the log kee
 }
 
 TEST_CASE("run shows what is written while the program runs, and loses nothing of much") {
-    const Manager manager;
-    const auto go = makeFifo(manager.tmp / "go");
-    manager.create({"command", "Work", "/bin/sh", "--", "-c",
-                    "echo first; read x <" + quoted(go) + "; seq 100000"});
-    const auto out = makeFifo(manager.tmp / "out");
-    auto setup = manager.setup({"run", "Work"});
-    setup.command[2] = "exec \"$@\" </dev/null >" + quoted(out);
+    const Shown shown("");
 
-    RunningProgram program(setup);
-    std::ifstream lines(out);
+    RunningProgram program(shown.setup(quoted(shown.out)));
+    std::ifstream lines(shown.out);
     std::string line;
     std::getline(lines, line);
     CHECK(line == "first"); // the program still waits
-    writeFile(go, "x\n");
+    shown.goOn();
     int expected = 0;
     while (std::getline(lines, line)) {
         if (line != std::to_string(++expected)) break;
@@ -82,27 +96,20 @@ TEST_CASE("run shows what is written while the program runs, and loses nothing o
 }
 
 TEST_CASE("a program is not harmed when nobody reads what run shows") {
-    const Manager manager;
-    const auto go = makeFifo(manager.tmp / "go");
-    manager.create({"command", "Work", "/bin/sh", "--", "-c",
-                    "echo first; read x <" + quoted(go) + "; seq 100000; exit 6"});
-    const auto out = makeFifo(manager.tmp / "out");
-    auto setup = manager.setup({"run", "Work"});
-    setup.command[2] = "exec \"$@\" </dev/null >" + quoted(out);
+    const Shown shown("; exit 6");
 
-    RunningProgram program(setup);
+    RunningProgram program(shown.setup(quoted(shown.out)));
     {
-        std::ifstream lines(out);
+        std::ifstream lines(shown.out);
         std::string line;
         std::getline(lines, line);
     }
-    writeFile(go, "x\n");
+    shown.goOn();
 
     CHECK(program.wait().status == 6);
-    CHECK(manager.result({"logs", "Work"}).ends_with("\n100000\n"));
-    setup.command[2] = "exec \"$@\" </dev/null >&-";
-    RunningProgram closed(setup);
-    writeFile(go, "x\n");
+    CHECK(shown.manager.result({"logs", "Work"}).ends_with("\n100000\n"));
+    RunningProgram closed(shown.setup("&-"));
+    shown.goOn();
     CHECK(closed.wait().status == 6);
 }
 

@@ -8,13 +8,25 @@
 using namespace ambrel;
 using namespace korvane::test;
 
+namespace {
+
+struct Row {
+    std::string word;
+    std::string item;
+};
+
+void checkOpened(const std::vector<Row>& rows) {
+    for (const auto& row : rows) {
+        CAPTURE(row.word);
+        CHECK(openedItems({row.word}) == Strings{row.item});
+    }
+}
+
+} // namespace
+
 TEST_CASE("what is to be opened is a whole path or an address, and never an option") {
     const auto here = fileSystem::currentDirectory();
-    struct Row {
-        std::string word;
-        std::string item;
-    };
-    const Row rows[] = {
+    checkOpened({
         {"/a/b c", "/a/b c"},
         {"-x", here + "/-x"},
         {"--open", here + "/--open"},
@@ -33,20 +45,12 @@ TEST_CASE("what is to be opened is a whole path or an address, and never an opti
         {"mailto:a@example.org", "mailto:a@example.org"},
         {"x-b.c+1:", "x-b.c+1:"},
         {"about:blank", "about:blank"},
-    };
-    for (const auto& row : rows) {
-        CAPTURE(row.word);
-        CHECK(openedItems({row.word}) == Strings{row.item});
-    }
+    });
     CHECK(openedItems({"", "/a", "", "/b"}) == Strings{"/a", "/b"});
 }
 
 TEST_CASE("the address of a file here is its path") {
-    struct Row {
-        std::string word;
-        std::string item;
-    };
-    const Row rows[] = {
+    checkOpened({
         {"file:///a%20b", "/a b"},
         {"file:/a%2520b", "/a%20b"},
         {"FILE://LocalHost/%c3%A9", "/\u00e9"},
@@ -65,11 +69,7 @@ TEST_CASE("the address of a file here is its path") {
         {"file:///a%zz", "file:///a%zz"},
         {"file:///a%00b", "file:///a%00b"},
         {"file:///a%2Fb", "file:///a%2Fb"},
-    };
-    for (const auto& row : rows) {
-        CAPTURE(row.word);
-        CHECK(openedItems({row.word}) == Strings{row.item});
-    }
+    });
 }
 
 TEST_CASE("a file that exists is one, also where its name could be an address") {
