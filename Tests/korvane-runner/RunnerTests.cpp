@@ -1,56 +1,15 @@
-#include "Support/Builders.h"
-#include "Support/Environment.h"
-#include "Support/Expect.h"
-#include "Support/Programs.h"
+#include "Wrapper.h"
+
 #include "Support/Report.h"
-#include "korvane-runner/Signals.h"
 
 #include <fcntl.h>
 #include <filesystem>
 #include <set>
-#include <sys/wait.h>
+#include <sstream>
 #include <unistd.h>
 
 using namespace ambrel;
 using namespace korvane::test;
-
-namespace {
-
-const Path probe = KORVANE_TEST_PROBE;
-const std::string dash = " \xe2\x80\x94 ";
-const std::string unreadable = "runner: unreadable instance.json" + dash;
-const std::string failed = "runner: failed to launch instance" + dash;
-
-/// A wrapper with the built runner in it, and a user of its own.
-struct Wrapper {
-    Wrapper() : user(tmp) { copyProgram(KORVANE_TEST_RUNNER, runner); }
-    explicit Wrapper(const InstanceConfig& config) : Wrapper() { configure(config); }
-
-    void configure(const InstanceConfig& config) const { writeFile(json, config.encode()); }
-    void configure(const std::string& text) const { writeFile(json, text); }
-    ProgramResult open() const { return run({runner}); }
-
-    TempDir tmp;
-    OwnUserHome user;
-    Path runner = tmp / "W.app/Contents/MacOS/runner";
-    Path json = tmp / "W.app/Contents/Resources/instance.json";
-};
-
-void checkFailure(const ProgramResult& result, const std::string& text) {
-    CHECK(result.error == text);
-    CHECK(result.status == 1);
-    CHECK(result.output.empty());
-}
-
-InstanceConfig shell(const Path& home, const std::string& script) {
-    return commandConfig(home, "/bin/sh", {"-c", script});
-}
-
-InstanceConfig signalReporter(const Wrapper& wrapper, const Fifo& fifo, int last) {
-    return commandConfig(wrapper.tmp / "h", probe, {"signals", fifo.path(), std::to_string(last)});
-}
-
-} // namespace
 
 TEST_CASE("a wrapper without instance json fails with the reason and status 1") {
     const Wrapper wrapper;
@@ -204,155 +163,6 @@ TEST_CASE("an instance home that cannot be made is a failure of an application o
     CHECK(command.error == "err\n");
 }
 
-TEST_CASE("a program that a signal ended makes its number the runner's status") {
-    for (const int signal : {SIGKILL, SIGTERM, SIGSEGV, SIGHUP, SIGINT, SIGUSR1}) {
-        const Wrapper wrapper;
-        wrapper.configure(
-            shell(wrapper.tmp / "h", "ulimit -c 0; kill -" + std::to_string(signal) + " $$"));
-        const auto result = wrapper.open();
-        CAPTURE(signal);
-        CHECK(result.status == signal);
-        CHECK(result.signal == 0);
-        CHECK(result.error.empty());
-    }
-}
-
-TEST_CASE(
-    "signals that ask the runner to end are passed on and it ends with its program's status") {
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-        const Wrapper wrapper;
-        Fifo fifo(wrapper.tmp / "fifo");
-        wrapper.configure(signalReporter(wrapper, fifo, signal));
-        CAPTURE(signal);
-        RunningProgram running({.command = {wrapper.runner}});
-        REQUIRE(fifo.line() == "ready");
-
-        running.send(signal);
-
-        CHECK(fifo.line() == std::to_string(signal) + " user");
-        CHECK(running.wait().status == 40);
-    }
-}
-
-TEST_CASE("a program that ignores the request to end keeps the runner waiting for it") {
-    const Wrapper wrapper;
-    Fifo fifo(wrapper.tmp / "fifo");
-    wrapper.configure(signalReporter(wrapper, fifo, SIGINT));
-    RunningProgram running({.command = {wrapper.runner}});
-    REQUIRE(fifo.line() == "ready");
-
-    running.send(SIGTERM);
-    CHECK(fifo.line() == "15 user");
-    running.send(SIGTERM);
-    CHECK(fifo.line() == "15 user");
-    running.send(SIGINT);
-
-    CHECK(fifo.line() == "2 user");
-    CHECK(running.wait().status == 40);
-}
-
-TEST_CASE("an interrupt typed at the terminal reaches the program once") {
-    const Wrapper wrapper;
-    Fifo fifo(wrapper.tmp / "fifo");
-    wrapper.configure(signalReporter(wrapper, fifo, SIGTERM));
-    ProgramOnTerminal runner({wrapper.runner});
-    REQUIRE(fifo.line() == "ready");
-
-    // Stopped, so that an interrupt that is passed on finds the typed one taken and is seen.
-    runner.stop();
-    runner.type("\x03");
-    CHECK(fifo.line() == "2 kernel");
-    // Both wait at the runner in this order, so a passed-on interrupt would come first.
-    runner.send(SIGTERM);
-    runner.send(SIGCONT);
-
-    CHECK(fifo.line() == "15 user");
-    CHECK(runner.wait() == 40);
-}
-
-TEST_CASE("an interrupt typed before the program is there is passed on to it") {
-    const Wrapper wrapper;
-    const Fifo withoutWriter(wrapper.tmp / "fifo");
-    wrapper.configure(shell(wrapper.tmp / "h", "read x < " + quoted(withoutWriter.path())));
-
-    ProgramOnTerminal runner({wrapper.runner}, ProgramOnTerminal::Start::interruptTypedBefore);
-
-    CHECK(runner.wait() == SIGINT);
-}
-
-TEST_CASE("a terminal that goes away is told to the program of a runner that leads its session") {
-    const Wrapper wrapper;
-    Fifo fifo(wrapper.tmp / "fifo");
-    wrapper.configure(signalReporter(wrapper, fifo, SIGHUP));
-    ProgramOnTerminal runner({wrapper.runner});
-    REQUIRE(fifo.line() == "ready");
-
-    runner.closeTerminal();
-
-    CHECK(fifo.line() == "1 user");
-    CHECK(runner.wait() == 40);
-}
-
-TEST_CASE("a runner whose standard error has no reader still ends with its own status") {
-    const Wrapper wrapper;
-    int ends[2];
-    REQUIRE(::pipe(ends) == 0);
-    ::close(ends[0]);
-    const pid_t runner = ::fork();
-    if (runner == 0) {
-        ::dup2(ends[1], STDERR_FILENO);
-        ::execl(wrapper.runner.c_str(), wrapper.runner.c_str(), nullptr);
-        ::_exit(127);
-    }
-    ::close(ends[1]);
-    int status = 0;
-    REQUIRE(::waitpid(runner, &status, 0) == runner);
-
-    CHECK(WIFEXITED(status));
-    CHECK(WEXITSTATUS(status) == 1);
-}
-
-TEST_CASE("a hang-up signal that is ignored at the start stays ignored in runner and program") {
-    const Wrapper wrapper;
-    Fifo fifo(wrapper.tmp / "fifo");
-    wrapper.configure(signalReporter(wrapper, fifo, SIGTERM));
-    {
-        RunningProgram running({.command = {wrapper.runner}, .ignoredSignals = {SIGHUP}});
-        REQUIRE(fifo.line() == "ready");
-        running.send(SIGHUP);
-        running.send(SIGTERM);
-        CHECK(fifo.line() == "15 user");
-        CHECK(running.wait().status == 40);
-    }
-    wrapper.configure(commandConfig(wrapper.tmp / "h", probe, {"report", wrapper.tmp / "report"}));
-    run({.command = {wrapper.runner}, .ignoredSignals = {SIGHUP, SIGINT, SIGPIPE}});
-
-    CHECK(Report(wrapper.tmp / "report").ignoredSignals() == 1U << (SIGHUP - 1));
-    CHECK(Report(wrapper.tmp / "report").lines("SigBlk") == Strings{"0000000000000000"});
-}
-
-TEST_CASE("a runner whose parent ignores the end of children still hands on the status") {
-    const Wrapper wrapper;
-    wrapper.configure(shell(wrapper.tmp / "h", "exit 3"));
-
-    CHECK(run({.command = {wrapper.runner}, .ignoredSignals = {SIGCHLD}}).status == 3);
-}
-
-TEST_CASE("a runner without standard streams gives none of its files to them") {
-    const Wrapper wrapper;
-    wrapper.configure(commandConfig(wrapper.tmp / "h", probe, {"report", wrapper.tmp / "report"}));
-
-    const auto result = run({.command = {wrapper.runner}, .closedStreams = {0, 1, 2}});
-
-    CHECK(result.status == 0);
-    const auto log = wrapper.tmp / "h/korvane-instance.log";
-    CHECK(Report(wrapper.tmp / "report").lines("fd") ==
-          Strings{"0 /dev/null", "1 " + log, "2 " + log});
-    wrapper.configure(std::string("x"));
-    CHECK(run({.command = {wrapper.runner}, .closedStreams = {0, 1, 2}}).status == 1);
-    CHECK(readFile(wrapper.json) == "x");
-}
-
 TEST_CASE("the program gets the three standard streams and no other descriptor") {
     const Wrapper wrapper;
     wrapper.configure(commandConfig(wrapper.tmp / "h", probe, {"report", wrapper.tmp / "report"}));
@@ -398,100 +208,6 @@ TEST_CASE("a file instance runs the system's opener with the expanded path and i
     CHECK(result.status == 5);
     CHECK(readFile(wrapper.tmp / "seen") ==
           "/usr/bin/open\n1\n" + (wrapper.user / "a b.pdf") + "\n");
-}
-
-TEST_CASE("an application instance runs isolated from the user's own data") {
-    const Wrapper wrapper;
-    makeFolder(wrapper.user / "Documents");
-    makeFolder(wrapper.user / "Library/Keychains");
-    auto config = smallestConfig();
-    config.instanceHome = "~/Instances/One";
-    config.targetAppPath = AppBundleBuilder(wrapper.tmp / "T.app")
-                               .identifier("org.example.target")
-                               .executable("run", "echo \"$HOME $CFFIXED_USER_HOME $1\"; exit 6")
-                               .write();
-    config.extraArgs = {"--d={{instanceHome}}/d"};
-    config.menuBarIcon = true; // runs as if it had none
-    wrapper.configure(config);
-    const auto home = wrapper.user / "Instances/One";
-
-    const auto result = wrapper.open();
-
-    CHECK(result.error.empty());
-    CHECK(result.status == 6);
-    CHECK(readFile(home + "/korvane-instance.log") == home + " " + home + " --d=" + home + "/d\n");
-    CHECK(linkText(home + "/Documents") == wrapper.user / "Documents");
-    CHECK(linkText(home + "/Library/Keychains") == wrapper.user / "Library/Keychains");
-}
-
-TEST_CASE("a home that has gone is prepared again by the wrapper itself") {
-    const Wrapper wrapper;
-    auto config = smallestConfig();
-    config.instanceHome = wrapper.user / "KorvaneInstances/One";
-    config.targetAppPath =
-        AppBundleBuilder(wrapper.tmp / "T.app").executable("run", "test -d \"$2\"").write();
-    config.extraArgs = {"-profile", "{{instanceHome}}/Profile"};
-    config.environment = {{"TMPDIR", "{{instanceHome}}/tmp"}};
-    wrapper.configure(config);
-
-    const auto result = wrapper.open();
-
-    CHECK(result.error.empty());
-    CHECK(result.status == 0);
-    CHECK(modeOf(config.instanceHome) == 0700);
-    CHECK(isRealFolder(config.instanceHome + "/tmp"));
-    CHECK(contains(readFile(config.instanceHome + "/.config/user-dirs.dirs"), "$HOME/Documents"));
-}
-
-TEST_CASE("a command's home that has gone is prepared too, and a file has none") {
-    const Wrapper wrapper;
-    auto config = shell(wrapper.tmp / "h", "test -d \"$TMPDIR\"");
-    config.environment = {{"TMPDIR", "{{instanceHome}}/tmp"}};
-    wrapper.configure(config);
-    CHECK(wrapper.open().status == 0);
-    CHECK(modeOf(wrapper.tmp / "h") == 0700);
-    CHECK(namesIn(wrapper.tmp / "h") == Strings{"korvane-instance.log", "tmp"});
-
-    config.kind = ShortcutKind::file;
-    config.instanceHome = wrapper.tmp / "f";
-    config.openPath = "/";
-    wrapper.configure(config);
-    wrapper.open(); // whether there is an opener here or not
-    CHECK_FALSE(isThere(wrapper.tmp / "f"));
-}
-
-TEST_CASE("a start that is refused prepares nothing") {
-    const Wrapper wrapper;
-    auto config = smallestConfig();
-    config.instanceHome = wrapper.tmp / "h";
-    config.targetAppPath = wrapper.tmp / "missing.app";
-    config.shareUserFolders = false;
-    wrapper.configure(config);
-    checkFailure(wrapper.open(),
-                 failed + "Not a readable .app bundle: " + config.targetAppPath + "\n");
-    CHECK_FALSE(isThere(wrapper.tmp / "h"));
-
-    config.targetAppPath = AppBundleBuilder(wrapper.tmp / "T.app").identifier("org.x").write();
-    config.strategy = Strategy::unsupported;
-    wrapper.configure(config);
-    checkFailure(wrapper.open(), failed + "App not clonable: org.x\n");
-    CHECK(namesIn(wrapper.tmp / "h") == Strings{"korvane-instance.log"});
-}
-
-TEST_CASE("HOME alone does not move what the runner links to") {
-    const Wrapper wrapper;
-    makeFolder(wrapper.tmp / "decoy/Documents");
-    auto config = smallestConfig();
-    config.instanceHome = wrapper.tmp / "h";
-    config.targetAppPath =
-        AppBundleBuilder(wrapper.tmp / "T.app").executable("run", "exit 0").write();
-    wrapper.configure(config);
-
-    const auto result =
-        run({.command = {wrapper.runner}, .environment = {{"HOME", wrapper.tmp / "decoy"}}});
-
-    CHECK(result.status == 0);
-    CHECK_FALSE(isThere(wrapper.tmp / "h/Documents"));
 }
 
 TEST_CASE("the runner reads no arguments and writes nothing to standard output") {
@@ -640,6 +356,7 @@ TEST_CASE("a missing property-list library is a launch error that names it") {
 
 // The address checker itself cannot start without /proc.
 #ifndef __SANITIZE_ADDRESS__
+
 TEST_CASE("without its own location the runner says so exactly and exits with status 1") {
     const Wrapper wrapper;
     wrapper.configure(shell(wrapper.tmp / "h", "exit 0"));
