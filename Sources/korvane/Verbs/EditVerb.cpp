@@ -10,7 +10,6 @@
 #include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Messages.h"
 #include "korvane/Output/Remedies.h"
-#include "korvane/Verbs/EditOptions.h"
 
 #include <memory>
 
@@ -63,19 +62,6 @@ void tellAbout(const Edited& edited, const Surroundings& surroundings) {
         "See it with: " + commandLine("show", {nameFor(edited.record, surroundings.user)}));
 }
 
-int editInstance(const EditOptions& options, const Surroundings& surroundings) {
-    requireNoContradiction(options);
-    const auto& user = surroundings.user;
-    const auto record = requireInstance(options.name, user);
-    std::optional<ambrel::Path> icon;
-    if (options.icon) icon = usablePath(*options.icon, user);
-    const auto edited = change(record, wantedBy(options, record, surroundings), user,
-                               surroundings.environment, icon);
-    tellAbout(edited, surroundings);
-    if (options.asJson) json::write(json::instance(edited.record, user), surroundings.results);
-    return 0;
-}
-
 void declareFields(CLI::App& app, EditOptions& given) {
     options::texts(app, "--set", given.set,
                    "Set a field: JSON for Booleans, lists and maps, else plain text")
@@ -122,6 +108,19 @@ Verb editVerb() {
                 };
             },
             {.severalValues = true}};
+}
+
+int editInstance(const EditOptions& options, const Surroundings& surroundings) {
+    requireNoContradiction(options);
+    const auto& user = surroundings.user;
+    const auto record = requireInstance(options.name, user);
+    std::optional<ambrel::Path> icon;
+    if (options.icon) icon = usablePath(*options.icon, user);
+    const auto edited = change(record, wantedBy(options, record, surroundings), user,
+                               surroundings.environment, icon);
+    tellAbout(edited, surroundings);
+    if (options.asJson) json::write(json::instance(edited.record, user), surroundings.results);
+    return 0;
 }
 
 } // namespace korvane

@@ -1,7 +1,6 @@
 #include "korvane/Verbs/MoveVerb.h"
 
 #include "korvane/CommandLine/Options.h"
-#include "korvane/CommandLine/Parser.h"
 #include "korvane/Verbs/EditVerb.h"
 
 #include <memory>
@@ -16,15 +15,13 @@ struct MoveOptions {
     bool asJson = false;
 };
 
-/// What "korvane edit NAME --name NEW" does, by its own words.
+/// What "korvane edit NAME --name NEW" does.
 int rename(const MoveOptions& options, const Surroundings& surroundings) {
-    const auto verb = editVerb();
-    Parser parser(verb.summary, "korvane " + verb.name);
-    const auto edit = verb.declare(parser, surroundings);
-    std::vector<std::string> words{options.name, "--", options.newName, "--name"};
-    if (options.asJson) words.emplace_back("--json");
-    parser.parse(std::move(words)); // the last one first
-    return edit({});
+    EditOptions edit;
+    edit.name = options.name;
+    edit.newName = options.newName;
+    edit.asJson = options.asJson;
+    return editInstance(edit, surroundings);
 }
 
 } // namespace
