@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
+#include <set>
+#include <string_view>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -24,6 +26,28 @@ struct State {
     bool kills = false;
 } state;
 
+/// What a call is about, by its first argument: of files that tell of processes the descriptors are
+/// remembered for as long as they are open.
+std::set<int> processFiles; // NOLINT: filled while armed alone
+
+bool isAboutProcesses(const char* path) {
+    return std::string_view(path == nullptr ? "" : path).starts_with("/proc");
+}
+bool isAboutProcesses(int descriptor) { return processFiles.contains(descriptor); }
+bool isAboutProcesses(DIR* folder) { return isAboutProcesses(::dirfd(folder)); }
+
+template <class First, class... Rest> bool isSpared(First first, Rest...) {
+    return state.armed && state.failure.sparesProcesses && isAboutProcesses(first);
+}
+
+void forget(int descriptor) { processFiles.erase(descriptor); }
+void forget(DIR* folder) { forget(::dirfd(folder)); }
+
+int remembering(int descriptor) {
+    if (descriptor >= 0) processFiles.insert(descriptor);
+    return descriptor;
+}
+
 bool mustFail(const char* name) {
     if (!state.armed) return false;
     ++state.calls;
@@ -40,7 +64,10 @@ bool mustFail(const char* name) {
 
 namespace korvane::test::faults {
 
-void arm(long failing, const Failure& failure) { state = {true, failing, failure, 0, "", false}; }
+void arm(long failing, const Failure& failure) {
+    processFiles.clear();
+    state = {true, failing, failure, 0, "", false};
+}
 
 void armKill(long last) { state = {true, last, {}, 0, "", true}; }
 
@@ -72,7 +99,7 @@ extern "C" {
 #define WRAP(result, name, parameters, arguments, failure)                                         \
     result __real_##name parameters;                                                               \
     result __wrap_##name parameters {                                                              \
-        if (mustFail(#name)) return failure;                                                       \
+        if (!isSpared arguments && mustFail(#name)) return failure;                                \
         return __real_##name arguments;                                                            \
     }
 #define WRAP_OPEN(name)                                                                            \
@@ -82,6 +109,7 @@ extern "C" {
         va_start(rest, flags);                                                                     \
         const auto mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, unsigned) : 0U;      \
         va_end(rest);                                                                              \
+        if (isSpared(path)) return remembering(__real_##name(path, flags, mode));                  \
         return mustFail(#name) ? -1 : __real_##name(path, flags, mode);                            \
     }
 #define WRAP_OPENAT(name)                                                                          \
@@ -91,6 +119,8 @@ extern "C" {
         va_start(rest, flags);                                                                     \
         const auto mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, unsigned) : 0U;      \
         va_end(rest);                                                                              \
+        if (isSpared(folder) || isSpared(path))                                                    \
+            return remembering(__real_##name(folder, path, flags, mode));                          \
         return mustFail(#name) ? -1 : __real_##name(folder, path, flags, mode);                    \
     }
 #define WRAP_FCNTL(name)                                                                           \
@@ -100,14 +130,17 @@ extern "C" {
         va_start(rest, command);                                                                   \
         const long argument = va_arg(rest, long);                                                  \
         va_end(rest);                                                                              \
+        if (isSpared(fd)) return __real_##name(fd, command, argument);                             \
         return mustFail(#name) ? -1 : __real_##name(fd, command, argument);                        \
     }
 // A descriptor is gone even when closing it reports a failure.
 #define WRAP_RELEASE(type, name)                                                                   \
     int __real_##name(type handle);                                                                \
     int __wrap_##name(type handle) {                                                               \
+        const bool isSparedHere = isSpared(handle);                                                \
+        if (isSparedHere) forget(handle);                                                          \
         const int result = __real_##name(handle);                                                  \
-        return mustFail(#name) ? -1 : result;                                                      \
+        return !isSparedHere && mustFail(#name) ? -1 : result;                                     \
     }
 #include "Support/WrappedCalls.def"
 }

@@ -10,6 +10,8 @@ namespace korvane::test::faults {
 struct Failure {
     int code;     ///< the error number that the call gives
     bool lasting; ///< all calls after it fail too
+    /// What is read in /proc neither counts nor fails: how much that is depends on what else runs.
+    bool sparesProcesses = false;
 };
 
 struct Outcome {

@@ -18,7 +18,7 @@ using ambrel::UserData;
 /// ends well. `isOver` tells that it makes fewer calls.
 template <class Act> std::optional<Refusal> refusedAt(long failing, bool& isOver, const Act& act) {
     std::optional<Refusal> refused;
-    faults::arm(failing, {.code = EACCES, .lasting = false});
+    faults::arm(failing, {.code = EACCES, .lasting = false, .sparesProcesses = true});
     try {
         act();
     } catch (const Refusal& refusal) {
