@@ -17,6 +17,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/HomeFolders.cpp
     Desktop/Linux/JscValue.cpp
     Desktop/Linux/LauncherBadge.cpp
+    Desktop/Linux/LoadedTitle.cpp
     Desktop/Linux/NotificationBanners.cpp
     Desktop/Linux/PageLoads.cpp
     Desktop/Linux/PageMessages.cpp
@@ -28,6 +29,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/SessionBus.cpp
     Desktop/Linux/SpellChecking.cpp
     Desktop/Linux/Toolkit.cpp
+    Desktop/Linux/UserScripts.cpp
     Desktop/Linux/WebKitDesktop.cpp
     Desktop/Linux/WebKitWindow.cpp
     Desktop/Linux/WindowKeys.cpp

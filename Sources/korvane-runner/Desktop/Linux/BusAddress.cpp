@@ -15,7 +15,10 @@ bool isUsable(std::string_view address) {
     constexpr std::string_view socket = "unix:path=";
     if (!address.starts_with(socket)) return true;
     address.remove_prefix(socket.size());
-    return fileSystem::exists(Path(address.substr(0, address.find(','))));
+    const Path path(address.substr(0, address.find(',')));
+    // All of the machine's files would be open to the helper, and changed by it.
+    const bool isAtTheTop = fileSystem::isSameItem(Path(paths::deletingLastComponent(path)), "/");
+    return path.starts_with('/') && !isAtTheTop && fileSystem::exists(path);
 }
 
 void forgetLost(const char* variable) {

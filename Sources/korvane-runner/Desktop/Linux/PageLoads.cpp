@@ -1,7 +1,6 @@
 #include "korvane-runner/Desktop/Linux/PageLoads.h"
 
 #include "korvane-runner/Desktop/Linux/CertificateFaults.h"
-#include "korvane-runner/Desktop/Linux/JscValue.h"
 
 #include <cerrno>
 
@@ -21,9 +20,10 @@ const char* orEmpty(const char* text) { return text ? text : ""; }
 
 } // namespace
 
-PageLoads::PageLoads(WebKitWebView* view, WebWindowEvents& events)
-    : view_(view),
-      events_(events), handlers_{
+PageLoads::PageLoads(WebKitWebView* view, WebKitUserContentManager* content,
+                     WebWindowEvents& events)
+    : view_(view), events_(events),
+      title_(content, [this](const std::string& title) { titleTold(title); }), handlers_{
                            SignalHandler(view, "load-changed", onLoadChanged, this),
                            SignalHandler(view, "load-failed", onLoadFailed, this),
                            SignalHandler(view, "load-failed-with-tls-errors", onCertificateRefused,
@@ -31,10 +31,7 @@ PageLoads::PageLoads(WebKitWebView* view, WebWindowEvents& events)
                            SignalHandler(view, "web-process-terminated", onProcessEnded, this),
                            SignalHandler(view, "authenticate", onAuthenticate, this)} {}
 
-PageLoads::~PageLoads() {
-    stopWaiting();
-    forgetTitle();
-}
+PageLoads::~PageLoads() { stopWaiting(); }
 
 void PageLoads::load(const std::string& url) {
     next_ = Page::ofTheSite;
@@ -65,6 +62,7 @@ void PageLoads::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageLoads* 
     case WEBKIT_LOAD_COMMITTED:
         self->stopWaiting();
         self->shown_ = self->loading_;
+        self->hasTitle_ = false;
         break;
     case WEBKIT_LOAD_FINISHED:
         self->stopWaiting();
@@ -76,39 +74,24 @@ void PageLoads::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageLoads* 
 void PageLoads::started() {
     loading_ = std::exchange(next_, Page::ofTheSite);
     hasFailed_ = false;
-    forgetTitle();
     waitForAnswer();
 }
 
-// The engine tells of an end after every beginning, whatever came between; of a title when it comes
-// to it, which may be later. So the page is asked, in a world of its own that it cannot change.
+// The page tells its title right before this. Where it may run no scripts, ours among them, there
+// is only what the engine knows by now, which may be nothing yet.
 void PageLoads::finished() {
-    if (hasFailed_ || loading_ == Page::own) return;
-    forgetTitle();
-    title_.reset(g_cancellable_new());
-    webkit_web_view_evaluate_javascript(view_, "document.title", -1, "title", nullptr, title_.get(),
-                                        onTitle, this);
+    if (hasFailed_ || hasTitle_ || loading_ == Page::own) return;
+    events_.loadFinished(orEmpty(webkit_web_view_get_title(view_)));
 }
 
-void PageLoads::onTitle(GObject* view, GAsyncResult* result, gpointer data) noexcept {
-    const GObjectPtr<JSCValue> title(
-        webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr));
-    if (!title) return;                // the page has gone, and what asked for it perhaps as well
-    constexpr std::size_t most = 4096; // far beyond what a title bar shows
-    auto* self = static_cast<PageLoads*>(data);
-    self->title_.reset();
-    self->events_.loadFinished(JscValue(retained(title.get())).text(most).value_or(""));
-}
-
-void PageLoads::forgetTitle() {
-    if (!title_) return;
-    g_cancellable_cancel(title_.get());
-    title_.reset();
+// Whatever the page may be about to load instead of itself by then.
+void PageLoads::titleTold(const std::string& title) {
+    hasTitle_ = true;
+    if (shown_ != Page::own) events_.loadFinished(title);
 }
 
 void PageLoads::failed(LoadFailure::Kind kind, const char* url, std::string reason) {
     stopWaiting();
-    forgetTitle();
     hasFailed_ = true;
     events_.loadFailed({kind, orEmpty(url), std::move(reason)});
 }

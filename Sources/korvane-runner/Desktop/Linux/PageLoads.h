@@ -1,6 +1,7 @@
 #pragma once
 
 #include "korvane-runner/Desktop/Linux/GObjects.h"
+#include "korvane-runner/Desktop/Linux/LoadedTitle.h"
 #include "korvane-runner/Desktop/WebWindow.h"
 
 #include <array>
@@ -13,8 +14,8 @@ class PageLoads {
 public:
     enum class Cache { used, passedOver };
 
-    /// Both must outlive it.
-    PageLoads(WebKitWebView* view, WebWindowEvents& events);
+    /// To be made before anything is loaded. All must outlive it.
+    PageLoads(WebKitWebView* view, WebKitUserContentManager* content, WebWindowEvents& events);
     PageLoads(const PageLoads&) = delete;
     PageLoads& operator=(const PageLoads&) = delete;
     ~PageLoads();
@@ -43,11 +44,10 @@ private:
     static gboolean onAuthenticate(WebKitWebView* view, WebKitAuthenticationRequest* request,
                                    PageLoads* self) noexcept;
     static gboolean onTimeout(gpointer self) noexcept;
-    static void onTitle(GObject* view, GAsyncResult* result, gpointer self) noexcept;
 
     void started();
     void finished();
-    void forgetTitle();
+    void titleTold(const std::string& title);
     void failed(LoadFailure::Kind kind, const char* url, std::string reason);
     void waitForAnswer();
     void stopWaiting();
@@ -59,7 +59,8 @@ private:
     Page shown_ = Page::ofTheSite;
     bool hasFailed_ = false;
     guint timeout_ = 0;
-    GObjectPtr<GCancellable> title_; ///< being asked for
+    bool hasTitle_ = false; ///< the page that one sees has told it
+    LoadedTitle title_;
     std::array<SignalHandler, 5> handlers_;
 };
 

@@ -27,7 +27,7 @@ void setIcon(GtkWindow* window, const ambrel::Path& icon) {
 WebKitWindow::WebKitWindow(const WebWindowSetup& setup, const ambrel::Path& icon,
                            WebWindowEvents& events)
     : events_(events), icon_(icon), window_(GTK_WINDOW(gtk_window_new())), page_(setup),
-      content_(makeContent(window_.get(), page_.view())), loads_(page_.view(), events),
+      content_(makeContent(window_.get(), page_.view())), loads_(page_.view(), page_.content(), events),
       steps_(page_.view(), loads_, events), messages_(page_.content(), setup, loads_, events),
       downloads_(page_.session(), events), permissions_(page_.view(), events),
       print_(window_.get(), page_.view()),

@@ -25,6 +25,14 @@ TEST_CASE("a bus whose socket is not there is none") {
     }
 }
 
+TEST_CASE("a bus right below the root is none: its folder is handed to the engine's helper") {
+    for (const char* address : {"unix:path=/usr", "unix:path=//usr", "unix:path=/./usr",
+                                "unix:path=usr", "unix:path=/"}) {
+        CAPTURE(address);
+        CHECK(usableBusAddress(address).empty());
+    }
+}
+
 TEST_CASE("of several addresses of a bus the first that is of use is taken") {
     const TempDir tmp;
     const auto socket = "unix:path=" + writeFile(tmp / "bus");
