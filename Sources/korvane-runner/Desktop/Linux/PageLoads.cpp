@@ -23,13 +23,13 @@ const char* orEmpty(const char* text) { return text ? text : ""; }
 PageLoads::PageLoads(WebKitWebView* view, WebKitUserContentManager* content,
                      WebWindowEvents& events)
     : view_(view), events_(events),
-      title_(content, [this](const std::string& title) { titleTold(title); }), handlers_{
-                           SignalHandler(view, "load-changed", onLoadChanged, this),
-                           SignalHandler(view, "load-failed", onLoadFailed, this),
-                           SignalHandler(view, "load-failed-with-tls-errors", onCertificateRefused,
-                                         this),
-                           SignalHandler(view, "web-process-terminated", onProcessEnded, this),
-                           SignalHandler(view, "authenticate", onAuthenticate, this)} {}
+      title_(content, [this](const std::string& title) { titleTold(title); }),
+      handlers_{SignalHandler(view, "load-changed", onLoadChanged, this),
+                SignalHandler(view, "load-failed", onLoadFailed, this),
+                SignalHandler(view, "load-failed-with-tls-errors", onCertificateRefused, this),
+                SignalHandler(view, "web-process-terminated", onProcessEnded, this),
+                SignalHandler(view, "authenticate", onAuthenticate, this),
+                SignalHandler(view, "notify::title", onTitleChanged, this)} {}
 
 PageLoads::~PageLoads() { stopWaiting(); }
 
@@ -62,6 +62,7 @@ void PageLoads::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageLoads* 
     case WEBKIT_LOAD_COMMITTED:
         self->stopWaiting();
         self->shown_ = self->loading_;
+        self->hasEnded_ = false;
         self->hasTitle_ = false;
         break;
     case WEBKIT_LOAD_FINISHED:
@@ -77,11 +78,16 @@ void PageLoads::started() {
     waitForAnswer();
 }
 
-// The page tells its title right before this. Where it may run no scripts, ours among them, there
-// is only what the engine knows by now, which may be nothing yet.
 void PageLoads::finished() {
-    if (hasFailed_ || hasTitle_ || loading_ == Page::own) return;
-    events_.loadFinished(orEmpty(webkit_web_view_get_title(view_)));
+    if (hasFailed_ || loading_ == Page::own) return;
+    hasEnded_ = true;
+    if (!hasTitle_) events_.loadFinished(orEmpty(webkit_web_view_get_title(view_)));
+}
+
+// A page that may run no scripts, ours among them, tells nothing. The engine comes to its title at
+// some time; it has one for good.
+void PageLoads::onTitleChanged(GObject*, GParamSpec*, PageLoads* self) noexcept {
+    if (self->hasEnded_ && !self->hasTitle_) self->finished();
 }
 
 // Whatever the page may be about to load instead of itself by then.

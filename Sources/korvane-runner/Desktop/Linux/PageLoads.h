@@ -44,6 +44,7 @@ private:
     static gboolean onAuthenticate(WebKitWebView* view, WebKitAuthenticationRequest* request,
                                    PageLoads* self) noexcept;
     static gboolean onTimeout(gpointer self) noexcept;
+    static void onTitleChanged(GObject* view, GParamSpec* property, PageLoads* self) noexcept;
 
     void started();
     void finished();
@@ -59,9 +60,10 @@ private:
     Page shown_ = Page::ofTheSite;
     bool hasFailed_ = false;
     guint timeout_ = 0;
-    bool hasTitle_ = false; ///< the page that one sees has told it
+    bool hasEnded_ = false; ///< the load of the page that one sees
+    bool hasTitle_ = false; ///< that page has told it
     LoadedTitle title_;
-    std::array<SignalHandler, 5> handlers_;
+    std::array<SignalHandler, 6> handlers_;
 };
 
 } // namespace korvane::runner
