@@ -34,6 +34,8 @@ WebKitWindow::WebKitWindow(const WebWindowSetup& setup, const ambrel::Path& icon
       keys_({window_.get(), content_, page_.view(), loads_, print_}),
       spelling_(window_.get(), page_.view()), place_(window_.get(), setup.frame),
       questions_(window_.get()), handlers_{SignalHandler(window_.get(), "map", onMap, this),
+                                           SignalHandler(window_.get(), "notify::focus-widget",
+                                                         onFocusMoved, this),
                                            SignalHandler(window_.get(), "close-request",
                                                          onCloseRequest, this),
                                            SignalHandler(page_.view(), "close", onClose, this)} {
@@ -75,6 +77,16 @@ gboolean WebKitWindow::onShow(gpointer data) noexcept {
 
 void WebKitWindow::onMap(GtkWidget*, WebKitWindow* self) noexcept {
     setIcon(self->window_.get(), self->icon_);
+}
+
+// Behind the last link of a page the engine gives the focus away: to nobody, or to the text field
+// in the view that it looks keys up with. None would reach the page any more. Its dialogs in the
+// view have entries and boxes of their own.
+void WebKitWindow::onFocusMoved(GtkWindow* window, GParamSpec*, WebKitWindow* self) noexcept {
+    auto* view = GTK_WIDGET(self->page_.view());
+    auto* focus = gtk_window_get_focus(window);
+    const bool isLost = !focus || (GTK_IS_TEXT_VIEW(focus) && gtk_widget_get_parent(focus) == view);
+    if (isLost) gtk_widget_grab_focus(view);
 }
 
 // The page may ask the person to stay; onClose is called where it does not.

@@ -39,6 +39,7 @@ private:
 
     static gboolean onShow(gpointer self) noexcept;
     static void onMap(GtkWidget* window, WebKitWindow* self) noexcept;
+    static void onFocusMoved(GtkWindow* window, GParamSpec* property, WebKitWindow* self) noexcept;
     static gboolean onCloseRequest(GtkWindow* window, WebKitWindow* self) noexcept;
     static void onClose(WebKitWebView* view, WebKitWindow* self) noexcept;
 
@@ -57,7 +58,7 @@ private:
     SpellChecking spelling_;
     WindowPlace place_;
     Questions questions_;
-    std::array<SignalHandler, 3> handlers_;
+    std::array<SignalHandler, 4> handlers_;
     guint showing_ = 0;
 };
 
