@@ -161,6 +161,20 @@ class Keys(WebTests):
         self.assertEqual(heard, ["a", "Escape", "ctrl+b", "ctrl+s", "ArrowLeft",
                                  "Backspace", "z"])
 
+    def test_the_keyboard_stays_with_the_page_after_its_last_link(self):
+        self.site.page("/", """
+            addEventListener('keydown', event => report(event.key));
+            addEventListener('load', () => report('ready'));""", "Keys", body="<a href='#'>x</a>")
+        self.keys.press("F5")
+        self.site.awaitReport(2)
+        self.site.reports.clear()
+
+        self.keys.press("Tab")
+        self.site.awaitReport(1)
+        self.keys.press("Tab", "Tab", "Tab")
+        awaitCondition(lambda: "a" in self.site.reports or self.keys.press("a"),
+                       lambda: f"heard: {self.site.reports}")
+
     def test_the_whole_screen(self):
         self.site.page("/", """
             addEventListener('click', () => document.documentElement.requestFullscreen());
