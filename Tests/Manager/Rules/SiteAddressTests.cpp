@@ -16,11 +16,11 @@ TEST_CASE("a text that is no address is refused with the reason, and one that is
         {"mail:box", "\"mail:box\" is no address of a web site: what follows the colon behind its "
                      "host is no number of a port."},
     };
-    for (const auto& [url, sentence] : table) {
-        const auto refusal = expectThrow<Refusal>([&] { requireSiteAddress(url); });
+    for (const auto& row : table) {
+        const auto refusal = expectThrow<Refusal>([&] { requireSiteAddress(row.first); });
         CHECK(refusal.kind == Refusal::Kind::badAddress);
-        CHECK(refusal.subject == url);
-        CHECK(refusal.sentence() == sentence);
+        CHECK(refusal.subject == row.first);
+        CHECK(refusal.sentence() == row.second);
     }
     CHECK_NOTHROW(requireSiteAddress("mail.example.org"));
     CHECK_NOTHROW(requireSiteAddress("data:text/html,x"));
