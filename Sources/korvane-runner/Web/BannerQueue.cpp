@@ -10,9 +10,9 @@ BannerQueue::BannerQueue(Banners& banners)
     : banners_(banners), self_(std::make_shared<BannerQueue*>(this)) {}
 
 void BannerQueue::post(const Banner& banner) {
-    if (waiting_.size() >= mostWaiting) return;
     waiting_.push_back({plainText::oneLine(banner.title), plainText::lines(banner.body)});
     handOver();
+    if (waiting_.size() > mostWaiting) waiting_.pop_front(); // the newest is worth most
 }
 
 void BannerQueue::handOver() {

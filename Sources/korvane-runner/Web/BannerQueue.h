@@ -8,7 +8,7 @@
 namespace korvane::runner {
 
 /// Hands banners to a desktop no faster than it takes them. A page may ask for thousands at once;
-/// what nobody could read any more is dropped.
+/// what nobody could read any more is dropped, the oldest first.
 class BannerQueue {
 public:
     static constexpr std::size_t mostUnderWay = 8;

@@ -165,7 +165,7 @@ TEST_CASE("a banner's title is one line, its body has lines, and no control char
     CHECK(stage.log() == "notify: a b  — c d \n");
 }
 
-TEST_CASE("the desktop has at most 8 banners to deal with, 64 wait, and the log has every one") {
+TEST_CASE("of the banners behind the 8 under way the newest 64 wait, and the log has every one") {
     Stage stage;
     std::string expected;
     for (int i = 0; i < 1000; ++i) {
@@ -184,7 +184,9 @@ TEST_CASE("the desktop has at most 8 banners to deal with, 64 wait, and the log 
     }
 
     REQUIRE(stage.banners().size() == 72);
-    for (std::size_t i = 0; i < 72; ++i) CHECK(stage.banners()[i].title == std::to_string(i));
+    // The first were under way before the others came; of those the last 64 are left.
+    for (std::size_t i = 0; i < 72; ++i)
+        CHECK(stage.banners()[i].title == std::to_string(i < 8 ? i : i + 928));
     stage.send("notify", {{"title", "next"}});
     CHECK(stage.banners().back().title == "next");
 }
