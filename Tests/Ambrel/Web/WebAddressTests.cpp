@@ -128,9 +128,9 @@ TEST_CASE("a text that is no address has its reason") {
         {"https://2001:db8::1/", Fault::port},
         {"https://[::1]80", Fault::port},
     };
-    for (const auto& [raw, fault] : table) {
-        CAPTURE(raw);
-        CHECK(findWebAddressFault(raw) == fault);
-        CHECK_FALSE(normalizedURL(raw).has_value());
+    for (const auto& row : table) {
+        CAPTURE(row.first);
+        CHECK(findWebAddressFault(row.first) == row.second);
+        CHECK_FALSE(normalizedURL(row.first).has_value());
     }
 }
