@@ -91,6 +91,7 @@ void WebAppDelegate::terminate() {
 void WebAppDelegate::closed() { terminate(); }
 
 void WebAppDelegate::messageArrived(const PageValue& message) {
+    if (hasEnded_) return;     // it would set the badge again, while the last of it is sent
     if (showsFailure_) return; // the window's own page has the script, but nothing to say
     if (const auto asked = readBridgeMessage(message)) {
         std::visit([this](const auto& payload) { userContentController(payload); }, *asked);

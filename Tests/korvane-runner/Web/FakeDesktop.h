@@ -106,7 +106,10 @@ public:
     runner::IconBadge& badge() override { return fakeBadge; }
     std::unique_ptr<runner::WebWindow> openWindow(const runner::WebWindowSetup& setup,
                                                   runner::WebWindowEvents& events) override;
-    void flush() override { ++flushed; }
+    void flush() override {
+        ++flushed;
+        if (whenFlushed) whenFlushed();
+    }
 
     FakeLoop fakeLoop;
     FakeBanners fakeBanners;
@@ -114,6 +117,7 @@ public:
     WindowRecord window;
     runner::WebWindowEvents* events = nullptr; ///< while there is a window
     int flushed = 0;
+    std::function<void()> whenFlushed; ///< what comes meanwhile
 };
 
 } // namespace korvane::test

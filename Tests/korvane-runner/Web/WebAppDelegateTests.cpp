@@ -367,6 +367,23 @@ TEST_CASE("closing the window keeps its frame, clears the badge, writes the log 
     CHECK(stage.desktop.flushed == 1);
 }
 
+TEST_CASE("what a page says while the last of an instance is sent comes to nothing") {
+    Stage stage;
+    stage.send("badge", {{"count", 2}});
+    stage.desktop.fakeLoop.letTimePass();
+    stage.desktop.whenFlushed = [&] {
+        stage.send("badge", {{"count", 3}});
+        stage.send("notify", {{"title", "late"}});
+        stage.desktop.fakeLoop.letTimePass();
+    };
+
+    stage.events().closed();
+
+    CHECK(stage.badges() == std::vector<std::int64_t>{2, 0});
+    CHECK(stage.banners().empty());
+    CHECK(stage.log() == "badge: 2\n");
+}
+
 TEST_CASE("a window opens where it was closed, and an icon without a badge is left alone") {
     Stage stage([](auto& config) {
         writeFile(config.instanceHome + "/KorvaneWeb-app.korvane.instance.mail",
