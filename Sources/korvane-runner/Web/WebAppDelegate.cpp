@@ -19,6 +19,8 @@ using namespace ambrel;
 constexpr const char* dash = " — ";
 /// More than a title bar shows; a display server refuses what is much longer, and ends the program.
 constexpr std::size_t longestTitle = 4096;
+/// The engine counts what a page does for that long after a click as the person's.
+constexpr std::chrono::seconds effectOfAClick{1};
 
 Path logIn(const Path& home) {
     return home.empty() ? home : paths::join(home, InstanceLauncher::instanceLogName);
@@ -148,7 +150,7 @@ bool WebAppDelegate::navigationWanted(const NavigationRequest& request) {
         showsFailure_ = false; // a page of a site takes the place of the window's own
         return true;
     case Destination::otherProgram:
-        links_.open(request.url);
+        handOver(request.url);
         break;
     case Destination::otherProgramIfWanted:
         handOverIfWanted(request.url);
@@ -157,6 +159,14 @@ bool WebAppDelegate::navigationWanted(const NavigationRequest& request) {
         break;
     }
     return false;
+}
+
+void WebAppDelegate::handOver(const std::string& url) {
+    if (std::exchange(hasJustHandedOver_, true)) return;
+    links_.open(url);
+    desktop_.loop().after(effectOfAClick, [weak = std::weak_ptr(self_)] {
+        if (const auto self = weak.lock()) (*self)->hasJustHandedOver_ = false;
+    });
 }
 
 void WebAppDelegate::handOverIfWanted(const std::string& url) {

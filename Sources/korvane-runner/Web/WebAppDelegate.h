@@ -60,6 +60,9 @@ private:
     void log(const std::string& message);
 
     void loadSite();
+    /// Hands the address to another program, once for what a person does: one click lets a page
+    /// take any number of steps.
+    void handOver(const std::string& url);
     void handOverIfWanted(const std::string& url);
     /// Asks the person, unless another question stands already: a page could cover the screen.
     void ask(const Question& question, std::function<void(bool)> answer);
@@ -77,8 +80,9 @@ private:
     std::string site_; ///< what is loaded first; empty where the configuration has no address
     bool showsFailure_ = false;
     bool isAsking_ = false;
+    bool hasJustHandedOver_ = false;
     bool hasEnded_ = false;
-    std::shared_ptr<WebAppDelegate*> self_; ///< what questions hold weakly
+    std::shared_ptr<WebAppDelegate*> self_; ///< what questions and the loop hold weakly
     std::unique_ptr<WebWindow> window_;     ///< last: it goes first
 };
 

@@ -266,6 +266,24 @@ TEST_CASE("an address for another program leaves the window after a click, with 
     CHECK(stage.window().asked.empty());
 }
 
+TEST_CASE("one click hands one address to another program, however many the page names") {
+    Stage stage;
+    Fifo first(stage.tmp / "mailto:first");
+    Fifo second(stage.tmp / "mailto:second");
+    const auto folder = quoted(stage.tmp.path() + "/");
+    writeScript(stage.tmp / "open",
+                "echo \"$1\" >> " + folder + "all; echo \"$1\" > " + folder + "\"$1\"");
+
+    for (const char* url : {"mailto:first", "mailto:other", "tel:1", "sms:2"})
+        CHECK_FALSE(stage.events().navigationWanted({url, true}));
+    CHECK(first.line() == "mailto:first");
+    stage.desktop.fakeLoop.letTimePass();
+    CHECK_FALSE(stage.events().navigationWanted({"mailto:second", true}));
+    CHECK(second.line() == "mailto:second");
+
+    CHECK(readFile(stage.tmp / "all") == "mailto:first\nmailto:second\n");
+}
+
 TEST_CASE("an unusual scheme leaves only when the person agrees, who is asked once at a time") {
     Stage stage;
     Fifo done(stage.tmp / "done");
