@@ -13,10 +13,8 @@ struct OriginUnref {
 };
 using Origin = std::unique_ptr<WebKitSecurityOrigin, OriginUnref>;
 
-/// That of the page that one sees, which answers for its frames: a request does not tell its own.
-Origin originOf(WebKitWebView* view) {
-    const auto* url = webkit_web_view_get_uri(view);
-    return Origin(webkit_security_origin_new_for_uri(url ? url : ""));
+Origin originOf(const std::string& url) {
+    return Origin(webkit_security_origin_new_for_uri(url.c_str()));
 }
 
 GText textOf(WebKitSecurityOrigin* origin) {
@@ -56,10 +54,21 @@ bool isHarmless(WebKitPermissionRequest* request) {
 } // namespace
 
 Permissions::Permissions(WebKitWebView* view, WebWindowEvents& events)
-    : events_(events), handlers_{SignalHandler(view, "permission-request", onRequest, this),
+    : events_(events), handlers_{SignalHandler(view, "load-changed", onLoadChanged, this),
+                                 SignalHandler(view, "permission-request", onRequest, this),
                                  SignalHandler(view, "query-permission-state", onQuery, this)} {}
 
-gboolean Permissions::onRequest(WebKitWebView* view, WebKitPermissionRequest* request,
+// The page that one sees answers for its frames: a request does not tell its own origin. The view's
+// address is that of the next page as soon as the window loads it, which a page can cause, and so
+// could ask in the name of a site that takes long to answer.
+void Permissions::onLoadChanged(WebKitWebView* view, WebKitLoadEvent event,
+                                Permissions* self) noexcept {
+    if (event != WEBKIT_LOAD_COMMITTED) return;
+    const auto* url = webkit_web_view_get_uri(view);
+    self->shown_ = url ? url : "";
+}
+
+gboolean Permissions::onRequest(WebKitWebView*, WebKitPermissionRequest* request,
                                 Permissions* self) noexcept {
     if (isHarmless(request)) {
         webkit_permission_request_allow(request);
@@ -70,7 +79,7 @@ gboolean Permissions::onRequest(WebKitWebView* view, WebKitPermissionRequest* re
     // names of devices, storage of other sites, keys of copy protection.
     if (!permission) return FALSE;
     const std::shared_ptr<WebKitPermissionRequest> kept = retained(request);
-    self->events_.permissionWanted(*permission, readable(originOf(view).get()),
+    self->events_.permissionWanted(*permission, readable(originOf(self->shown_).get()),
                                    [kept](bool isAllowed) {
                                        if (isAllowed)
                                            webkit_permission_request_allow(kept.get());
@@ -81,12 +90,12 @@ gboolean Permissions::onRequest(WebKitWebView* view, WebKitPermissionRequest* re
 }
 
 // Of notifications a page is told the same in every way; everything else is asked when it comes up.
-gboolean Permissions::onQuery(WebKitWebView* view, WebKitPermissionStateQuery* query,
-                              Permissions*) noexcept {
+gboolean Permissions::onQuery(WebKitWebView*, WebKitPermissionStateQuery* query,
+                              Permissions* self) noexcept {
     if (std::string_view(webkit_permission_state_query_get_name(query)) != "notifications")
         return FALSE;
     const auto asking = textOf(webkit_permission_state_query_get_security_origin(query));
-    const auto shown = textOf(originOf(view).get());
+    const auto shown = textOf(originOf(self->shown_).get());
     const bool isSame = asking && shown && std::string_view(asking.get()) == shown.get();
     webkit_permission_state_query_finish(query, isSame ? WEBKIT_PERMISSION_STATE_GRANTED
                                                        : WEBKIT_PERMISSION_STATE_DENIED);

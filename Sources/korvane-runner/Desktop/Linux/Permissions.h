@@ -4,6 +4,7 @@
 #include "korvane-runner/Desktop/WebWindow.h"
 
 #include <array>
+#include <string>
 #include <webkit/webkit.h>
 
 namespace korvane::runner {
@@ -18,13 +19,16 @@ public:
     ~Permissions() = default;
 
 private:
+    static void onLoadChanged(WebKitWebView* view, WebKitLoadEvent event,
+                              Permissions* self) noexcept;
     static gboolean onRequest(WebKitWebView* view, WebKitPermissionRequest* request,
                               Permissions* self) noexcept;
     static gboolean onQuery(WebKitWebView* view, WebKitPermissionStateQuery* query,
                             Permissions* self) noexcept;
 
     WebWindowEvents& events_;
-    std::array<SignalHandler, 2> handlers_;
+    std::string shown_; ///< the address of the page that asks, and not of one that is on its way
+    std::array<SignalHandler, 3> handlers_;
 };
 
 } // namespace korvane::runner
