@@ -8,10 +8,12 @@ using ambrel::SoleProcess;
 
 DataClaim DataClaim::make(const ambrel::Path& folder, std::string_view message,
                           const std::function<bool()>& pause) {
-    if (!ambrel::fileSystem::isFolder(folder)) return {};
+    // A person may keep the data elsewhere, and a link itself can be claimed by nobody.
+    const auto place = ambrel::fileSystem::resolved(folder);
+    if (!place || !ambrel::fileSystem::isFolder(*place)) return {};
     do {
-        if (auto own = SoleProcess::claim(folder)) return {std::move(own), false};
-        if (SoleProcess::call(folder, message)) return {std::nullopt, true};
+        if (auto own = SoleProcess::claim(*place)) return {std::move(own), false};
+        if (SoleProcess::call(*place, message)) return {std::nullopt, true};
     } while (pause());
     return {};
 }

@@ -4,6 +4,8 @@
 #include "Support/Files.h"
 #include "Support/TempDir.h"
 
+#include <filesystem>
+
 using namespace ambrel;
 using namespace korvane::runner;
 using namespace korvane::test;
@@ -35,6 +37,18 @@ TEST_CASE("a folder of data is claimed at once, or left to the process that has 
     CHECK_FALSE(second.own);
     CHECK(second.isLeftToOther);
     CHECK(first.own->nextMessage() == "present");
+}
+
+TEST_CASE("a folder of data that is kept elsewhere, behind a link, is claimed there") {
+    const TempDir tmp;
+    const auto folder = dataFolder(tmp);
+    std::filesystem::create_symlink(folder, tmp / "link");
+
+    const auto first = DataClaim::make(tmp / "link", "present", never);
+    const auto second = DataClaim::make(folder, "present", never);
+
+    CHECK(first.own);
+    CHECK(second.isLeftToOther);
 }
 
 TEST_CASE("the end of a process that has stopped listening is waited for") {
