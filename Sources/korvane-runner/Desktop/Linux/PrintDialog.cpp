@@ -25,12 +25,15 @@ PrintDialog::~PrintDialog() {
 }
 
 void PrintDialog::print() {
+    cancelled_ = 0;
     open(GObjectPtr<WebKitPrintOperation>(webkit_print_operation_new(view_)));
 }
 
 gboolean PrintDialog::onPrint(WebKitWebView*, WebKitPrintOperation* operation,
                               PrintDialog* self) noexcept {
-    self->open(retained(operation));
+    // Dialogs without end would keep the person from the window and its cross.
+    constexpr int mostCancelled = 3;
+    if (self->cancelled_ < mostCancelled) self->open(retained(operation));
     return TRUE;
 }
 
@@ -57,6 +60,7 @@ void PrintDialog::close() {
 }
 
 void PrintDialog::onResponse(GtkDialog* dialog, int response, PrintDialog* self) noexcept {
+    self->cancelled_ = response == GTK_RESPONSE_OK ? 0 : self->cancelled_ + 1;
     if (response == GTK_RESPONSE_OK) {
         auto* chosen = GTK_PRINT_UNIX_DIALOG(dialog);
         const GObjectPtr<GtkPrintSettings> settings(gtk_print_unix_dialog_get_settings(chosen));

@@ -18,7 +18,8 @@ public:
     PrintDialog& operator=(const PrintDialog&) = delete;
     ~PrintDialog();
 
-    /// Without effect while the dialog is open.
+    /// For the person. Without effect while the dialog is open. What a page asks for has none
+    /// either once several dialogs in a row were cancelled.
     void print();
 
 private:
@@ -33,6 +34,7 @@ private:
     WebKitWebView* view_;
     GObjectPtr<WebKitPrintOperation> operation_; ///< what the open dialog is about
     GtkWindow* dialog_ = nullptr;
+    int cancelled_ = 0; ///< dialogs in a row
     std::optional<SignalHandler> response_;
     SignalHandler handler_;
 };
