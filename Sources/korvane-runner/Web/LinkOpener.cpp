@@ -8,7 +8,11 @@
 namespace korvane::runner {
 
 LinkOpener::LinkOpener(ambrel::SystemTools tools, ambrel::Environment environment)
-    : tools_(std::move(tools)), environment_(std::move(environment)) {}
+    : tools_(std::move(tools)), environment_(std::move(environment)) {
+    // These tell a desktop which start a window belongs to, and that one was this instance's own.
+    environment_.erase("DESKTOP_STARTUP_ID");
+    environment_.erase("XDG_ACTIVATION_TOKEN");
+}
 
 void LinkOpener::open(const std::string& url) noexcept {
     try {
