@@ -21,6 +21,9 @@ constexpr const char* dash = " — ";
 constexpr std::size_t longestTitle = 4096;
 /// The engine counts what a page does for that long after a click as the person's.
 constexpr std::chrono::seconds effectOfAClick{1};
+/// A page that goes on asking would keep its window behind questions, and from being closed.
+constexpr int mostRefusals = 3;
+constexpr std::chrono::minutes restAfterRefusals{1};
 
 Path logIn(const Path& home) {
     return home.empty() ? home : paths::join(home, InstanceLauncher::instanceLogName);
@@ -72,6 +75,8 @@ void WebAppDelegate::applicationDidFinishLaunching() {
 void WebAppDelegate::loadSite() {
     if (site_.empty()) {
         window_->setTitle(instance_.config.displayName + dash + "invalid URL");
+    } else if (destinationOf({.url = site_}) != Destination::view) {
+        loadFailed({.url = site_, .reason = "Addresses of this kind are for other programs."});
     } else {
         window_->load(site_);
     }
@@ -181,19 +186,33 @@ void WebAppDelegate::permissionWanted(Permission permission, const std::string& 
 }
 
 void WebAppDelegate::ask(const Question& question, std::function<void(bool)> answer) {
-    if (isAsking_ || hasEnded_) return answer(false);
+    if (isAsking_ || hasEnded_ || refusals_ >= mostRefusals) return answer(false);
     isAsking_ = true;
     // The window answers no when it goes, and it goes with this object.
     window_->ask(question.text, question.yes,
                  [weak = std::weak_ptr(self_), answer = std::move(answer)](bool isWanted) {
                      const auto self = weak.lock();
-                     if (self) (*self)->isAsking_ = false;
+                     if (self) (*self)->wasAnswered(isWanted);
                      answer(self && isWanted);
                  });
 }
 
+void WebAppDelegate::wasAnswered(bool isWanted) {
+    isAsking_ = false;
+    refusals_ = isWanted ? 0 : refusals_ + 1;
+    if (refusals_ < mostRefusals) return;
+    desktop_.loop().after(restAfterRefusals, [weak = std::weak_ptr(self_)] {
+        if (const auto self = weak.lock()) (*self)->refusals_ = 0;
+    });
+}
+
 Path WebAppDelegate::placeForDownload(const std::string& suggested) {
-    return downloads_.choose(suggested);
+    auto place = downloads_.choose(suggested);
+    if (place.empty()) {
+        banners_.post({"Download failed",
+                       DownloadPlace::safeName(suggested) + ": there is no folder for it"});
+    }
+    return place;
 }
 
 void WebAppDelegate::downloadEnded(const Download& download) {

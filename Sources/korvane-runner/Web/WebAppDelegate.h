@@ -65,7 +65,9 @@ private:
     void handOver(const std::string& url);
     void handOverIfWanted(const std::string& url);
     /// Asks the person, unless another question stands already: a page could cover the screen.
+    /// The answer is no for a while once a person has said so several times in a row.
     void ask(const Question& question, std::function<void(bool)> answer);
+    void wasAnswered(bool isWanted);
 
     ambrel::ResolvedInstance instance_;
     ambrel::UserPlaces user_;
@@ -80,6 +82,7 @@ private:
     std::string site_; ///< what is loaded first; empty where the configuration has no address
     bool showsFailure_ = false;
     bool isAsking_ = false;
+    int refusals_ = 0; ///< in a row
     bool hasJustHandedOver_ = false;
     bool hasEnded_ = false;
     std::shared_ptr<WebAppDelegate*> self_; ///< what questions and the loop hold weakly

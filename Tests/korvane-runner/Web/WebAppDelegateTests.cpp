@@ -341,6 +341,34 @@ TEST_CASE("camera, microphone and location are the person's to give") {
     CHECK(answers == Strings{"location 0", "camera 1"});
 }
 
+TEST_CASE("who has said no three times in a row is left alone for a while") {
+    Stage stage;
+    auto& asked = stage.desktop.window.asked;
+    const auto want = [&] {
+        stage.events().permissionWanted(Permission::location, "https://a.example", [](bool) {});
+    };
+
+    for (std::size_t i = 0; i < 5; ++i) {
+        want();
+        REQUIRE(asked.size() == i + 1);
+        stage.desktop.window.answer(i, i == 1); // the second with yes
+    }
+    want();
+    CHECK(asked.size() == 5);
+    stage.desktop.fakeLoop.letTimePass();
+    want();
+    CHECK(asked.size() == 6);
+}
+
+TEST_CASE("an address that is for another program is told on a page and not loaded") {
+    const Stage stage([](auto& config) { config.url = "ssh://host.example/"; });
+
+    CHECK(stage.window().loaded.empty());
+    REQUIRE(stage.window().pages.size() == 1);
+    CHECK(
+        contains(stage.window().pages[0].first, "Addresses of this kind are for other programs."));
+}
+
 TEST_CASE("a question that is open when the instance ends is answered with no") {
     Stage stage;
     std::optional<bool> answer;
