@@ -6,7 +6,7 @@ import os
 import unittest
 
 from Desktop import awaitCondition
-from WebInstances import WebTests, launcher, notifications
+from WebInstances import WebTests, launcher, notifications, wholeLines
 
 titles = 1000
 
@@ -69,8 +69,7 @@ class Everything(WebTests):
         expected = ["badge: cleared", banner, *counts, "notify: All titles — "]
 
         def lines():
-            with open(log, encoding="utf-8") as file:
-                return file.read().splitlines()
+            return wholeLines(log).splitlines()
         awaitCondition(lambda: len(lines()) >= visits * len(expected),
                        lambda: f"{len(lines())} lines")
         told = lines()[(visits - 1) * len(expected):]

@@ -180,7 +180,7 @@ class WebInstance:
 
     def log(self):
         file = self.home / "korvane-instance.log"
-        return file.read_text() if file.is_file() else ""
+        return wholeLines(file) if file.is_file() else ""
 
     def lines(self):
         return self.log().split("\n")[:-1]
@@ -251,6 +251,12 @@ class WebInstance:
 
     def _xdotool(self, *words):
         self._user.run("timeout", "20", "xdotool", *words)
+
+
+def wholeLines(file):
+    """What a file holds to which more is being written, which may stop amid a character."""
+    held = pathlib.Path(file).read_bytes()
+    return held[:held.rfind(b"\n") + 1].decode()
 
 
 def descendants(process):
