@@ -19,7 +19,6 @@ namespace korvane {
 using ambrel::InstanceConfig;
 using ambrel::InstanceRecord;
 using ambrel::ShortcutKind;
-using ambrel::StringMap;
 using ambrel::WrapperFactory;
 
 namespace {
