@@ -25,6 +25,7 @@ target_sources(Ambrel PRIVATE
     Platform/Linux/SessionLinks.cpp
     Platform/Linux/SignalWait.cpp
     Platform/Linux/Spawn.cpp
+    Platform/Linux/StartTokens.cpp
     Platform/Linux/Text.cpp
     Platform/Linux/TiffDecoder.cpp
     Platform/Linux/UserBaseFolders.cpp

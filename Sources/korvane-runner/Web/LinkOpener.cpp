@@ -2,6 +2,7 @@
 
 #include "Ambrel/Platform/DetachedProcess.h"
 #include "Ambrel/Platform/FileError.h"
+#include "Ambrel/Platform/StartTokens.h"
 
 #include <utility>
 
@@ -9,9 +10,7 @@ namespace korvane::runner {
 
 LinkOpener::LinkOpener(ambrel::SystemTools tools, ambrel::Environment environment)
     : tools_(std::move(tools)), environment_(std::move(environment)) {
-    // These tell a desktop which start a window belongs to, and that one was this instance's own.
-    environment_.erase("DESKTOP_STARTUP_ID");
-    environment_.erase("XDG_ACTIVATION_TOKEN");
+    ambrel::eraseStartTokens(environment_);
 }
 
 void LinkOpener::open(const std::string& url) noexcept {
