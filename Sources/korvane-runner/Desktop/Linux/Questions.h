@@ -2,7 +2,6 @@
 
 #include "korvane-runner/Desktop/Linux/GObjects.h"
 
-#include <deque>
 #include <functional>
 #include <gtk/gtk.h>
 #include <optional>
@@ -10,7 +9,7 @@
 
 namespace korvane::runner {
 
-/// Questions to the person before a window, one after another, while everything else goes on.
+/// Questions to the person before a window, one at a time, while everything else goes on.
 class Questions {
 public:
     /// `window` must outlive it.
@@ -20,24 +19,18 @@ public:
     /// Answers what is open with false.
     ~Questions();
 
-    /// `answer` is called once, with true when the person has chosen `yes`.
-    void ask(std::string question, std::string yes, std::function<void(bool)> answer);
+    /// `answer` is called once, with true when the person has chosen `yes`. Not to be called before
+    /// the question before this one was answered.
+    void ask(const std::string& question, const std::string& yes, std::function<void(bool)> answer);
 
 private:
-    struct Question {
-        std::string text;
-        std::string yes;
-        std::function<void(bool)> answer;
-    };
-
     static void onResponse(GtkDialog* dialog, int response, Questions* self) noexcept;
 
-    void showFirst();
-    void close();
+    void close(bool isYes);
 
     GtkWindow* window_;
-    std::deque<Question> open_; ///< the first of them is shown
-    GtkWindow* dialog_ = nullptr;
+    GtkWindow* dialog_ = nullptr; ///< while a question is open
+    std::function<void(bool)> answer_;
     std::optional<SignalHandler> handler_;
 };
 
