@@ -63,6 +63,11 @@ public:
     virtual void permissionWanted(Permission permission, const std::string& origin,
                                   std::function<void(bool)> answer) = 0;
 
+    /// Whether a page may put up the dialog for printing. printAnswered() follows when it may, and
+    /// the window stays.
+    virtual bool printWanted() = 0;
+    virtual void printAnswered(bool isPrinted) = 0;
+
     /// The absolute path for a file that the site calls `suggested`, where nothing lies. Empty
     /// where it can lie nowhere.
     virtual ambrel::Path placeForDownload(const std::string& suggested) = 0;
@@ -101,7 +106,7 @@ public:
     virtual void showPage(const std::string& html, const std::string& url) = 0;
 
     /// Asks the person a question that can be answered with `yes` or with "Cancel"; `answer` gets
-    /// false when the window goes before.
+    /// false when the window goes before. One at a time: the next when this one was answered.
     virtual void ask(const std::string& question, const std::string& yes,
                      std::function<void(bool)> answer) = 0;
 

@@ -186,8 +186,7 @@ void WebAppDelegate::permissionWanted(Permission permission, const std::string& 
 }
 
 void WebAppDelegate::ask(const Question& question, std::function<void(bool)> answer) {
-    if (isAsking_ || hasEnded_ || refusals_ >= mostRefusals) return answer(false);
-    isAsking_ = true;
+    if (!beginAsking()) return answer(false);
     // The window answers no when it goes, and it goes with this object.
     window_->ask(question.text, question.yes,
                  [weak = std::weak_ptr(self_), answer = std::move(answer)](bool isWanted) {
@@ -195,6 +194,16 @@ void WebAppDelegate::ask(const Question& question, std::function<void(bool)> ans
                      if (self) (*self)->wasAnswered(isWanted);
                      answer(self && isWanted);
                  });
+}
+
+bool WebAppDelegate::printWanted() { return beginAsking(); }
+
+void WebAppDelegate::printAnswered(bool isPrinted) { wasAnswered(isPrinted); }
+
+bool WebAppDelegate::beginAsking() {
+    if (isAsking_ || hasEnded_ || refusals_ >= mostRefusals) return false;
+    isAsking_ = true;
+    return true;
 }
 
 void WebAppDelegate::wasAnswered(bool isWanted) {

@@ -46,6 +46,8 @@ public:
     bool navigationWanted(const NavigationRequest& request) override;
     void permissionWanted(Permission permission, const std::string& origin,
                           std::function<void(bool)> answer) override;
+    bool printWanted() override;
+    void printAnswered(bool isPrinted) override;
     ambrel::Path placeForDownload(const std::string& suggested) override;
     void downloadEnded(const Download& download) override;
     void closed() override;
@@ -67,6 +69,7 @@ private:
     /// Asks the person, unless another question stands already: a page could cover the screen.
     /// The answer is no for a while once a person has said so several times in a row.
     void ask(const Question& question, std::function<void(bool)> answer);
+    bool beginAsking();
     void wasAnswered(bool isWanted);
 
     ambrel::ResolvedInstance instance_;

@@ -360,6 +360,29 @@ TEST_CASE("who has said no three times in a row is left alone for a while") {
     CHECK(asked.size() == 6);
 }
 
+TEST_CASE("dialogs for printing count among the questions that a person is asked") {
+    Stage stage;
+    auto& asked = stage.desktop.window.asked;
+    const auto want = [&] {
+        stage.events().permissionWanted(Permission::location, "https://a.example", [](bool) {});
+    };
+
+    REQUIRE(stage.events().printWanted());
+    CHECK_FALSE(stage.events().printWanted());
+    want();
+    CHECK(asked.empty());
+    stage.events().printAnswered(true);
+    for (int i = 0; i < 3; ++i) {
+        REQUIRE(stage.events().printWanted());
+        stage.events().printAnswered(false);
+    }
+    CHECK_FALSE(stage.events().printWanted());
+    want();
+    CHECK(asked.empty());
+    stage.desktop.fakeLoop.letTimePass();
+    CHECK(stage.events().printWanted());
+}
+
 TEST_CASE("an address that is for another program is told on a page and not loaded") {
     const Stage stage([](auto& config) { config.url = "ssh://host.example/"; });
 

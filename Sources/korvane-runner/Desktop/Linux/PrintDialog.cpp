@@ -17,28 +17,28 @@ void proposeFolder(GtkPrintUnixDialog* dialog) {
 
 } // namespace
 
-PrintDialog::PrintDialog(GtkWindow* window, WebKitWebView* view)
-    : window_(window), view_(view), handler_(view, "print", onPrint, this) {}
+PrintDialog::PrintDialog(GtkWindow* window, WebKitWebView* view, WebWindowEvents& events)
+    : window_(window), view_(view), events_(events), handler_(view, "print", onPrint, this) {}
 
 PrintDialog::~PrintDialog() {
     if (dialog_) close();
 }
 
 void PrintDialog::print() {
-    cancelled_ = 0;
+    if (dialog_) return;
+    isOfThePage_ = false;
     open(GObjectPtr<WebKitPrintOperation>(webkit_print_operation_new(view_)));
 }
 
 gboolean PrintDialog::onPrint(WebKitWebView*, WebKitPrintOperation* operation,
                               PrintDialog* self) noexcept {
-    // Dialogs without end would keep the person from the window and its cross.
-    constexpr int mostCancelled = 3;
-    if (self->cancelled_ < mostCancelled) self->open(retained(operation));
+    if (self->dialog_ || !self->events_.printWanted()) return TRUE;
+    self->isOfThePage_ = true;
+    self->open(retained(operation));
     return TRUE;
 }
 
 void PrintDialog::open(GObjectPtr<WebKitPrintOperation> operation) {
-    if (dialog_) return; // a page can ask for it again and again
     operation_ = std::move(operation);
     dialog_ = GTK_WINDOW(gtk_print_unix_dialog_new("Print", window_));
     gtk_window_set_modal(dialog_, TRUE);
@@ -60,8 +60,8 @@ void PrintDialog::close() {
 }
 
 void PrintDialog::onResponse(GtkDialog* dialog, int response, PrintDialog* self) noexcept {
-    self->cancelled_ = response == GTK_RESPONSE_OK ? 0 : self->cancelled_ + 1;
-    if (response == GTK_RESPONSE_OK) {
+    const bool isPrinted = response == GTK_RESPONSE_OK;
+    if (isPrinted) {
         auto* chosen = GTK_PRINT_UNIX_DIALOG(dialog);
         const GObjectPtr<GtkPrintSettings> settings(gtk_print_unix_dialog_get_settings(chosen));
         webkit_print_operation_set_print_settings(self->operation_.get(), settings.get());
@@ -70,6 +70,7 @@ void PrintDialog::onResponse(GtkDialog* dialog, int response, PrintDialog* self)
         webkit_print_operation_print(self->operation_.get());
     }
     self->close();
+    if (self->isOfThePage_) self->events_.printAnswered(isPrinted);
 }
 
 } // namespace korvane::runner

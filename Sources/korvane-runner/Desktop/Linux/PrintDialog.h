@@ -1,6 +1,7 @@
 #pragma once
 
 #include "korvane-runner/Desktop/Linux/GObjects.h"
+#include "korvane-runner/Desktop/WebWindow.h"
 
 #include <optional>
 #include <webkit/webkit.h>
@@ -12,14 +13,13 @@ namespace korvane::runner {
 /// end of the program's.
 class PrintDialog {
 public:
-    /// Both must outlive it.
-    PrintDialog(GtkWindow* window, WebKitWebView* view);
+    /// All must outlive it.
+    PrintDialog(GtkWindow* window, WebKitWebView* view, WebWindowEvents& events);
     PrintDialog(const PrintDialog&) = delete;
     PrintDialog& operator=(const PrintDialog&) = delete;
     ~PrintDialog();
 
-    /// For the person. Without effect while the dialog is open. What a page asks for has none
-    /// either once several dialogs in a row were cancelled.
+    /// For the person. Without effect while the dialog is open.
     void print();
 
 private:
@@ -32,9 +32,10 @@ private:
 
     GtkWindow* window_;
     WebKitWebView* view_;
+    WebWindowEvents& events_;
     GObjectPtr<WebKitPrintOperation> operation_; ///< what the open dialog is about
     GtkWindow* dialog_ = nullptr;
-    int cancelled_ = 0; ///< dialogs in a row
+    bool isOfThePage_ = false; ///< what is open, and not of the person
     std::optional<SignalHandler> response_;
     SignalHandler handler_;
 };

@@ -30,7 +30,7 @@ WebKitWindow::WebKitWindow(const WebWindowSetup& setup, const ambrel::Path& icon
       content_(makeContent(window_.get(), page_.view())),
       loads_(page_.view(), page_.content(), events), steps_(page_.view(), loads_, events),
       messages_(page_.content(), setup, loads_, events), downloads_(page_.session(), events),
-      permissions_(page_.view(), events), print_(window_.get(), page_.view()),
+      permissions_(page_.view(), events), print_(window_.get(), page_.view(), events),
       keys_({window_.get(), content_, page_.view(), loads_, print_}),
       spelling_(window_.get(), page_.view()), place_(window_.get(), setup.frame),
       questions_(window_.get()), handlers_{SignalHandler(window_.get(), "map", onMap, this),
