@@ -14,6 +14,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/FindBar.cpp
     Desktop/Linux/GLibLoop.cpp
     Desktop/Linux/GVariants.cpp
+    Desktop/Linux/GioDesktop.cpp
     Desktop/Linux/HomeFolders.cpp
     Desktop/Linux/JscValue.cpp
     Desktop/Linux/LauncherBadge.cpp
@@ -28,6 +29,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/Questions.cpp
     Desktop/Linux/SessionBus.cpp
     Desktop/Linux/SpellChecking.cpp
+    Desktop/Linux/StatusNotifierArea.cpp
     Desktop/Linux/Toolkit.cpp
     Desktop/Linux/UserScripts.cpp
     Desktop/Linux/WebKitDesktop.cpp
@@ -35,6 +37,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/WindowKeys.cpp
     Desktop/Linux/WindowPlace.cpp
     Desktop/Linux/X11Position.cpp
+    Desktop/Linux/X11Windows.cpp
     Desktop/Linux/Zoom.cpp
 )
 target_link_libraries(KorvaneDesktop PUBLIC Ambrel)

@@ -17,6 +17,9 @@ public:
         const char* interface;
         const char* name;
     };
+    /// How long a desktop that is about to end waits in flush().
+    static constexpr std::chrono::milliseconds moment{500};
+
     /// Gets the answer to a call, for as long as it runs; null when there is none.
     using Answered = std::function<void(GVariant* answer)>;
 

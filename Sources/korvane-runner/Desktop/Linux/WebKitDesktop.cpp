@@ -35,7 +35,7 @@ std::unique_ptr<WebDesktop> WebDesktop::open(DesktopIdentity identity) {
 
 WebKitDesktop::WebKitDesktop(DesktopIdentity identity, EngineSandbox sandbox)
     : identity_(std::move(identity)), sandbox_(std::move(sandbox)),
-      banners_(identity_, bus_, loop_), badge_(identity_.id, bus_) {}
+      banners_(identity_, bus_, loop_), badge_(identity_.id, bus_), statusArea_(bus_, loop_) {}
 
 std::unique_ptr<WebWindow> WebKitDesktop::openWindow(const WebWindowSetup& setup,
                                                      WebWindowEvents& events) {
@@ -44,9 +44,6 @@ std::unique_ptr<WebWindow> WebKitDesktop::openWindow(const WebWindowSetup& setup
     return std::make_unique<WebKitWindow>(setup, identity_.icon, events);
 }
 
-void WebKitDesktop::flush() {
-    constexpr std::chrono::milliseconds moment(500);
-    bus_.flush(moment);
-}
+void WebKitDesktop::flush() { bus_.flush(SessionBus::moment); }
 
 } // namespace korvane::runner

@@ -5,6 +5,9 @@
 #include "korvane-runner/Desktop/Linux/LauncherBadge.h"
 #include "korvane-runner/Desktop/Linux/NotificationBanners.h"
 #include "korvane-runner/Desktop/Linux/SessionBus.h"
+#include "korvane-runner/Desktop/Linux/StatusNotifierArea.h"
+#include "korvane-runner/Desktop/Linux/X11Windows.h"
+#include "korvane-runner/Desktop/WebDesktop.h"
 
 namespace korvane::runner {
 
@@ -14,6 +17,8 @@ public:
     WebKitDesktop(DesktopIdentity identity, EngineSandbox sandbox);
 
     AppLoop& loop() override { return loop_; }
+    StatusArea& statusArea() override { return statusArea_; }
+    ProgramWindows& windows() override { return windows_; }
     Banners& banners() override { return banners_; }
     IconBadge& badge() override { return badge_; }
     std::unique_ptr<WebWindow> openWindow(const WebWindowSetup& setup,
@@ -27,6 +32,8 @@ private:
     SessionBus bus_;
     NotificationBanners banners_;
     LauncherBadge badge_;
+    StatusNotifierArea statusArea_;
+    X11Windows windows_;
 };
 
 } // namespace korvane::runner

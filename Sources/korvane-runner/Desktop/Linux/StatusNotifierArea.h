@@ -1,0 +1,22 @@
+#pragma once
+
+#include "korvane-runner/Desktop/AppLoop.h"
+#include "korvane-runner/Desktop/Linux/SessionBus.h"
+#include "korvane-runner/Desktop/StatusArea.h"
+
+namespace korvane::runner {
+
+/// The panels that show the items of the StatusNotifierItem protocol. TODO(port): shows nothing.
+class StatusNotifierArea final : public StatusArea {
+public:
+    /// `bus` and `loop` must outlive this and its items.
+    StatusNotifierArea(SessionBus& bus, AppLoop& loop) : bus_(bus), loop_(loop) {}
+
+    std::unique_ptr<StatusItem> show(StatusItemSetup setup) override;
+
+private:
+    [[maybe_unused]] SessionBus& bus_;
+    [[maybe_unused]] AppLoop& loop_;
+};
+
+} // namespace korvane::runner
