@@ -1,6 +1,7 @@
 #include "Ambrel/Instance/InstanceConfig.h"
 
 #include "Ambrel/Base/Utf8.h"
+#include "ConfigTexts.h"
 #include "Support/Builders.h"
 #include "Support/Expect.h"
 
@@ -12,22 +13,8 @@ using nlohmann::json;
 
 namespace {
 
-/// The smallest valid file with `more` (members, each with a comma in front) added.
-std::string smallestJson(const std::string& more = {}) {
-    return R"({"displayName":"Mail","bundleId":"b","instanceHome":"/h")" + more + "}";
-}
-
 DecodingError decodingErrorOf(const std::string& text) {
     return expectThrow<DecodingError>([&] { InstanceConfig::decode(text); });
-}
-
-std::string nested(std::size_t depth, const std::string& open, const std::string& inside,
-                   const std::string& close) {
-    std::string text;
-    for (std::size_t level = 0; level < depth; ++level) text += open;
-    text += inside;
-    for (std::size_t level = 0; level < depth; ++level) text += close;
-    return text;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "Ambrel/Instance/InstanceConfig.h"
 
 #include "Ambrel/Base/Utf8.h"
+#include "ConfigTexts.h"
 #include "Support/Builders.h"
 #include "Support/Expect.h"
 
@@ -11,11 +12,6 @@ using namespace korvane::test;
 using nlohmann::json;
 
 namespace {
-
-/// The smallest valid file with `more` (members, each with a comma in front) added.
-std::string smallestJson(const std::string& more = {}) {
-    return R"({"displayName":"Mail","bundleId":"b","instanceHome":"/h")" + more + "}";
-}
 
 void checkSame(const InstanceConfig& left, const InstanceConfig& right) {
     CHECK(left.displayName == right.displayName);
@@ -38,15 +34,6 @@ void checkSame(const InstanceConfig& left, const InstanceConfig& right) {
     CHECK(left.commandPath == right.commandPath);
     CHECK(left.commandArgs == right.commandArgs);
     CHECK(left.workingDirectory == right.workingDirectory);
-}
-
-std::string nested(std::size_t depth, const std::string& open, const std::string& inside,
-                   const std::string& close) {
-    std::string text;
-    for (std::size_t level = 0; level < depth; ++level) text += open;
-    text += inside;
-    for (std::size_t level = 0; level < depth; ++level) text += close;
-    return text;
 }
 
 } // namespace
