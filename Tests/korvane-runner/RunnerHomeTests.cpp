@@ -29,10 +29,8 @@ TEST_CASE("an application instance runs isolated from the user's own data") {
 
 TEST_CASE("a home that has gone is prepared again by the wrapper itself") {
     const Wrapper wrapper;
-    auto config = smallestConfig();
-    config.instanceHome = wrapper.user / "KorvaneInstances/One";
-    config.targetAppPath =
-        AppBundleBuilder(wrapper.tmp / "T.app").executable("run", "test -d \"$2\"").write();
+    auto config =
+        applicationConfig(wrapper, wrapper.user / "KorvaneInstances/One", "test -d \"$2\"");
     config.extraArgs = {"-profile", "{{instanceHome}}/Profile"};
     config.environment = {{"TMPDIR", "{{instanceHome}}/tmp"}};
     wrapper.configure(config);
@@ -84,11 +82,7 @@ TEST_CASE("a start that is refused prepares nothing") {
 TEST_CASE("HOME alone does not move what the runner links to") {
     const Wrapper wrapper;
     makeFolder(wrapper.tmp / "decoy/Documents");
-    auto config = smallestConfig();
-    config.instanceHome = wrapper.tmp / "h";
-    config.targetAppPath =
-        AppBundleBuilder(wrapper.tmp / "T.app").executable("run", "exit 0").write();
-    wrapper.configure(config);
+    wrapper.configure(applicationConfig(wrapper, wrapper.tmp / "h", "exit 0"));
 
     const auto result =
         run({.command = {wrapper.runner}, .environment = {{"HOME", wrapper.tmp / "decoy"}}});

@@ -145,11 +145,7 @@ TEST_CASE("a command that cannot be started fails with its path and the system's
 TEST_CASE("an instance home that cannot be made is a failure of an application only") {
     const Wrapper wrapper;
     writeFile(wrapper.tmp / "file");
-    auto config = smallestConfig();
-    config.instanceHome = wrapper.tmp / "file/h";
-    config.targetAppPath =
-        AppBundleBuilder(wrapper.tmp / "T.app").executable("run", "exit 0").write();
-    wrapper.configure(config);
+    wrapper.configure(applicationConfig(wrapper, wrapper.tmp / "file/h", "exit 0"));
     const auto result = wrapper.open();
     CHECK(result.status == 1);
     CHECK(beginsWith(result.error, failed + "Cannot create the folder " + (wrapper.tmp / "file")));
@@ -224,12 +220,8 @@ TEST_CASE("the runner reads no arguments and writes nothing to standard output")
 TEST_CASE("the runner of an application hands over what it is to open behind its own arguments") {
     const Wrapper wrapper;
     const auto seen = wrapper.tmp / "seen";
-    auto config = smallestConfig();
-    config.instanceHome = wrapper.tmp / "h";
-    config.targetAppPath =
-        AppBundleBuilder(wrapper.tmp / "T.app")
-            .executable("run", "printf '%s\\0' \"$@\" > " + quoted(seen) + "; exit 6")
-            .write();
+    auto config = applicationConfig(wrapper, wrapper.tmp / "h",
+                                    "printf '%s\\0' \"$@\" > " + quoted(seen) + "; exit 6");
     config.extraArgs = {"--own", "/of its own"};
     wrapper.configure(config);
     const auto here = makeFolder(wrapper.tmp / "here");
@@ -338,11 +330,7 @@ TEST_CASE("a missing property-list library is a launch error that names it") {
     const auto library = std::filesystem::canonical(KORVANE_TEST_PLIST).string();
     const auto empty = writeFile(wrapper.tmp / "empty");
     const auto hide = "mount --bind " + quoted(empty) + " " + quoted(library);
-    auto config = smallestConfig();
-    config.instanceHome = wrapper.tmp / "h";
-    config.targetAppPath =
-        AppBundleBuilder(wrapper.tmp / "T.app").executable("run", "exit 0").write();
-    wrapper.configure(config);
+    wrapper.configure(applicationConfig(wrapper, wrapper.tmp / "h", "exit 0"));
     REQUIRE(wrapper.open().status == 0);
 
     const auto result = run(commandInMountNamespace(hide, {wrapper.runner}));

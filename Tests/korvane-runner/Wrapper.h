@@ -37,4 +37,14 @@ inline ambrel::InstanceConfig shell(const Path& home, const std::string& script)
     return commandConfig(home, "/bin/sh", {"-c", script});
 }
 
+/// An application beside the wrapper whose program is a script.
+inline ambrel::InstanceConfig applicationConfig(const Wrapper& wrapper, const Path& home,
+                                                const std::string& script) {
+    auto config = smallestConfig();
+    config.instanceHome = home;
+    config.targetAppPath =
+        AppBundleBuilder(wrapper.tmp / "T.app").executable("run", script).write();
+    return config;
+}
+
 } // namespace korvane::test
