@@ -10,7 +10,7 @@ import unittest
 
 from Desktop import ancestorsOf, awaitCondition
 from WebInstances import WebTests, descendants, sandboxWorks
-from WebSite import Port, Site, selfSignedCertificate
+from WebSite import Site, selfSignedCertificate
 
 failed = "runner: failed to launch instance — "
 
@@ -77,11 +77,7 @@ class PlainPages(WebTests):
         self.assertEqual(instance.log(), "")
 
     def test_a_server_that_says_nothing_leaves_a_page(self):
-        port = Port()
-        self.addCleanup(port.close)
-        instance = self.instance(f"http://127.0.0.1:{port.number}/")
-        instance.start()
-        awaitCondition(lambda: port.heard, lambda: "nobody connects")
+        _, instance = self.startedAtPort("http://127.0.0.1:{}/")
         instance.window()
 
         instance.awaitPicture()

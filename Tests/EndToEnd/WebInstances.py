@@ -17,7 +17,7 @@ import unittest
 from BusMonitor import BusMonitor
 from Desktop import Desktop, awaitCondition
 from EndToEnd import User
-from WebSite import Site
+from WebSite import Port, Site
 
 notifications = "org.freedesktop.Notifications"
 launcher = "com.canonical.Unity.LauncherEntry"
@@ -73,6 +73,18 @@ class WebTests(unittest.TestCase):
         instance.start()
         self.site.awaitRequests(path, instance, number)
         return instance
+
+    def startedAtPort(self, address):
+        """A port that never answers, and an instance that has connected to it.
+
+        The number of the port goes into the address where {} stands.
+        """
+        port = Port()
+        self.addCleanup(port.close)
+        instance = self.instance(address.format(port.number))
+        instance.start()
+        awaitCondition(lambda: port.heard, lambda: "nobody connects")
+        return port, instance
 
 
 @functools.cache

@@ -5,17 +5,13 @@ import unittest
 
 from Desktop import awaitCondition
 from WebInstances import WebTests, pressAnywhere
-from WebSite import Answer, Port, htmlPage
+from WebSite import Answer, htmlPage
 
 
 class Addresses(WebTests):
     def test_a_bare_host_is_asked_over_TLS_and_never_without(self):
-        port = Port()
-        self.addCleanup(port.close)
-        instance = self.instance(f" 127.0.0.1:{port.number}/path\n")
-        instance.start()
+        port, instance = self.startedAtPort(" 127.0.0.1:{}/path\n")
 
-        awaitCondition(lambda: port.heard, lambda: "nobody connects")
         instance.window()
         instance.end()
         # The first byte of a TLS record that begins a connection.
