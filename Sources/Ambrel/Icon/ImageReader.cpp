@@ -1,6 +1,7 @@
 #include "Ambrel/Icon/ImageReader.h"
 
 #include "Ambrel/Formats/WindowsIcon.h"
+#include "Ambrel/Graphics/PictureChoice.h"
 #include "Ambrel/Platform/Images.h"
 
 #include <algorithm>
@@ -33,15 +34,28 @@ std::vector<Image> imagesInOtherFile(std::string_view file) {
     return isWindowsIcon(file) ? imagesInWindowsIcon(file) : images::decode(file);
 }
 
-/// Tries the widest first, by what the headers say.
-std::optional<Image> widestInAppleIcon(std::vector<icns::Picture> pictures) {
-    std::stable_sort(pictures.begin(), pictures.end(),
-                     [](const auto& left, const auto& right) { return left.width > right.width; });
+/// The first that decodes when they are tried in the order that `isBefore` says, by the headers.
+template <class Order>
+std::optional<Image> firstInAppleIcon(std::string_view file, const Order& isBefore) {
+    auto pictures = icns::pictures(file);
+    std::ranges::stable_sort(pictures, isBefore);
     for (const auto& picture : pictures) {
         auto image = icns::decode(picture, decodePayload);
         if (image) return image;
     }
     return std::nullopt;
+}
+
+/// The first of the best.
+template <class Order>
+std::optional<Image> bestInOtherFile(std::string_view file, const Order& isBefore) {
+    auto images = imagesInOtherFile(file);
+    const auto best = std::ranges::min_element(images, isBefore);
+    return best == images.end() ? std::nullopt : std::optional(std::move(*best));
+}
+
+template <class Order> std::optional<Image> bestImageIn(std::string_view file, const Order& order) {
+    return file.starts_with("icns") ? firstInAppleIcon(file, order) : bestInOtherFile(file, order);
 }
 
 } // namespace
@@ -56,14 +70,14 @@ std::vector<Image> imagesIn(std::string_view file) {
 }
 
 std::optional<Image> widestImageIn(std::string_view file) {
-    if (file.starts_with("icns")) return widestInAppleIcon(icns::pictures(file));
-    auto images = imagesInOtherFile(file);
-    // Of equal elements the first is the greatest.
-    const auto widest =
-        std::max_element(images.begin(), images.end(), [](const auto& left, const auto& right) {
-            return left.width < right.width;
-        });
-    return widest == images.end() ? std::nullopt : std::optional(std::move(*widest));
+    return bestImageIn(
+        file, [](const auto& picture, const auto& than) { return picture.width > than.width; });
+}
+
+std::optional<Image> sufficientImageIn(std::string_view file, std::uint32_t side) {
+    return bestImageIn(file, [side](const auto& picture, const auto& than) {
+        return suitsBetter(picture, than, side);
+    });
 }
 
 } // namespace ambrel

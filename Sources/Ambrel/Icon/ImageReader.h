@@ -19,4 +19,8 @@ std::optional<Image> decodePayload(icns::Payload payload, std::string_view bytes
 /// The widest of them, the first among equals; decodes no more of an Apple icon than it must.
 std::optional<Image> widestImageIn(std::string_view file);
 
+/// The smallest of them with at least `side` pixels in both directions, else the largest; decodes
+/// no more of an Apple icon than it must.
+std::optional<Image> sufficientImageIn(std::string_view file, std::uint32_t side);
+
 } // namespace ambrel

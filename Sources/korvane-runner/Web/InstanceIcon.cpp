@@ -1,6 +1,7 @@
 #include "korvane-runner/Web/InstanceIcon.h"
 
 #include "Ambrel/Formats/Icns.h"
+#include "Ambrel/Graphics/PictureChoice.h"
 #include "Ambrel/Platform/FileSystem.h"
 
 namespace korvane::runner {
@@ -10,12 +11,6 @@ namespace {
 using namespace ambrel;
 
 constexpr std::uint32_t suitableSide = 128;
-
-bool isBetter(const icns::Picture& picture, const icns::Picture& than) {
-    const bool isEnough = picture.width >= suitableSide;
-    if (isEnough != (than.width >= suitableSide)) return isEnough;
-    return isEnough ? picture.width < than.width : picture.width > than.width;
-}
 
 bool holdsAlready(const Path& file, const std::string& bytes) {
     return fileSystem::exists(file) && fileSystem::read(file) == bytes;
@@ -28,7 +23,7 @@ std::optional<std::string> bannerPicture(std::string_view icns) {
     const auto pictures = icns::pictures(icns);
     for (const auto& picture : pictures) {
         if (picture.payload != icns::Payload::png) continue;
-        if (best == nullptr || isBetter(picture, *best)) best = &picture;
+        if (best == nullptr || suitsBetter(picture, *best, suitableSide)) best = &picture;
     }
     return best == nullptr ? std::nullopt : std::optional(std::string(best->bytes));
 }
