@@ -3,6 +3,7 @@
 #include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Launch/ProgramProcesses.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
@@ -24,20 +25,6 @@ using ambrel::UserPlaces;
 namespace folders = ambrel::folders;
 
 namespace {
-
-/// Whether the program is the runner of some instance, wherever that lies.
-bool isRunner(const ProcessSeen& process) {
-    if (!process.executable) return false;
-    const auto& program = process.executable->path;
-    const auto folder = ambrel::paths::deletingLastComponent(program);
-    if (ambrel::paths::lastComponent(program) != ambrel::BundleLayout::runnerFileName ||
-        !folder.ends_with("/Contents/MacOS")) {
-        return false;
-    }
-    // An application may have a program of that name.
-    return process.executable->isRemoved ||
-           ambrel::fileSystem::exists(ambrel::BundleLayout::instanceJsonForExecutable(program));
-}
 
 /// Whether the file is the log of some instance, to judge by its name.
 bool isAnyLog(const std::optional<HeldFile>& file) {
@@ -117,7 +104,7 @@ std::optional<std::size_t> Running::runnerAbove(const Known& known) const {
     std::set<int> passed;
     for (const auto* at = &known; at != nullptr && passed.insert(at->process.id).second;
          at = find(at->process.parent)) {
-        if (isRunner(at->process)) return static_cast<std::size_t>(at - processes_.data());
+        if (ambrel::isRunner(at->process)) return static_cast<std::size_t>(at - processes_.data());
     }
     return std::nullopt;
 }

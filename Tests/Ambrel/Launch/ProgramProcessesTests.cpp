@@ -1,0 +1,83 @@
+#include "Ambrel/Launch/ProgramProcesses.h"
+
+#include "Support/Builders.h"
+#include "Support/Environment.h"
+#include "Support/Expect.h"
+#include "Support/Waiting.h"
+
+#include <unistd.h>
+
+namespace korvane::test {
+
+using ambrel::InstanceConfig;
+using ambrel::processesOf;
+using ambrel::ResolvedInstance;
+
+namespace {
+
+/// A user with an instance whose home is not the user's.
+struct Scene {
+    Scene() : user(tmp) { makeFolder(home); }
+
+    std::set<int> of(const Waiting& program) const {
+        return processesOf(program.id(),
+                           ResolvedInstance::of(commandConfig(home, "/bin/sh"), user.places()),
+                           user.places());
+    }
+
+    TempDir tmp;
+    UserHome user;
+    Path home = tmp / "home";
+};
+
+} // namespace
+
+TEST_CASE("to a program belong what descends from it and what it left with the instance's home") {
+    Scene scene;
+    const auto pids = scene.tmp / "pids";
+    // The first goes on below the program, the second below nobody.
+    const Waiting program({{"HOME", scene.home}}, "(sleep 1000 & echo $! >" + quoted(pids) +
+                                                      "; wait) & (sleep 1000 & echo $! >" +
+                                                      quoted(pids + "2") + "); while [ ! -s " +
+                                                      quoted(pids) + " ]; do :; done");
+    const int below = std::stoi(readFile(pids));
+    const int left = std::stoi(readFile(pids + "2"));
+
+    const auto found = scene.of(program);
+
+    CHECK(found.contains(program.id()));
+    CHECK(found.contains(below));
+    CHECK(found.contains(left));
+    CHECK_FALSE(found.contains(::getpid()));
+    ::kill(below, SIGKILL);
+    ::kill(left, SIGKILL);
+}
+
+TEST_CASE("another program is not the instance's by its home when that is the user's too") {
+    Scene scene;
+    const Waiting program({{"HOME", scene.user.path()}});
+    const Waiting other({{"HOME", scene.user.path()}});
+    const Waiting stranger({{"HOME", scene.home}});
+    scene.home = scene.user.path();
+
+    CHECK(scene.of(program) == std::set{program.id()});
+}
+
+TEST_CASE("what another instance's runner started is not the program's, whatever its home says") {
+    Scene scene;
+    const auto runner = scene.tmp / "Other.app/Contents/MacOS/runner";
+    copyProgram("/bin/sleep", runner);
+    writeFile(scene.tmp / "Other.app/Contents/Resources/instance.json", "{}");
+    const auto pid = scene.tmp / "pid";
+    const Waiting program({{"HOME", scene.home}},
+                          quoted(runner) + " 1000 & echo $! >" + quoted(pid) +
+                              "; while [ \"$(readlink /proc/$!/exe)\" != " + quoted(runner) +
+                              " ]; do :; done");
+    const int others = std::stoi(readFile(pid));
+
+    CHECK_FALSE(scene.of(program).contains(others));
+    CHECK(scene.of(program).contains(program.id()));
+    ::kill(others, SIGKILL);
+}
+
+} // namespace korvane::test
