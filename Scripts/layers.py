@@ -17,7 +17,7 @@ ROOMS = {
                "Wrapper", "Launch", "Web"],
     "Manager": ["Base", "Files", "Rules", "Programs", "Desktop", "Operations"],
     "korvane": ["Output", "CommandLine", "Verbs", "Documents", ""],
-    "korvane-runner": ["Desktop", "Web", ""],
+    "korvane-runner": ["Desktop", "StatusItem", "Web", ""],
 }
 
 # The floors below each floor.

@@ -6,6 +6,7 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/MainBundle.h"
 #include "korvane-runner/Hosts.h"
+#include "korvane-runner/MenuBarHost.h"
 #include "korvane-runner/WaitingHost.h"
 #include "korvane-runner/Web/WebHost.h"
 
@@ -22,9 +23,13 @@ using namespace korvane::runner;
 constexpr int failureStatus = 1;
 
 /// One line on standard error, in one write, so that lines of several runners do not mix.
-int fail(const std::string& message) {
+void tell(const std::string& message) {
     const auto line = "runner: " + message + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr); // standard error has no buffer
+}
+
+int fail(const std::string& message) {
+    tell(message);
     return failureStatus;
 }
 
@@ -45,11 +50,23 @@ std::vector<std::string> openedBy(const InstanceConfig& config, const Arguments&
     return openedItems(arguments.count, arguments.words);
 }
 
-int hostProgram(const ResolvedInstance& instance, const UserPlaces& user,
-                const std::vector<std::string>& opened, const SignalHold& signals) {
+ChildProcess launchProgram(const ResolvedInstance& instance, const UserPlaces& user,
+                           const std::vector<std::string>& opened) {
     prepareHome(instance, user);
-    auto program = InstanceLauncher::launch(instance, user, processEnvironment(), {}, opened);
-    return WaitingHost::run(program, signals);
+    return InstanceLauncher::launch(instance, user, processEnvironment(), {}, opened);
+}
+
+/// A program that runs is not to suffer from what is only beside it.
+int hostWithItem(const ResolvedInstance& instance, const UserPlaces& user, const Path& icon,
+                 ChildProcess& program, const SignalHold& signals) {
+    const bool isApp = instance.config.kind == ShortcutKind::app;
+    const StatusIconFiles icons{.own = icon, .app = isApp ? instance.config.targetAppPath : Path()};
+    try {
+        return MenuBarHost::run(instance, user, icons, program, signals, Desktop::open);
+    } catch (const std::exception& error) {
+        tell(std::string("cannot show the status item — ") + error.what());
+        return WaitingHost::run(program, signals);
+    }
 }
 
 /// Runs the instance of the wrapper with this executable to its end and returns its status.
@@ -58,16 +75,15 @@ int host(InstanceConfig config, const Path& executable, const Arguments& argumen
     const auto opened = openedBy(config, arguments);
     const auto user = UserPlaces::ofThisProcess();
     const auto instance = ResolvedInstance::of(std::move(config), user);
-    switch (hostFor(instance.config)) {
-    case Host::web:
-        return WebHost::run(
-            instance, {user, processEnvironment(), BundleLayout::iconForExecutable(executable)},
-            signals, WebDesktop::open);
-    case Host::menuBar: // there is no status item yet; the program runs without
-    case Host::waiting:
-        break;
+    const auto icon = BundleLayout::iconForExecutable(executable);
+    const auto chosen = hostFor(instance.config);
+    if (chosen == Host::web) {
+        return WebHost::run(instance, {user, processEnvironment(), icon}, signals,
+                            WebDesktop::open);
     }
-    return hostProgram(instance, user, opened, signals);
+    auto program = launchProgram(instance, user, opened);
+    if (chosen == Host::menuBar) return hostWithItem(instance, user, icon, program, signals);
+    return WaitingHost::run(program, signals);
 }
 
 int run(const Arguments& arguments, const SignalHold& signals) {

@@ -1,6 +1,7 @@
 #include "korvane-runner/Web/WebAppDelegate.h"
 
 #include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Platform/Processes.h"
 #include "Ambrel/Web/WebAddress.h"
 #include "korvane-runner/Web/BridgeScript.h"
 #include "korvane-runner/Web/FailurePage.h"
@@ -49,10 +50,10 @@ Banner bannerFor(const Download& download, const UserPlaces& user) {
 } // namespace
 
 WebAppDelegate::WebAppDelegate(ResolvedInstance instance, const UserPlaces& user, LinkOpener links,
-                               WebDesktop& desktop)
+                               Path icon, WebDesktop& desktop)
     : instance_(std::move(instance)), user_(user), desktop_(desktop), links_(std::move(links)),
-      log_(logIn(instance_.home), desktop.loop()), banners_(desktop.banners()),
-      shownBadge_(desktop.badge(), desktop.loop()),
+      icon_(std::move(icon)), log_(logIn(instance_.home), desktop.loop()),
+      banners_(desktop.banners()), shownBadge_(desktop.badge(), desktop.loop()),
       frameFile_(instance_.home, instance_.config.bundleId), downloads_(instance_, user),
       site_(addressOf(instance_.config)), self_(std::make_shared<WebAppDelegate*>(this)) {}
 
@@ -69,7 +70,15 @@ void WebAppDelegate::applicationDidFinishLaunching() {
                                    .handler = bridgeHandler},
                                   *this);
     loadSite(); // the engine's processes start while the window comes up
-    present();
+    window_->present();
+    if (instance_.config.menuBarIcon) showStatusItem();
+}
+
+void WebAppDelegate::showStatusItem() {
+    // The item goes with this object.
+    statusItem_.emplace(
+        instance_.config, StatusIconFiles{.own = icon_, .app = {}}, desktop_.statusArea(),
+        [this] { present(); }, [this] { terminate(); });
 }
 
 void WebAppDelegate::loadSite() {
@@ -83,7 +92,11 @@ void WebAppDelegate::loadSite() {
 }
 
 void WebAppDelegate::present() {
-    if (window_) window_->present();
+    if (!window_) return;
+    window_->present();
+    // What a window manager may refuse a window it does not refuse a panel, and this is asked by
+    // one.
+    desktop_.windows().bringToFront({ownProcessId()});
 }
 
 void WebAppDelegate::terminate() {

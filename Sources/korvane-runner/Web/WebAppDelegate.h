@@ -3,6 +3,7 @@
 #include "Ambrel/Instance/ResolvedInstance.h"
 #include "Ambrel/Web/WebBadge.h"
 #include "korvane-runner/Desktop/WebDesktop.h"
+#include "korvane-runner/StatusItem/KorvaneStatusItem.h"
 #include "korvane-runner/Web/BannerQueue.h"
 #include "korvane-runner/Web/BridgeMessage.h"
 #include "korvane-runner/Web/DownloadPlace.h"
@@ -20,16 +21,16 @@ namespace korvane::runner {
 /// one site in one window, hands banners and a badge of its pages to the desktop, and keeps a log.
 class WebAppDelegate final : public WebWindowEvents {
 public:
-    /// `user` and `links` are of the person at the machine, from before the home moved. `desktop`
-    /// must outlive it.
+    /// `user` and `links` are of the person at the machine, from before the home moved; `icon` is
+    /// the instance's icon file, existing or not. `desktop` must outlive it.
     WebAppDelegate(ambrel::ResolvedInstance instance, const ambrel::UserPlaces& user,
-                   LinkOpener links, WebDesktop& desktop);
+                   LinkOpener links, ambrel::Path icon, WebDesktop& desktop);
     WebAppDelegate(const WebAppDelegate&) = delete;
     WebAppDelegate& operator=(const WebAppDelegate&) = delete;
     ~WebAppDelegate() override;
 
-    /// Opens the window, where it was when it was last closed, and begins to load the site. Throws
-    /// DesktopError.
+    /// Opens the window, where it was when it was last closed, begins to load the site, and shows
+    /// the status item of an instance that has one. Throws DesktopError.
     void applicationDidFinishLaunching();
 
     /// Brings the window to the front.
@@ -62,6 +63,7 @@ private:
     void log(const std::string& message);
 
     void loadSite();
+    void showStatusItem();
     /// Hands the address to another program, once for what a person does: one click lets a page
     /// take any number of steps.
     void handOver(const std::string& url);
@@ -76,6 +78,7 @@ private:
     ambrel::UserPlaces user_;
     WebDesktop& desktop_;
     LinkOpener links_;
+    ambrel::Path icon_;
     ambrel::WebBadgeState badge_;
     InstanceLog log_;
     BannerQueue banners_;
@@ -89,7 +92,8 @@ private:
     bool hasJustHandedOver_ = false;
     bool hasEnded_ = false;
     std::shared_ptr<WebAppDelegate*> self_; ///< what questions and the loop hold weakly
-    std::unique_ptr<WebWindow> window_;     ///< last: it goes first
+    std::optional<KorvaneStatusItem> statusItem_;
+    std::unique_ptr<WebWindow> window_; ///< last: it goes first
 };
 
 } // namespace korvane::runner

@@ -91,7 +91,7 @@ int WebHost::run(const ResolvedInstance& given, const WebSurroundings& surroundi
     const auto desktop = openDesktop({.id = desktopId(instance.config.bundleId),
                                       .name = instance.config.displayName,
                                       .icon = ensurePicture(icon, storage.icon())});
-    WebAppDelegate delegate(instance, user, LinkOpener(tools, environment), *desktop);
+    WebAppDelegate delegate(instance, user, LinkOpener(tools, environment), icon, *desktop);
     endOnSignals(signals, delegate, desktop->loop());
     presentOnCalls(claim.own, delegate, desktop->loop());
     delegate.applicationDidFinishLaunching();

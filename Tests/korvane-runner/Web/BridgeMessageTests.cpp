@@ -1,7 +1,7 @@
 #include "korvane-runner/Web/BridgeMessage.h"
 
 #include "Support/Expect.h"
-#include "korvane-runner/Web/FakeDesktop.h"
+#include "korvane-runner/Web/FakeWebDesktop.h"
 
 #include <limits>
 

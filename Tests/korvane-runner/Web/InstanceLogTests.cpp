@@ -3,7 +3,7 @@
 #include "Support/Expect.h"
 #include "Support/Files.h"
 #include "Support/TempDir.h"
-#include "korvane-runner/Web/FakeDesktop.h"
+#include "korvane-runner/Web/FakeWebDesktop.h"
 
 #include <sys/stat.h>
 

@@ -1,11 +1,12 @@
 #include "korvane-runner/Web/WebAppDelegate.h"
 
+#include "Ambrel/Platform/Processes.h"
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
 #include "Support/Programs.h"
 #include "korvane-runner/Signals.h"
-#include "korvane-runner/Web/FakeDesktop.h"
+#include "korvane-runner/Web/FakeWebDesktop.h"
 
 #include <algorithm>
 #include <limits>
@@ -35,7 +36,8 @@ struct Stage {
         change(config);
         const SystemTools tools{.open = tmp / "open"};
         instance.emplace(ResolvedInstance::of(config, user.places()), user.places(),
-                         LinkOpener(tools, {{"PATH", "/usr/bin:/bin"}}), desktop);
+                         LinkOpener(tools, {{"PATH", "/usr/bin:/bin"}}), tmp / "AppIcon.icns",
+                         desktop);
         instance->applicationDidFinishLaunching();
     }
 
@@ -55,7 +57,7 @@ struct Stage {
     TempDir tmp;
     UserHome user;
     Path home = tmp / "home";
-    FakeDesktop desktop;
+    FakeWebDesktop desktop;
     std::optional<WebAppDelegate> instance;
 };
 
@@ -477,4 +479,32 @@ TEST_CASE("what the loop and the desktop still hold when an instance is gone doe
 
     CHECK(stage.badges().empty());
     CHECK(stage.log() == "badge: 2\nnotify: x — \n");
+}
+
+TEST_CASE("an instance with a status item shows its window by Show and ends by Quit") {
+    Stage stage([](auto& config) { config.menuBarIcon = true; });
+    REQUIRE(stage.desktop.fakeStatusArea.shown);
+    CHECK(stage.desktop.fakeStatusArea.shown->toolTip == "Mail");
+    const int before = stage.window().presented;
+
+    stage.desktop.fakeStatusArea.choose("Show Mail");
+    CHECK(stage.window().presented == before + 1);
+    CHECK(stage.desktop.fakeWindows.broughtToFront == std::vector{std::set{ownProcessId()}});
+    CHECK_FALSE(stage.desktop.fakeLoop.status);
+
+    stage.desktop.fakeStatusArea.choose("Quit Mail");
+    CHECK(stage.desktop.fakeLoop.status == 0);
+    stage.instance.reset();
+    CHECK_FALSE(stage.desktop.fakeStatusArea.shown);
+}
+
+TEST_CASE("closing the window ends an instance with a status item, too") {
+    const Stage stage([](auto& config) { config.menuBarIcon = true; });
+    stage.events().closed();
+    CHECK(stage.desktop.fakeLoop.status == 0);
+}
+
+TEST_CASE("an instance that asks for no status item has none") {
+    const Stage stage;
+    CHECK_FALSE(stage.desktop.fakeStatusArea.shown);
 }

@@ -4,7 +4,7 @@
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
-#include "korvane-runner/Web/FakeDesktop.h"
+#include "korvane-runner/Web/FakeWebDesktop.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -34,7 +34,7 @@ struct Stage {
         config.url = "mail.example.org";
     }
 
-    using Scene = std::function<void(FakeDesktop&)>;
+    using Scene = std::function<void(FakeWebDesktop&)>;
 
     /// Runs the host in a process of its own, as it runs in a runner, with `scene` for what happens
     /// while there is a window. Returns the process's status.
@@ -68,7 +68,7 @@ struct Stage {
                                             const Scene& scene) const {
         if (refusal) throw DesktopError(*refusal);
         note("opens as " + identity.id + " " + identity.name + " " + identity.icon);
-        auto desktop = std::make_unique<FakeDesktop>();
+        auto desktop = std::make_unique<FakeWebDesktop>();
         desktop->fakeLoop.whenRun = [raw = desktop.get(), scene] { scene(*raw); };
         return desktop;
     }
@@ -95,7 +95,7 @@ std::string variable(const char* name) {
 TEST_CASE("a home with a tilde is the user's, before and after the process's own home has moved") {
     Stage stage;
 
-    const int status = stage.host([&](FakeDesktop& desktop) {
+    const int status = stage.host([&](FakeWebDesktop& desktop) {
         for (const char* name : {"HOME", "CFFIXED_USER_HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME",
                                  "XDG_STATE_HOME", "XDG_CACHE_HOME"}) {
             stage.note(std::string(name) + " " + variable(name));
@@ -127,7 +127,7 @@ TEST_CASE("a signal that asks for the end closes the window, with everything wri
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         Stage stage;
         CAPTURE(signal);
-        const int status = stage.host([&](FakeDesktop& desktop) {
+        const int status = stage.host([&](FakeWebDesktop& desktop) {
             desktop.events->messageArrived(message("notify", {{"title", "last"}}));
             ::raise(signal);
             serve(desktop.fakeLoop);
@@ -142,7 +142,7 @@ TEST_CASE("a signal that asks for the end closes the window, with everything wri
 
 TEST_CASE("a signal that comes before there is a window ends the instance as well") {
     Stage stage;
-    const int status = stage.host([&](FakeDesktop& desktop) { serve(desktop.fakeLoop); },
+    const int status = stage.host([&](FakeWebDesktop& desktop) { serve(desktop.fakeLoop); },
                                   [] { ::raise(SIGTERM); });
     CHECK(status == 0);
 }
@@ -151,7 +151,7 @@ TEST_CASE("a site is shown without a home, too") {
     Stage stage;
     writeFile(stage.user / "Instances");
 
-    const int status = stage.host([&](FakeDesktop& desktop) {
+    const int status = stage.host([&](FakeWebDesktop& desktop) {
         stage.note(variable("HOME"));
         stage.note("kept in [" + desktop.window.setup->data + desktop.window.setup->cache + "]");
         desktop.events->messageArrived(message("badge", {{"count", 3}}));
@@ -166,26 +166,26 @@ TEST_CASE("a site is shown without a home, too") {
 TEST_CASE("an instance without a home is refused, for its data would lie wherever it is started") {
     Stage stage;
     stage.config.instanceHome = "";
-    CHECK(stage.host([](FakeDesktop&) {}) == 99);
+    CHECK(stage.host([](FakeWebDesktop&) {}) == 99);
     CHECK(stage.notes() == "App not clonable: web shortcut has no home folder\n");
 }
 
 TEST_CASE("the reason why there can be no window is handed on") {
     Stage stage;
     stage.refusal = "there is no display";
-    CHECK(stage.host([](FakeDesktop&) {}) == 99);
+    CHECK(stage.host([](FakeWebDesktop&) {}) == 99);
     CHECK(stage.notes() == "there is no display\n");
 }
 
 TEST_CASE("a second start of an instance brings the window of the first to the front") {
     Stage stage;
 
-    const int status = stage.host([&](FakeDesktop& desktop) {
+    const int status = stage.host([&](FakeWebDesktop& desktop) {
         const auto before = desktop.window.presented;
         const auto pid = ::fork();
         if (pid == 0) {
             ::setenv("CFFIXED_USER_HOME", stage.user.path().c_str(), 1); // as a person starts it
-            ::_exit(stage.hostHere([](FakeDesktop&) {}, [] {}));
+            ::_exit(stage.hostHere([](FakeWebDesktop&) {}, [] {}));
         }
         int second = -1;
         ::waitpid(pid, &second, 0);

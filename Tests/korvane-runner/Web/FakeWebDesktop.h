@@ -1,5 +1,6 @@
 #pragma once
 
+#include "korvane-runner/Desktop/FakeDesktop.h"
 #include "korvane-runner/Desktop/WebDesktop.h"
 
 #include <functional>
@@ -41,25 +42,6 @@ inline Value message(const char* type, Value::Fields payload) {
     return Value::Fields{{"type", type}, {"payload", Value(std::move(payload))}};
 }
 
-/// A loop that does nothing until it is told to.
-class FakeLoop final : public runner::AppLoop {
-public:
-    int run() override;
-    void end(int endStatus) override;
-    void post(std::function<void()> work) override { posted.push_back(std::move(work)); }
-    void after(std::chrono::milliseconds delay, std::function<void()> work) override;
-    void whenReadable(int descriptor, std::function<Watching()> callback) override;
-
-    /// Everything that was to happen after a while happens now.
-    void letTimePass();
-
-    std::optional<int> status; ///< since the end
-    std::vector<std::function<void()>> posted;
-    std::vector<std::pair<std::chrono::milliseconds, std::function<void()>>> timers;
-    std::map<int, std::function<Watching()>> watched;
-    std::function<void()> whenRun; ///< instead of waiting
-};
-
 struct FakeBanners final : runner::Banners {
     void post(const runner::Banner& banner, std::function<void()> done) override {
         posted.push_back(banner);
@@ -99,9 +81,11 @@ struct WindowRecord {
     runner::WindowFrame frame;
 };
 
-class FakeDesktop final : public runner::WebDesktop {
+class FakeWebDesktop final : public runner::WebDesktop {
 public:
     runner::AppLoop& loop() override { return fakeLoop; }
+    runner::StatusArea& statusArea() override { return fakeStatusArea; }
+    runner::ProgramWindows& windows() override { return fakeWindows; }
     runner::Banners& banners() override { return fakeBanners; }
     runner::IconBadge& badge() override { return fakeBadge; }
     std::unique_ptr<runner::WebWindow> openWindow(const runner::WebWindowSetup& setup,
@@ -112,6 +96,8 @@ public:
     }
 
     FakeLoop fakeLoop;
+    FakeStatusArea fakeStatusArea;
+    FakeWindows fakeWindows;
     FakeBanners fakeBanners;
     FakeBadge fakeBadge;
     WindowRecord window;

@@ -1,4 +1,4 @@
-#include "korvane-runner/Web/FakeDesktop.h"
+#include "korvane-runner/Web/FakeWebDesktop.h"
 
 #include <utility>
 
@@ -22,34 +22,11 @@ std::optional<std::string> Value::text(std::size_t most) const {
     return utf8.substr(0, most);
 }
 
-int FakeLoop::run() {
-    if (whenRun && !status) whenRun();
-    return status.value_or(-1);
-}
-
-void FakeLoop::end(int endStatus) {
-    if (!status) status = endStatus;
-}
-
-void FakeLoop::after(std::chrono::milliseconds delay, std::function<void()> work) {
-    timers.emplace_back(delay, std::move(work));
-}
-
-void FakeLoop::whenReadable(int descriptor, std::function<Watching()> callback) {
-    watched[descriptor] = std::move(callback);
-}
-
-void FakeLoop::letTimePass() {
-    for (const auto& [delay, work] : std::exchange(timers, {})) {
-        if (!status) work();
-    }
-}
-
 namespace {
 
 class FakeWindow final : public WebWindow {
 public:
-    explicit FakeWindow(FakeDesktop& desktop) : desktop_(desktop), record_(desktop.window) {}
+    explicit FakeWindow(FakeWebDesktop& desktop) : desktop_(desktop), record_(desktop.window) {}
     FakeWindow(const FakeWindow&) = delete;
     FakeWindow& operator=(const FakeWindow&) = delete;
     ~FakeWindow() override {
@@ -72,14 +49,14 @@ public:
     WindowFrame frame() const override { return record_.frame; }
 
 private:
-    FakeDesktop& desktop_;
+    FakeWebDesktop& desktop_;
     WindowRecord& record_;
 };
 
 } // namespace
 
-std::unique_ptr<WebWindow> FakeDesktop::openWindow(const WebWindowSetup& setup,
-                                                   WebWindowEvents& windowEvents) {
+std::unique_ptr<WebWindow> FakeWebDesktop::openWindow(const WebWindowSetup& setup,
+                                                      WebWindowEvents& windowEvents) {
     window.setup = setup;
     window.script = setup.script;
     window.frame = setup.frame;

@@ -1,0 +1,28 @@
+#include "korvane-runner/MenuBarDelegate.h"
+
+#include "Ambrel/Launch/ProgramProcesses.h"
+
+#include <utility>
+
+namespace korvane::runner {
+
+MenuBarDelegate::MenuBarDelegate(const ambrel::ResolvedInstance& instance,
+                                 const ambrel::UserPlaces& user, StatusIconFiles icons,
+                                 ambrel::ChildProcess& process, Desktop& desktop)
+    : instance_(instance), user_(user), icons_(std::move(icons)), process_(process),
+      desktop_(desktop) {}
+
+void MenuBarDelegate::applicationDidFinishLaunching() {
+    statusItem_.emplace(
+        instance_.config, icons_, desktop_.statusArea(), [this] { focus(); }, [this] { quit(); });
+}
+
+void MenuBarDelegate::focus() {
+    if (!process_.isRunning()) return;
+    desktop_.windows().bringToFront(processesOf(process_.processIdentifier(), instance_, user_));
+}
+
+// The loop ends when the program has: until then it may ask whether to save, and say no.
+void MenuBarDelegate::quit() { process_.terminate(); }
+
+} // namespace korvane::runner

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Ambrel/Instance/ResolvedInstance.h"
+#include "Ambrel/Platform/ChildProcess.h"
+#include "korvane-runner/Desktop/Desktop.h"
+#include "korvane-runner/StatusItem/KorvaneStatusItem.h"
+
+#include <optional>
+
+namespace korvane::runner {
+
+/// What an instance with a status item beside its program does, decided without a desktop: "Show"
+/// brings the program's windows to the front, and "Quit" asks it to end.
+class MenuBarDelegate {
+public:
+    /// `process` is the program. All but `icons` must outlive it.
+    MenuBarDelegate(const ambrel::ResolvedInstance& instance, const ambrel::UserPlaces& user,
+                    StatusIconFiles icons, ambrel::ChildProcess& process, Desktop& desktop);
+    MenuBarDelegate(const MenuBarDelegate&) = delete;
+    MenuBarDelegate& operator=(const MenuBarDelegate&) = delete;
+
+    /// Shows the item. The program's end is for an AttendedProgram on the same loop.
+    void applicationDidFinishLaunching();
+
+private:
+    void focus();
+    void quit();
+
+    const ambrel::ResolvedInstance& instance_;
+    const ambrel::UserPlaces& user_;
+    StatusIconFiles icons_;
+    ambrel::ChildProcess& process_;
+    Desktop& desktop_;
+    std::optional<KorvaneStatusItem> statusItem_; ///< last: it goes first
+};
+
+} // namespace korvane::runner
