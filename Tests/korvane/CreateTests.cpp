@@ -241,14 +241,19 @@ TEST_CASE("a target of which only one copy may run is warned about") {
     CHECK(says(done.error, "not be kept apart"));
 }
 
-TEST_CASE("what the runner cannot host yet is said in one line") {
+TEST_CASE("a status item is for what runs, and one in one color is one") {
     const Manager manager;
 
-    const auto menuBar = manager.run(
-        {"create", "command", "Bar", "--menu-bar", "--runner", KORVANE_TEST_RUNNER, aProgram});
-
-    CHECK(menuBar.status == 0);
-    CHECK(says(menuBar.error, "warning: The runner cannot host menu-bar items yet: "));
+    const auto plain =
+        manager.configOf(manager.create({"command", "Plain", "--menu-bar", aProgram}));
+    CHECK(plain.menuBarIcon);
+    CHECK_FALSE(plain.menuBarIconTemplate);
+    const auto lines =
+        manager.configOf(manager.create({"web", "Lines", "--menu-bar-template", "example.org"}));
+    CHECK(lines.menuBarIcon);
+    CHECK(lines.menuBarIconTemplate);
+    CHECK(says(manager.refusal({"create", "file", "Paper", "--menu-bar", aProgram}, 2),
+               "--menu-bar"));
 }
 
 TEST_CASE("create tells where the data of a web site lives, and how to open it") {

@@ -114,9 +114,9 @@ template <class Visitor> constexpr void forEachField(Visitor&& visit) {
                       byCreatingAgain, "The instance is offered for opening documents"});
     visit(ConfigField{"iconLabel", &C::iconLabel, optional, every, Part::look, asValue,
                       "The label that is drawn on the icon"});
-    visit(ConfigField{"menuBarIcon", &C::menuBarIcon, optional, every, Part::desktop, asValue,
+    visit(ConfigField{"menuBarIcon", &C::menuBarIcon, optional, allButFile, Part::desktop, asValue,
                       "The instance shows a status item"});
-    visit(ConfigField{"menuBarIconTemplate", &C::menuBarIconTemplate, optional, every,
+    visit(ConfigField{"menuBarIconTemplate", &C::menuBarIconTemplate, optional, allButFile,
                       Part::desktop, asValue, "That item is drawn as a template image"});
     // True by default, unlike the others: files written before the key existed share the folders.
     visit(ConfigField{"shareUserFolders", &C::shareUserFolders, optional, appOrWeb, Part::sharing,

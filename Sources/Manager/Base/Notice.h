@@ -17,7 +17,6 @@ struct Notice {
         targetIsSandboxed,     ///< subject: the application's name
         targetRunsOnce,        ///< subject: the application's name
         engineIsMissing,       ///< opening the instance will fail; subject: the package it needs
-        menuBarIsNotHosted,    ///< the instance runs without its item
         strategyIsUnsupported, ///< opening the instance will fail
         nothingAtPath,         ///< subject: a path of the configuration
         nothingToShow,         ///< subject: how the instance is named, whose address is none

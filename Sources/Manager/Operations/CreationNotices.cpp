@@ -77,10 +77,6 @@ void addMissingHosts(const CreationPlan& plan, NoticeList& list) {
                  "Its window needs the package " + *package +
                      ", which is not installed: opening this instance will fail until it is.");
     }
-    if (plan.request.menuBarIcon.value_or(false)) {
-        list.add(Kind::menuBarIsNotHosted, "",
-                 "The runner cannot host menu-bar items yet: this instance will run without one.");
-    }
 }
 
 void addPaths(const CreateRequest& request, const UserPlaces& user, NoticeList& list) {

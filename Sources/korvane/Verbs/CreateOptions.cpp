@@ -112,7 +112,7 @@ void setLook(const CreateOptions& options, const Surroundings& surroundings,
     if (options.hideIcon) request.hideIcon = true;
     request.registerAsBrowser = options.browser;
     request.openWithPassthrough = options.openWith;
-    if (options.menuBar) request.menuBarIcon = true;
+    if (options.menuBar || options.menuBarTemplate) request.menuBarIcon = true;
     if (options.menuBarTemplate) request.menuBarIconTemplate = true;
 }
 

@@ -108,8 +108,12 @@ void declareLook(CLI::App& app, CreateOptions& given) {
     options::texts(app, "--plist", given.plist, "Set an entry of the bundle's Info.plist")
         ->type_name("K=V");
     declareOffers(app, given);
-    flag(app, "--menu-bar", given.menuBar, std::string("Show an item ") + systemWords.inStatusArea);
-    flag(app, "--menu-bar-template", given.menuBarTemplate, "Draw that item as a template image");
+    if (isHeeded("menuBarIcon", given.kind)) {
+        flag(app, "--menu-bar", given.menuBar,
+             std::string("Show an item ") + systemWords.inStatusArea + " while the instance runs");
+        flag(app, "--menu-bar-template", given.menuBarTemplate,
+             "The same in one color, that of the text beside it");
+    }
     options::asJson(app, given.asJson);
 }
 

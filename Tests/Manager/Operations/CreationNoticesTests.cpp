@@ -21,14 +21,14 @@ TEST_CASE("an application that the system keeps in one piece is told of") {
     CHECK(noticeOf(notices, Kind::targetRunsOnce).subject == "Mail");
 }
 
-TEST_CASE("what the runner or the strategy cannot do is told of") {
+TEST_CASE("what the strategy cannot do is told of, and a status item needs no word") {
     const Scene scene;
     auto menuBar = scene.request("Bar");
     menuBar.menuBarIcon = true;
     auto fixed = scene.appRequest("Fixed");
     fixed.strategy = ambrel::Strategy::unsupported;
 
-    CHECK(find(scene.make(menuBar).notices, Kind::menuBarIsNotHosted) != nullptr);
+    CHECK(scene.make(menuBar).notices.empty());
     CHECK(find(scene.make(fixed).notices, Kind::strategyIsUnsupported) != nullptr);
 }
 
