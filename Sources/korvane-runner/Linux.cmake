@@ -8,6 +8,7 @@ pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 gtk4-unix-print 
 # none of the toolkit's data can be used: see add_lazy_objects().
 add_library(KorvaneDesktop STATIC
     Desktop/Linux/BusAddress.cpp
+    Desktop/Linux/BusObject.cpp
     Desktop/Linux/CertificateFaults.cpp
     Desktop/Linux/Downloads.cpp
     Desktop/Linux/EngineSandbox.cpp

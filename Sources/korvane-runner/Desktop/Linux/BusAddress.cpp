@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace korvane::runner {
 
@@ -33,6 +35,15 @@ void forgetLost(const char* variable) {
     }
 }
 
+/// The place of the bus where no address is told, as GIO judges it.
+bool hasSocketOfUser() {
+    const char* folder = std::getenv("XDG_RUNTIME_DIR");
+    if (folder == nullptr || *folder != '/') return false;
+    struct stat status {};
+    return ::stat((std::string(folder) + "/bus").c_str(), &status) == 0 &&
+           status.st_uid == ::geteuid() && S_ISSOCK(status.st_mode);
+}
+
 } // namespace
 
 std::string usableBusAddress(std::string_view address) {
@@ -47,6 +58,12 @@ std::string usableBusAddress(std::string_view address) {
 void forgetLostBuses() noexcept {
     forgetLost("DBUS_SESSION_BUS_ADDRESS");
     forgetLost("AT_SPI_BUS_ADDRESS");
+}
+
+bool hasSessionBusAddress() noexcept {
+    const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+    if (address == nullptr) return hasSocketOfUser();
+    return std::string_view(address).find("autolaunch:") == std::string_view::npos;
 }
 
 } // namespace korvane::runner

@@ -15,4 +15,8 @@ std::string usableBusAddress(std::string_view address);
 /// anything asks for them, and before any thread starts.
 void forgetLostBuses() noexcept;
 
+/// Whether GIO finds a bus of the session where the environment says one is. Where it does not it
+/// would start one, which would outlive the program and be nobody else's.
+bool hasSessionBusAddress() noexcept;
+
 } // namespace korvane::runner

@@ -1,5 +1,6 @@
 #include "korvane-runner/Desktop/Linux/SessionBus.h"
 
+#include "korvane-runner/Desktop/Linux/BusAddress.h"
 #include "korvane-runner/Desktop/Linux/GObjects.h"
 #include "korvane-runner/Desktop/Linux/GVariants.h"
 
@@ -16,6 +17,7 @@ struct SessionBus::State {
     std::optional<GObjectPtr<GDBusConnection>> bus; ///< null: there is none; absent: not known yet
     std::vector<Work> waiting;                      ///< for the bus, in order
     std::vector<guint> subscriptions;
+    std::vector<guint> watchedNames;
     int outstanding = 0; ///< answers of GIO's
 
     State() = default;
@@ -25,6 +27,7 @@ struct SessionBus::State {
         for (const guint id : subscriptions) {
             g_dbus_connection_signal_unsubscribe(bus->get(), id);
         }
+        for (const guint id : watchedNames) g_bus_unwatch_name(id);
     }
 
     void whenKnown(Work work) {
@@ -77,6 +80,14 @@ void dropFunction(gpointer function) noexcept {
     delete static_cast<std::function<void()>*>(function);
 }
 
+using Owned = std::function<void(const char* owner)>;
+
+void onOwned(GDBusConnection*, const char*, const char* owner, gpointer owned) noexcept {
+    (*static_cast<Owned*>(owned))(owner);
+}
+
+void dropOwned(gpointer owned) noexcept { delete static_cast<Owned*>(owned); }
+
 gboolean onTimeOver(gpointer isOver) noexcept {
     *static_cast<bool*>(isOver) = true;
     return G_SOURCE_CONTINUE;
@@ -89,6 +100,10 @@ std::shared_ptr<GVariant> shared(GVariant* arguments) {
 } // namespace
 
 SessionBus::SessionBus() : state_(std::make_shared<State>()) {
+    if (!hasSessionBusAddress()) {
+        state_->become(nullptr);
+        return;
+    }
     g_bus_get(G_BUS_TYPE_SESSION, nullptr, onFinished,
               counted(state_, [](State* state, GObject*, GAsyncResult* result) {
                   GObjectPtr<GDBusConnection> connection(g_bus_get_finish(result, nullptr));
@@ -107,10 +122,11 @@ void SessionBus::call(const char* service, const Member& method, GVariant* argum
     };
     const std::weak_ptr weak = state_;
     state_->whenKnown([=, held = shared(arguments)](GDBusConnection* bus) {
-        if (bus == nullptr) return answered(nullptr);
+        if (bus == nullptr) return answered ? answered(nullptr) : void();
         g_dbus_connection_call(bus, service, method.path, method.interface, method.name, held.get(),
                                G_VARIANT_TYPE(answerType), G_DBUS_CALL_FLAGS_NONE, -1, nullptr,
-                               onFinished, counted(weak.lock(), onAnswer));
+                               answered ? onFinished : nullptr,
+                               answered ? counted(weak.lock(), onAnswer) : nullptr);
     });
 }
 
@@ -131,6 +147,20 @@ void SessionBus::whenOwnerChanges(const char* service, std::function<void()> cha
                 "/org/freedesktop/DBus", service, G_DBUS_SIGNAL_FLAGS_NONE, onSignal,
                 new std::function<void()>(changed), dropFunction));
         });
+}
+
+void SessionBus::whenOwned(const char* service, Owned owned) {
+    whenConnected([service, owned = std::move(owned), state = state_.get()](GDBusConnection* bus) {
+        state->watchedNames.push_back(
+            g_bus_watch_name_on_connection(bus, service, G_BUS_NAME_WATCHER_FLAGS_NONE, onOwned,
+                                           nullptr, new Owned(owned), dropOwned));
+    });
+}
+
+void SessionBus::whenConnected(std::function<void(GDBusConnection*)> work) {
+    state_->whenKnown([work = std::move(work)](GDBusConnection* bus) {
+        if (bus != nullptr) work(bus);
+    });
 }
 
 void SessionBus::flush(std::chrono::milliseconds atMost) {

@@ -8,7 +8,8 @@
 namespace korvane::runner {
 
 /// The session bus, over a connection that is made in the background: nothing waits for it, and
-/// without a bus all that is sent is lost. On the main thread, whose default context must run.
+/// without a bus, which is not started for this, all that is sent is lost. On the main thread,
+/// whose default context must run.
 class SessionBus {
 public:
     /// A method or a signal. The texts must outlive its use.
@@ -30,8 +31,8 @@ public:
     ~SessionBus();
 
     /// Calls a method of `service`, which is started where the bus knows how, and tells its answer,
-    /// a tuple of `answerType`: later, or at once where it is known that there is no bus. Takes
-    /// floating `arguments` over.
+    /// a tuple of `answerType`: later, or at once where it is known that there is no bus. Where
+    /// `answered` is null nobody waits for an answer. Takes floating `arguments` over.
     void call(const char* service, const Member& method, GVariant* arguments,
               const char* answerType, const Answered& answered);
 
@@ -40,6 +41,14 @@ public:
 
     /// Calls `changed` whenever `service` comes, goes or is taken over by another program.
     void whenOwnerChanges(const char* service, std::function<void()> changed);
+
+    /// Calls `owned` with the connection's name of the program that has the name `service`, when
+    /// there is one and whenever another one takes the name. None is started for this.
+    void whenOwned(const char* service, std::function<void(const char* owner)> owned);
+
+    /// Calls `work` when there is a connection, at once where that is so already; never where there
+    /// is no bus.
+    void whenConnected(std::function<void(GDBusConnection*)> work);
 
     /// Waits until all calls are answered and all signals are on their way, `atMost` that long. The
     /// default context runs meanwhile.

@@ -26,6 +26,26 @@ void onMethod(GDBusConnection*, const char*, const char*, const char*, const cha
     }
 }
 
+struct Asked {
+    GVariant* answer = nullptr;
+    GError* error = nullptr;
+    bool isOver = false;
+
+    static void finish(GObject* bus, GAsyncResult* result, gpointer self) {
+        auto& asked = *static_cast<Asked*>(self);
+        asked.answer = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &asked.error);
+        asked.isOver = true;
+    }
+};
+
+std::string takenName(GError* error) {
+    char* name = g_dbus_error_get_remote_error(error);
+    const std::string result = name != nullptr ? name : error->message;
+    g_free(name);
+    g_error_free(error);
+    return result;
+}
+
 using Heard = std::function<void(const std::string&)>;
 
 } // namespace
@@ -103,6 +123,18 @@ void BusPeer::serve(const char* path, const char* interfaceXml, Answer answer) {
     REQUIRE(g_dbus_connection_register_object(connection_, path, node->interfaces[0], &table,
                                               answer_.get(), nullptr, nullptr) != 0);
     g_dbus_node_info_unref(node);
+}
+
+std::string BusPeer::ask(const std::string& program, const char* path, const char* interface,
+                         const char* method, GVariant* arguments) const {
+    Asked asked;
+    g_dbus_connection_call(connection_, program.c_str(), path, interface, method, arguments,
+                           nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, Asked::finish, &asked);
+    while (!asked.isOver) g_main_context_iteration(nullptr, TRUE);
+    if (asked.answer == nullptr) return takenName(asked.error);
+    auto result = printed(asked.answer);
+    g_variant_unref(asked.answer);
+    return result;
 }
 
 std::string printed(GVariant* value) {

@@ -55,6 +55,11 @@ public:
     using Answer = std::function<GVariant*(const std::string& method, GVariant* arguments)>;
     void serve(const char* path, const char* interfaceXml, Answer answer);
 
+    /// What a method of another program answers, as GVariant prints it, or the name of the error.
+    /// The default context runs meanwhile.
+    std::string ask(const std::string& program, const char* path, const char* interface,
+                    const char* method, GVariant* arguments) const;
+
 private:
     void callBus(const char* method, GVariant* arguments) const;
 

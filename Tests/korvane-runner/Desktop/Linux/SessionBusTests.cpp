@@ -197,3 +197,68 @@ TEST_CASE("a service that comes, goes or is taken over is told") {
     }
     awaitChange(4);
 }
+
+TEST_CASE("whoever owns a name, now or later, is told once by the connection's own name") {
+    const PrivateBus privateBus;
+    GLibLoop loop;
+    const auto first = std::make_unique<Doubler>(privateBus);
+    Strings owners;
+    SessionBus bus;
+    bus.whenOwned(service, [&](const char* owner) { owners.emplace_back(owner); });
+    bus.whenOwned("org.example.Other", [&](const char*) { FAIL("of another service"); });
+    const auto awaitOwner = [&](std::size_t number) {
+        while (owners.size() < number) g_main_context_iteration(nullptr, TRUE);
+        bus.flush(1h);
+        CHECK(owners.size() == number);
+    };
+
+    awaitOwner(1);
+    first->release(service);
+    bus.flush(1h);
+    CHECK(owners.size() == 1);
+    const BusPeer second(privateBus);
+    second.own(service);
+
+    awaitOwner(2);
+    CHECK(owners[0].front() == ':');
+    CHECK(owners[1] != owners[0]);
+}
+
+TEST_CASE("a call that nobody waits for arrives, and a flush does not wait for its answer") {
+    const PrivateBus privateBus;
+    Strings heard;
+    BusPeer peer(privateBus);
+    peer.own(service);
+    peer.serve("/org/example", interface, [&](const std::string& name, GVariant* arguments) {
+        heard.push_back(name + " " + printed(arguments));
+        return g_variant_new("(i)", 0);
+    });
+    SessionBus bus;
+    bus.call(service, method, g_variant_new("(i)", 4), "(i)", nullptr);
+
+    bus.flush(1h);
+
+    while (heard.empty()) g_main_context_iteration(nullptr, TRUE);
+    CHECK(heard == Strings{"Double (4,)"});
+}
+
+TEST_CASE("where there is no bus none is started") {
+    const TempDir tmp;
+    writeScript(tmp / "dbus-launch", "touch \"" + (tmp / "started") + "\"");
+    const ScopedVariable path("PATH", tmp.path() + ":" + std::getenv("PATH"));
+    const ScopedVariable display("DISPLAY", ":korvane-test");
+    const ScopedVariable runtime("XDG_RUNTIME_DIR", tmp / "gone");
+    const ScopedVariable address("DBUS_SESSION_BUS_ADDRESS", std::nullopt);
+    Strings answers;
+    SessionBus bus;
+
+    bus.whenConnected([&](GDBusConnection*) { answers.push_back("connected"); });
+    bus.whenOwned(service, [&](const char*) { answers.push_back("owned"); });
+    bus.call(service, method, g_variant_new("(i)", 1), "(i)", nullptr);
+    bus.call(service, method, g_variant_new("(i)", 1), "(i)",
+             [&](GVariant* answer) { answers.push_back(said(answer)); });
+    bus.flush(1h);
+
+    CHECK(answers == Strings{"nothing"});
+    CHECK_FALSE(isThere(tmp / "started"));
+}
