@@ -60,6 +60,7 @@ target_link_libraries(korvane-test-late PRIVATE KorvaneDesktop-late)
 target_sources(RunnerTests PRIVATE
     korvane-runner/Desktop/Linux/BusAddressTests.cpp
     korvane-runner/Desktop/Linux/BusObjectTests.cpp
+    korvane-runner/Desktop/Linux/DBusMenuTests.cpp
     korvane-runner/Desktop/Linux/EngineSandboxTests.cpp
     korvane-runner/Desktop/Linux/GLibLoopTests.cpp
     korvane-runner/Desktop/Linux/HomeFoldersTests.cpp

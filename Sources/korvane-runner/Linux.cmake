@@ -10,6 +10,8 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/BusAddress.cpp
     Desktop/Linux/BusObject.cpp
     Desktop/Linux/CertificateFaults.cpp
+    Desktop/Linux/DBusMenu.cpp
+    Desktop/Linux/DBusMenuTree.cpp
     Desktop/Linux/Downloads.cpp
     Desktop/Linux/EngineSandbox.cpp
     Desktop/Linux/FindBar.cpp
@@ -41,6 +43,9 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/X11Windows.cpp
     Desktop/Linux/Zoom.cpp
 )
+include(EmbedText)
+embed_text(KorvaneDesktop FILE Desktop/Linux/DBusMenu.xml
+    HEADER korvane-runner/Desktop/Linux/BusInterfaces.h NAME korvane::runner::dbusMenuInterface)
 target_link_libraries(KorvaneDesktop PUBLIC Ambrel)
 target_include_directories(KorvaneDesktop SYSTEM PRIVATE
     ${gio_INCLUDE_DIRS} ${webkit_INCLUDE_DIRS})
