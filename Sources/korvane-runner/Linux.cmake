@@ -33,6 +33,9 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/SessionBus.cpp
     Desktop/Linux/SpellChecking.cpp
     Desktop/Linux/StatusNotifierArea.cpp
+    Desktop/Linux/StatusNotifierIcon.cpp
+    Desktop/Linux/StatusPixels.cpp
+    Desktop/Linux/SymbolicIconFolder.cpp
     Desktop/Linux/Toolkit.cpp
     Desktop/Linux/UserScripts.cpp
     Desktop/Linux/WebKitDesktop.cpp
