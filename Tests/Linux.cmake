@@ -69,6 +69,7 @@ target_sources(RunnerTests PRIVATE
     korvane-runner/Desktop/Linux/PrivateBus.cpp
     korvane-runner/Desktop/Linux/SessionBusTests.cpp
     korvane-runner/Desktop/Linux/StatusNotifierIconTests.cpp
+    korvane-runner/Desktop/Linux/StatusNotifierItemTests.cpp
     korvane-runner/Desktop/Linux/ToolkitTests.cpp
 )
 target_link_libraries(RunnerTests PRIVATE KorvaneDesktop-linked PkgConfig::glib)

@@ -34,6 +34,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/SpellChecking.cpp
     Desktop/Linux/StatusNotifierArea.cpp
     Desktop/Linux/StatusNotifierIcon.cpp
+    Desktop/Linux/StatusNotifierItem.cpp
     Desktop/Linux/StatusPixels.cpp
     Desktop/Linux/SymbolicIconFolder.cpp
     Desktop/Linux/Toolkit.cpp
@@ -49,6 +50,9 @@ add_library(KorvaneDesktop STATIC
 include(EmbedText)
 embed_text(KorvaneDesktop FILE Desktop/Linux/DBusMenu.xml
     HEADER korvane-runner/Desktop/Linux/BusInterfaces.h NAME korvane::runner::dbusMenuInterface)
+embed_text(KorvaneDesktop FILE Desktop/Linux/StatusNotifierItem.xml
+    HEADER korvane-runner/Desktop/Linux/BusInterfaces.h
+    NAME korvane::runner::statusNotifierItemInterface)
 target_link_libraries(KorvaneDesktop PUBLIC Ambrel)
 target_include_directories(KorvaneDesktop SYSTEM PRIVATE
     ${gio_INCLUDE_DIRS} ${webkit_INCLUDE_DIRS})

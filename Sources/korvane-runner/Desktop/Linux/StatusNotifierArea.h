@@ -6,7 +6,7 @@
 
 namespace korvane::runner {
 
-/// The panels that show the items of the StatusNotifierItem protocol. TODO(port): shows nothing.
+/// The panels that show the items of the StatusNotifierItem protocol.
 class StatusNotifierArea final : public StatusArea {
 public:
     /// `bus` and `loop` must outlive this and its items.
@@ -15,8 +15,8 @@ public:
     std::unique_ptr<StatusItem> show(StatusItemSetup setup) override;
 
 private:
-    [[maybe_unused]] SessionBus& bus_;
-    [[maybe_unused]] AppLoop& loop_;
+    SessionBus& bus_;
+    AppLoop& loop_;
 };
 
 } // namespace korvane::runner
