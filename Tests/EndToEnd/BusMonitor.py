@@ -13,8 +13,8 @@ _numbers = {"y": "B", "n": "h", "q": "H", "i": "i", "u": "I", "x": "q", "t": "Q"
             "b": "I", "h": "I"}
 _alignments = {**{code: struct.calcsize(kind) for code, kind in _numbers.items()},
                "s": 4, "o": 4, "a": 4, "g": 1, "v": 1, "(": 8, "{": 8}
-_headerFields = {1: "path", 2: "interface", 3: "member", 5: "replySerial", 7: "sender",
-                 8: "signature"}
+_headerFields = {1: "path", 2: "interface", 3: "member", 4: "errorName", 5: "replySerial",
+                 7: "sender", 8: "signature"}
 
 
 @dataclasses.dataclass(frozen=True)
@@ -24,6 +24,8 @@ class Message:
     member: str
     sender: str
     body: tuple
+    replySerial: int = 0  # of the call that is answered
+    errorName: str = ""
 
 
 class BusMonitor:
@@ -62,16 +64,18 @@ class BusMonitor:
             order = {ord("l"): "<", ord("B"): ">"}[fixed[0]]
             bodySize, _, fieldsSize = struct.unpack(order + "III", fixed[4:])
             rest = stream.read(-(-fieldsSize // 8) * 8 + bodySize)
-            self._messages.append(_message(fixed + rest, order, len(fixed + rest) - bodySize))
+            self._messages.append(message(fixed + rest, order, len(fixed + rest) - bodySize))
 
 
-def _message(data, order, bodyStart):
+def message(data, order, bodyStart):
+    """The message that `data` holds; `order` is that of its bytes, as struct names it."""
     found = {_headerFields.get(code): value
              for code, value in _Values(data, order, 12).next("a(yv)")}
     values = _Values(data, order, bodyStart)
-    body = tuple(values.next(kind) for kind in _split(found.get("signature", "")))
+    body = tuple(values.next(kind) for kind in singleTypes(found.get("signature", "")))
     return Message(data[1], found.get("interface", ""), found.get("member", ""),
-                   found.get("sender", ""), body)
+                   found.get("sender", ""), body, found.get("replySerial", 0),
+                   found.get("errorName", ""))
 
 
 class _Values:
@@ -95,7 +99,7 @@ class _Values:
             return self.next(self.next("g"))
         if kind[0] == "a":
             return self._array(kind[1:])
-        return tuple(self.next(part) for part in _split(kind[1:-1]))
+        return tuple(self.next(part) for part in singleTypes(kind[1:-1]))
 
     def _array(self, kind):
         size = self._number("u")
@@ -115,7 +119,7 @@ class _Values:
         self._place = -(-self._place // size) * size
 
 
-def _split(signature):
+def singleTypes(signature):
     """The single complete types of a signature, one after another."""
     kinds = []
     start = depth = 0

@@ -12,6 +12,7 @@ runInDesktop = pathlib.Path(__file__).resolve().parent / "run-in-desktop"
 sessionVariables = ["DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR",
                     "XDG_SESSION_TYPE", "XDG_CURRENT_DESKTOP", "GDK_BACKEND", "NO_AT_BRIDGE",
                     "GTK_A11Y", "DESKTOP_SESSION_TAG"]
+panelVariables = ["PANEL_PID", "PANEL_COMMAND"]
 
 
 @dataclasses.dataclass(frozen=True)
@@ -28,13 +29,14 @@ class Desktop:
         """`wrapper` is a command that the session is started through; `options` are those of
         run-in-desktop."""
         self.user = user
+        names = sessionVariables + (panelVariables if "--panel" in options else [])
         tell = 'for name; do eval "printf \'%s\\n\' \\"\\$$name\\""; done; read -r end'
         self._process = user.start(*wrapper, runInDesktop, *options, "sh", "-c", tell, "sh",
-                                   *sessionVariables, seconds=500, stdin=subprocess.PIPE)
-        values = [self._process.stdout.readline().rstrip("\n") for _ in sessionVariables]
+                                   *names, seconds=500, stdin=subprocess.PIPE)
+        values = [self._process.stdout.readline().rstrip("\n") for _ in names]
         if "" in values:
             raise AssertionError(f"no desktop session: {self._process.communicate()[1]}")
-        user.session = dict(zip(sessionVariables, values))
+        user.session = dict(zip(names, values))
 
     def close(self):
         """Ends the session and whatever is left in it."""
