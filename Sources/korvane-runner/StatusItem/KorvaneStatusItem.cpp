@@ -1,6 +1,5 @@
 #include "korvane-runner/StatusItem/KorvaneStatusItem.h"
 
-#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Instance/DesktopId.h"
 
 #include <utility>
@@ -10,7 +9,7 @@ namespace korvane::runner {
 KorvaneStatusItem::KorvaneStatusItem(const ambrel::InstanceConfig& config, StatusIconFiles icons,
                                      StatusArea& area, Action onFocus, Action onQuit)
     : onFocus_(std::move(onFocus)), onQuit_(std::move(onQuit)) {
-    const auto name = ambrel::utf8::oneLine(config.displayName);
+    const auto& name = config.displayName;
     const auto image = [icons = std::move(icons), isTemplate = config.menuBarIconTemplate] {
         return menuBarImage(icons, isTemplate);
     };

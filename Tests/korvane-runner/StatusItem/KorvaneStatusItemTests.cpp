@@ -65,14 +65,6 @@ TEST_CASE("the item is there as long as its object") {
     CHECK_FALSE(area.shown);
 }
 
-TEST_CASE("a name that would fake another line of the menu stays one line") {
-    FakeStatusArea area;
-    const KorvaneStatusItem item(work("Work\nQuit"), {}, area, nothing, nothing);
-
-    CHECK(area.shown->menu.front().title == "Work\\nQuit");
-    CHECK(area.shown->toolTip == "Work\\nQuit");
-}
-
 TEST_CASE("the picture is a template exactly when the configuration says so") {
     for (const bool isTemplate : {false, true}) {
         FakeStatusArea area;
