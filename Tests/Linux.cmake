@@ -57,6 +57,9 @@ target_compile_definitions(korvane-test-loop PRIVATE
 add_executable(korvane-test-late korvane-runner/Desktop/Linux/LateProgram.cpp)
 target_link_libraries(korvane-test-late PRIVATE KorvaneDesktop-late)
 
+add_executable(korvane-test-windows korvane-runner/Desktop/Linux/WindowsProgram.cpp)
+target_link_libraries(korvane-test-windows PRIVATE KorvaneDesktop-late)
+
 target_sources(RunnerTests PRIVATE
     korvane-runner/Desktop/Linux/BusAddressTests.cpp
     korvane-runner/Desktop/Linux/BusObjectTests.cpp
@@ -71,6 +74,7 @@ target_sources(RunnerTests PRIVATE
     korvane-runner/Desktop/Linux/StatusNotifierIconTests.cpp
     korvane-runner/Desktop/Linux/StatusNotifierItemTests.cpp
     korvane-runner/Desktop/Linux/ToolkitTests.cpp
+    korvane-runner/Desktop/Linux/X11WindowsTests.cpp
 )
 target_link_libraries(RunnerTests PRIVATE KorvaneDesktop-linked PkgConfig::glib)
 add_dependencies(RunnerTests korvane-test-late korvane-test-loop)

@@ -2,6 +2,8 @@
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(gio REQUIRED gio-unix-2.0>=2.74)
+pkg_check_modules(xcb REQUIRED xcb)
+pkg_check_modules(xres REQUIRED xcb-res)
 pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 gtk4-unix-print x11)
 
 # What is asked of a desktop, with the toolkit's own headers. Nothing of it may run before main, and
@@ -42,6 +44,7 @@ add_library(KorvaneDesktop STATIC
     Desktop/Linux/WebKitDesktop.cpp
     Desktop/Linux/WebKitWindow.cpp
     Desktop/Linux/WindowKeys.cpp
+    Desktop/Linux/WindowManager.cpp
     Desktop/Linux/WindowPlace.cpp
     Desktop/Linux/X11Position.cpp
     Desktop/Linux/X11Windows.cpp
@@ -55,12 +58,14 @@ embed_text(KorvaneDesktop FILE Desktop/Linux/StatusNotifierItem.xml
     NAME korvane::runner::statusNotifierItemInterface)
 target_link_libraries(KorvaneDesktop PUBLIC Ambrel)
 target_include_directories(KorvaneDesktop SYSTEM PRIVATE
-    ${gio_INCLUDE_DIRS} ${webkit_INCLUDE_DIRS})
+    ${gio_INCLUDE_DIRS} ${webkit_INCLUDE_DIRS} ${xcb_INCLUDE_DIRS} ${xres_INCLUDE_DIRS})
 target_compile_options(KorvaneDesktop PRIVATE
     -ffunction-sections -fdata-sections $<$<CONFIG:Release>:-Os>)
 
 include(LazyObjects)
-add_lazy_objects(KorvaneDesktop Gio "${gio_LINK_LIBRARIES}" WebKit "${webkit_LINK_LIBRARIES}")
+add_lazy_objects(KorvaneDesktop
+    Gio "${gio_LINK_LIBRARIES}" Xcb "${xcb_LINK_LIBRARIES}" XRes "${xres_LINK_LIBRARIES}"
+    WebKit "${webkit_LINK_LIBRARIES}")
 
 target_link_libraries(korvane-runner PRIVATE KorvaneDesktop-late)
 

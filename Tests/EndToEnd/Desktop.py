@@ -142,7 +142,7 @@ def endOwners(windows):
     owners = {window.process for some in windows.values() for window in some}
     for owner in owners:
         os.kill(owner, signal.SIGTERM)
-    awaitCondition(lambda: not any(map(_isRunning, owners)),
+    awaitCondition(lambda: not any(map(isRunning, owners)),
                    lambda: f"processes {owners} do not all end")
 
 
@@ -153,7 +153,7 @@ def endPrograms(processes, windows):
         awaitCondition(lambda: process.poll() is not None, lambda: f"{name} does not end")
 
 
-def _isRunning(process):
+def isRunning(process):
     try:
         status = pathlib.Path(f"/proc/{process}/stat").read_text()
     except OSError:

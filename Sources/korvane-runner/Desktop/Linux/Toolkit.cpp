@@ -3,6 +3,8 @@
 #include "Ambrel/Platform/LibraryError.h"
 #include "LazyGio.h"
 #include "LazyWebKit.h"
+#include "LazyXRes.h"
+#include "LazyXcb.h"
 #include "korvane-runner/Desktop/WebDesktop.h"
 
 namespace korvane::runner {
@@ -18,6 +20,15 @@ void open(void (*load)(), const char* package) {
     }
 }
 
+bool tryOpen(void (*load)()) noexcept {
+    try {
+        load();
+        return true;
+    } catch (const ambrel::LibraryError&) {
+        return false;
+    }
+}
+
 } // namespace
 
 void openGio() { open(ambrel::loadGio, "libglib2.0-0"); }
@@ -26,5 +37,8 @@ void openEngine() {
     openGio();
     open(ambrel::loadWebKit, "libwebkitgtk-6.0-4");
 }
+
+bool openXcb() noexcept { return tryOpen(ambrel::loadXcb); }
+bool openXRes() noexcept { return tryOpen(ambrel::loadXRes); }
 
 } // namespace korvane::runner
