@@ -81,7 +81,7 @@ TEST_CASE("a picture that does not decode gives way to the next that suffices") 
     const auto whole = iconFile({{128, green}, {32, blue}});
     auto both = broken + whole.substr(8);
     const auto length = static_cast<std::uint32_t>(both.size());
-    for (int i = 0; i < 4; ++i) both[4 + i] = static_cast<char>(length >> (8 * (3 - i)));
+    for (std::size_t i = 0; i < 4; ++i) both[4 + i] = static_cast<char>(length >> (24 - 8 * i));
     writeFile(file, both);
 
     CHECK(middles(menuBarImage({.own = file, .app = {}}, false)) == allOf(green));

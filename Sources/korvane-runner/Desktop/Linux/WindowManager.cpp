@@ -185,7 +185,7 @@ private:
 
 } // namespace
 
-void WindowManager::bringToFront(const std::set<int>& processes) noexcept {
+void windowManager::bringToFront(const std::set<int>& processes) noexcept {
     if (openXcb()) Server().bringToFront(processes);
 }
 

@@ -6,12 +6,12 @@ namespace korvane::runner {
 
 /// What one asks the window manager of the X server that the environment names, by the Extended
 /// Window Manager Hints. Waits for the server, for ever where that does not answer.
-namespace WindowManager {
+namespace windowManager {
 
 /// As ProgramWindows says. Without effect where there is no server, no window manager or not the
 /// library to talk to them.
 void bringToFront(const std::set<int>& processes) noexcept;
 
-} // namespace WindowManager
+} // namespace windowManager
 
 } // namespace korvane::runner

@@ -38,7 +38,7 @@ struct X11Windows::State {
     }
 
     void work() {
-        while (const auto processes = next()) WindowManager::bringToFront(*processes);
+        while (const auto processes = next()) windowManager::bringToFront(*processes);
     }
 };
 
