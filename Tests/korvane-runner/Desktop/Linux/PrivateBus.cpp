@@ -16,16 +16,6 @@ std::string configuration(const Path& socket) {
            "<allow own=\"*\"/></policy></busconfig>\n";
 }
 
-void onMethod(GDBusConnection*, const char*, const char*, const char*, const char* method,
-              GVariant* arguments, GDBusMethodInvocation* call, gpointer answer) {
-    GVariant* result = (*static_cast<BusPeer::Answer*>(answer))(method, arguments);
-    if (result != nullptr) {
-        g_dbus_method_invocation_return_value(call, result);
-    } else {
-        g_dbus_method_invocation_return_dbus_error(call, "org.example.Error", "no");
-    }
-}
-
 struct Asked {
     GVariant* answer = nullptr;
     GError* error = nullptr;
@@ -115,13 +105,26 @@ void BusPeer::listen(const char* interface, Heard heard) const {
     callBus("GetId", nullptr);
 }
 
+void BusPeer::onMethod(GDBusConnection*, const char*, const char*, const char*, const char* method,
+                       GVariant* arguments, GDBusMethodInvocation* call, gpointer self) {
+    auto& peer = *static_cast<BusPeer*>(self);
+    const auto flags = g_dbus_message_get_flags(g_dbus_method_invocation_get_message(call));
+    if ((flags & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) != 0) ++peer.callsWithoutAnswer_;
+    GVariant* result = (*peer.answer_)(method, arguments);
+    if (result != nullptr) {
+        g_dbus_method_invocation_return_value(call, result);
+    } else {
+        g_dbus_method_invocation_return_dbus_error(call, "org.example.Error", "no");
+    }
+}
+
 void BusPeer::serve(const char* path, const char* interfaceXml, Answer answer) {
     answer_ = std::make_unique<Answer>(std::move(answer));
     GDBusNodeInfo* node = g_dbus_node_info_new_for_xml(interfaceXml, nullptr);
     REQUIRE(node != nullptr);
     static const GDBusInterfaceVTable table{onMethod, nullptr, nullptr, {}};
-    REQUIRE(g_dbus_connection_register_object(connection_, path, node->interfaces[0], &table,
-                                              answer_.get(), nullptr, nullptr) != 0);
+    REQUIRE(g_dbus_connection_register_object(connection_, path, node->interfaces[0], &table, this,
+                                              nullptr, nullptr) != 0);
     g_dbus_node_info_unref(node);
 }
 

@@ -54,6 +54,8 @@ public:
     /// arguments: a floating tuple, or null for an error.
     using Answer = std::function<GVariant*(const std::string& method, GVariant* arguments)>;
     void serve(const char* path, const char* interfaceXml, Answer answer);
+    /// How many of the callers until now wait for no answer.
+    int callsWithoutAnswer() const { return callsWithoutAnswer_; }
 
     /// What a method of another program answers, as GVariant prints it, or the name of the error.
     /// The default context runs meanwhile.
@@ -61,10 +63,14 @@ public:
                     const char* method, GVariant* arguments) const;
 
 private:
+    static void onMethod(GDBusConnection*, const char*, const char*, const char*,
+                         const char* method, GVariant* arguments, GDBusMethodInvocation* call,
+                         gpointer self);
     void callBus(const char* method, GVariant* arguments) const;
 
     GDBusConnection* connection_;
     std::unique_ptr<Answer> answer_;
+    int callsWithoutAnswer_ = 0;
 };
 
 /// The value as GVariant prints it, types included.

@@ -224,7 +224,7 @@ TEST_CASE("whoever owns a name, now or later, is told once by the connection's o
     CHECK(owners[1] != owners[0]);
 }
 
-TEST_CASE("a call that nobody waits for arrives, and a flush does not wait for its answer") {
+TEST_CASE("a call that nobody waits for arrives, and asks for no answer") {
     const PrivateBus privateBus;
     Strings heard;
     BusPeer peer(privateBus);
@@ -240,6 +240,11 @@ TEST_CASE("a call that nobody waits for arrives, and a flush does not wait for i
 
     while (heard.empty()) g_main_context_iteration(nullptr, TRUE);
     CHECK(heard == Strings{"Double (4,)"});
+    CHECK(peer.callsWithoutAnswer() == 1);
+    bus.call(service, method, g_variant_new("(i)", 5), "(i)", [](GVariant*) {});
+    bus.flush(1h);
+    CHECK(heard == Strings{"Double (4,)", "Double (5,)"});
+    CHECK(peer.callsWithoutAnswer() == 1);
 }
 
 TEST_CASE("where there is no bus none is started") {
