@@ -1,10 +1,8 @@
 #include "korvane-runner/StatusItem/GenericIcon.h"
 
 #include "Ambrel/Graphics/Canvas.h"
-#include "Ambrel/Graphics/NearestByte.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace korvane::runner {
 
@@ -23,23 +21,34 @@ struct RoundBox {
     double bottom;
     double radius;
 
-    /// How far a point lies outside; negative inside.
-    double distance(double x, double y) const {
-        const double fromMiddleX = std::abs(x - (left + right) / 2) - ((right - left) / 2 - radius);
-        const double fromMiddleY = std::abs(y - (top + bottom) / 2) - ((bottom - top) / 2 - radius);
-        const double outside = std::hypot(std::max(fromMiddleX, 0.0), std::max(fromMiddleY, 0.0));
-        return outside + std::min(std::max(fromMiddleX, fromMiddleY), 0.0) - radius;
+    bool holds(double x, double y) const {
+        const auto beyond = [this](double at, double from, double to) {
+            return std::max({from + radius - at, at - (to - radius), 0.0});
+        };
+        const double across = beyond(x, left, right);
+        const double down = beyond(y, top, bottom);
+        return across * across + down * down <= radius * radius;
     }
 };
 
-/// How much of each pixel a shape covers, by how far the pixel's middle lies outside.
-template <class Distance> Coverage coverageOf(std::uint32_t side, const Distance& distance) {
+/// How much of each pixel a shape covers, by a grid of points in it.
+template <class Shape> Coverage coverageOf(std::uint32_t side, const Shape& holds) {
+    constexpr int grid = 4;
     const int length = static_cast<int>(side);
     Coverage coverage{.width = length, .height = length, .pixels = {}};
+    const auto pointsIn = [&](int left, int top) {
+        int count = 0;
+        for (int point = 0; point < grid * grid; ++point) {
+            const double x = left + (point % grid + 0.5) / grid;
+            const double y = top + (point / grid + 0.5) / grid;
+            count += holds(x, y) ? 1 : 0;
+        }
+        return count;
+    };
     for (int y = 0; y < length; ++y) {
         for (int x = 0; x < length; ++x) {
-            const double covered = std::clamp(0.5 - distance(x + 0.5, y + 0.5), 0.0, 1.0);
-            coverage.pixels.push_back(nearestByte(static_cast<float>(covered * 255)));
+            coverage.pixels.push_back(
+                static_cast<std::uint8_t>(pointsIn(x, y) * 255 / (grid * grid)));
         }
     }
     return coverage;
@@ -51,15 +60,15 @@ Image genericIcon(std::uint32_t side, bool isTemplate) {
     const double unit = side / 22.0;
     const RoundBox frame{2 * unit, 3 * unit, 20 * unit, 19 * unit, 3 * unit};
     const RoundBox body{3.5 * unit, 7.5 * unit, 18.5 * unit, 17.5 * unit, 1.5 * unit};
-    const auto outside = [&](double x, double y) { return frame.distance(x, y); };
-    const auto inside = [&](double x, double y) { return body.distance(x, y); };
-    const auto around = [&](double x, double y) { return std::max(outside(x, y), -inside(x, y)); };
+    const auto inFrame = [&](double x, double y) { return frame.holds(x, y); };
+    const auto inBody = [&](double x, double y) { return body.holds(x, y); };
+    const auto between = [&](double x, double y) { return inFrame(x, y) && !inBody(x, y); };
     Image image{side, side, std::vector<std::uint8_t>(std::size_t{side} * side * 4)};
     if (isTemplate) {
-        paint(image, coverageOf(side, around), frameColor);
+        paint(image, coverageOf(side, between), frameColor);
     } else {
-        paint(image, coverageOf(side, outside), frameColor);
-        paint(image, coverageOf(side, inside), bodyColor);
+        paint(image, coverageOf(side, inFrame), frameColor);
+        paint(image, coverageOf(side, inBody), bodyColor);
     }
     return image;
 }

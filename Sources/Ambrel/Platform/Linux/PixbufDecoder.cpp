@@ -1,7 +1,6 @@
 #include "Ambrel/Platform/Linux/ImageDecoders.h"
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
 
 // Before the library's own header, whose functions it renames.
@@ -25,7 +24,8 @@ constexpr double drawingSide = 1024;
 void fitDrawing(GdkPixbufLoader* loader, int width, int height) {
     const double factor = drawingSide / std::max({width, height, 1});
     const auto scaled = [&](int side) {
-        return std::max(1, static_cast<int>(std::lround(side * factor)));
+        constexpr double half = 0.5; // nothing here is negative: cutting off then rounds
+        return std::max(1, static_cast<int>(side * factor + half));
     };
     gdk_pixbuf_loader_set_size(loader, scaled(width), scaled(height));
 }
