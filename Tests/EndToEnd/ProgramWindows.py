@@ -156,6 +156,14 @@ class OnX11(InDesktop):
 
         self.awaitFront("other", "passed-on")
 
+    def test_a_window_manager_that_tells_no_order_is_asked_for_all_windows(self):
+        self.open("first", "other")
+        self.do("xprop", "-root", "-remove", "_NET_CLIENT_LIST_STACKING")
+
+        self.bring("first")
+
+        self.awaitFront("other", "first")
+
     def test_a_process_without_windows_changes_nothing(self):
         self.open("first", "other")
         self.processes["nobody"] = self.caller.pid

@@ -39,10 +39,12 @@ public:
         if (xcb_connection_has_error(server_.get()) != 0 || !findRoot()) return;
         internAtoms();
         hasClientIds_ = openXRes() && hasExtension("X-Resource");
-        const auto stacking = numbers(ask(root_, clientList_));
+        auto windows = numbers(ask(root_, stacking_));
+        // Window managers that only tile need not tell which window lies over which.
+        if (windows.empty()) windows = numbers(ask(root_, clientList_));
         const auto current = numbers(ask(root_, currentDesktop_));
         const auto desktop = current.empty() ? std::nullopt : std::optional(current.front());
-        for (const auto& window : windowsOf(processes, stacking)) raise(window, desktop);
+        for (const auto& window : windowsOf(processes, windows)) raise(window, desktop);
         // What the server has answered after it has all arrived.
         owned(
             xcb_get_input_focus_reply(server_.get(), xcb_get_input_focus(server_.get()), nullptr));
@@ -76,7 +78,8 @@ private:
             xcb_atom_t& atom;
             xcb_intern_atom_cookie_t cookie{};
         };
-        Wanted all[] = {{"_NET_CLIENT_LIST_STACKING", clientList_},
+        Wanted all[] = {{"_NET_CLIENT_LIST_STACKING", stacking_},
+                        {"_NET_CLIENT_LIST", clientList_},
                         {"_NET_CURRENT_DESKTOP", currentDesktop_},
                         {"_NET_WM_DESKTOP", windowDesktop_},
                         {"_NET_WM_PID", processId_},
@@ -119,9 +122,9 @@ private:
 
     /// Those of the processes, in the same order.
     std::vector<Window> windowsOf(const std::set<int>& processes,
-                                  const std::vector<std::uint32_t>& stacking) {
+                                  const std::vector<std::uint32_t>& windows) {
         std::vector<Questions> asked;
-        for (const auto window : stacking) asked.push_back(questionsFor(window));
+        for (const auto window : windows) asked.push_back(questionsFor(window));
         std::vector<Window> result;
         for (const auto& questions : asked) {
             const auto desktop = numbers(questions.desktop);
@@ -176,6 +179,7 @@ private:
     std::unique_ptr<xcb_connection_t, Disconnect> server_;
     xcb_window_t root_ = XCB_NONE;
     bool hasClientIds_ = false;
+    xcb_atom_t stacking_ = XCB_NONE;
     xcb_atom_t clientList_ = XCB_NONE;
     xcb_atom_t currentDesktop_ = XCB_NONE;
     xcb_atom_t windowDesktop_ = XCB_NONE;
