@@ -34,11 +34,15 @@ std::vector<Image> imagesInOtherFile(std::string_view file) {
     return isWindowsIcon(file) ? imagesInWindowsIcon(file) : images::decode(file);
 }
 
+/// More than a real file has; those that do not decode cost time, too.
+constexpr std::size_t mostTried = 32;
+
 /// The first that decodes when they are tried in the order that `isBefore` says, by the headers.
 template <class Order>
 std::optional<Image> firstInAppleIcon(std::string_view file, const Order& isBefore) {
     auto pictures = icns::pictures(file);
     std::ranges::stable_sort(pictures, isBefore);
+    if (pictures.size() > mostTried) pictures.resize(mostTried);
     for (const auto& picture : pictures) {
         auto image = icns::decode(picture, decodePayload);
         if (image) return image;

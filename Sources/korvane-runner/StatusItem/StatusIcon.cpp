@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
+#include <utility>
 
 namespace korvane::runner {
 
@@ -34,8 +35,8 @@ std::optional<Image> readAppPicture(const Path& app) noexcept {
 }
 
 /// `image` in the middle of a transparent square.
-Image squared(const Image& image) {
-    const auto side = std::max(image.width, image.height);
+Image squared(const Image& image, std::uint32_t side) {
+    if (image.width == side && image.height == side) return image;
     Image square{side, side, std::vector<std::uint8_t>(std::size_t{side} * side * 4)};
     const std::size_t left = (side - image.width) / 2;
     const std::size_t top = (side - image.height) / 2;
@@ -47,24 +48,38 @@ Image squared(const Image& image) {
     return square;
 }
 
-std::vector<Image> inAllSizes(const Image& square) {
-    Scaler scaler(square);
-    std::vector<Image> sizes;
+/// The whole picture with its proportions.
+StatusImage imageOf(const Image& picture, bool isTemplate) {
+    const std::uint64_t longest = std::max(picture.width, picture.height);
+    Scaler scaler(picture);
+    StatusImage image{{}, isTemplate};
     for (auto side = statusSides.rbegin(); side != statusSides.rend(); ++side) {
-        sizes.push_back(scaler.scaledTo(*side, *side));
+        const auto scaled = [&](std::uint64_t length) {
+            return static_cast<std::uint32_t>(
+                std::max((length * *side + longest / 2) / longest, std::uint64_t{1}));
+        };
+        image.sizes.push_back(
+            squared(scaler.scaledTo(scaled(picture.width), scaled(picture.height)), *side));
     }
-    std::ranges::reverse(sizes);
-    return sizes;
+    std::ranges::reverse(image.sizes);
+    return image;
+}
+
+std::optional<StatusImage> tryMake(const std::optional<Image>& picture, bool isTemplate) noexcept {
+    try {
+        return picture ? std::optional(imageOf(*picture, isTemplate)) : std::nullopt;
+    } catch (const std::exception&) {
+        return std::nullopt; // too large for this machine
+    }
 }
 
 } // namespace
 
 StatusImage menuBarImage(const StatusIconFiles& files, bool isTemplate) noexcept {
-    auto picture = readPicture(files.own);
-    if (!picture) picture = readAppPicture(files.app);
-    if (!picture) picture = genericIcon(statusSides.back(), isTemplate);
-    if (picture->width != picture->height) picture = squared(*picture);
-    return {inAllSizes(*picture), isTemplate};
+    auto image = tryMake(readPicture(files.own), isTemplate);
+    if (!image) image = tryMake(readAppPicture(files.app), isTemplate);
+    return image ? std::move(*image)
+                 : imageOf(genericIcon(statusSides.back(), isTemplate), isTemplate);
 }
 
 } // namespace korvane::runner

@@ -110,6 +110,19 @@ TEST_CASE("a picture that is not square keeps its proportions, in the middle") {
     CHECK(pixelAt(largest, 22, 34) == clear);
 }
 
+TEST_CASE("a picture as thin as a hair costs no more than its pixels") {
+    const TempDir tmp;
+    const auto file = tmp / "AppIcon.icns";
+    writeFile(file, images::encodePng(filledPicture(32768, 1, green)));
+
+    const auto image = menuBarImage({.own = file, .app = {}}, false);
+    checkSides(image);
+    for (const auto& size : image.sizes) {
+        CHECK(pixelAt(size, 0, (size.height - 1) / 2) == green);
+        CHECK(pixelAt(size, size.width - 1, 0) == clear);
+    }
+}
+
 TEST_CASE("without an icon of its own an instance has its application's, else a drawn one") {
     const TempDir tmp;
     const auto app = AppBundleBuilder(tmp / "App.app")
