@@ -37,6 +37,7 @@ struct DBusMenu::State : std::enable_shared_from_this<State> {
     std::vector<StatusMenuEntry> entries;
     DBusMenuTree tree;
     AppLoop& loop;
+    std::set<std::size_t> chosen{}; ///< and not done yet
 
     State(std::vector<StatusMenuEntry> all, AppLoop& where)
         : entries(std::move(all)), tree(entries), loop(where) {}
@@ -121,11 +122,15 @@ struct DBusMenu::State : std::enable_shared_from_this<State> {
         return true;
     }
 
-    /// Not at once: the panel is to have its answer before what is chosen may end the program.
+    /// Not at once: the panel is to have its answer before what is chosen may end the program. And
+    /// once for all that is chosen until then: nobody clicks that fast.
     void choose(std::size_t index) {
-        if (!entries[index].chosen) return;
+        if (!entries[index].chosen || !chosen.insert(index).second) return;
         loop.post([weak = weak_from_this(), index] {
-            if (const auto state = weak.lock()) state->entries[index].chosen();
+            const auto state = weak.lock();
+            if (!state) return;
+            state->chosen.erase(index);
+            state->entries[index].chosen();
         });
     }
 
