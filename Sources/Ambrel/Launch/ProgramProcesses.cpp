@@ -1,7 +1,9 @@
 #include "Ambrel/Launch/ProgramProcesses.h"
 
+#include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Home/HomePreparation.h"
 #include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileSystem.h"
 
 #include <algorithm>
@@ -36,6 +38,33 @@ private:
     const std::vector<ProcessSeen>& processes_;
 };
 
+/// What a process of an instance is known by that nobody of the instance is above any more.
+class Signs {
+public:
+    Signs(const ResolvedInstance& instance, const UserPlaces& user) {
+        if (!instance.home.empty()) {
+            log_ =
+                folders::canonical(paths::join(instance.home, InstanceLauncher::instanceLogName));
+            logNow_ = FileIdentity::ofFileAt(log_);
+        }
+        if (HomePreparation::isPrivate(instance, user)) home_ = instance.home;
+    }
+
+    bool areOn(const ProcessSeen& process) const {
+        if (!process.isUsers) return false;
+        return isLog(process.output) || isLog(process.error) || (home_ && process.home == home_);
+    }
+
+private:
+    bool isLog(const std::optional<HeldFile>& file) const {
+        return file && file->isOrWas(log_, logNow_);
+    }
+
+    Path log_; ///< empty where there is none
+    std::optional<FileIdentity> logNow_;
+    std::optional<Path> home_; ///< absent where it would be that of every process of the user
+};
+
 } // namespace
 
 bool isRunner(const ProcessSeen& process) {
@@ -52,15 +81,15 @@ bool isRunner(const ProcessSeen& process) {
 }
 
 std::set<int> processesOf(int program, const ResolvedInstance& instance, const UserPlaces& user) {
-    const bool isHomeTelling = HomePreparation::isPrivate(instance, user);
+    const Signs signs(instance, user);
     const auto processes = runningProcesses();
     const Descent descent(processes);
     std::set<int> found;
     for (const auto& process : processes) {
         const auto* owner = descent.ownerOf(process, program);
-        const bool isLeftBehind =
-            owner == nullptr && isHomeTelling && process.isUsers && process.home == instance.home;
-        if (isLeftBehind || (owner != nullptr && owner->id == program)) found.insert(process.id);
+        if (owner != nullptr ? owner->id == program : signs.areOn(process)) {
+            found.insert(process.id);
+        }
     }
     return found;
 }

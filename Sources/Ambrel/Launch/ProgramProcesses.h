@@ -12,9 +12,9 @@ bool isRunner(const ProcessSeen& process);
 
 /// The processes whose windows are those of `program`, which was started for `instance`: the
 /// program itself, what descends from it, and what it left behind: processes of this user, no
-/// longer its descendants, whose HOME is the instance's home. A home that is not private tells
-/// nothing. What descends from the runner of another instance is that one's. One look at all
-/// processes.
+/// longer its descendants, that write into the instance's log or whose HOME is the instance's home.
+/// A home that is not private tells nothing. What descends from the runner of another instance is
+/// that one's. One look at all processes.
 std::set<int> processesOf(int program, const ResolvedInstance& instance, const UserPlaces& user);
 
 } // namespace ambrel

@@ -53,6 +53,19 @@ TEST_CASE("to a program belong what descends from it and what it left with the i
     ::kill(left, SIGKILL);
 }
 
+TEST_CASE("what writes into the instance's log belongs to it, whatever its home and its parent") {
+    Scene scene;
+    const auto pid = scene.tmp / "pid";
+    const auto log = scene.home + "/korvane-instance.log";
+    const Waiting program({{"HOME", scene.user.path()}},
+                          "(sleep 1000 >" + quoted(log) + " & echo $! >" + quoted(pid) +
+                              "; until [ /proc/$!/fd/1 -ef " + quoted(log) + " ]; do :; done)");
+    const int left = std::stoi(readFile(pid));
+
+    CHECK(scene.of(program) == std::set{program.id(), left});
+    ::kill(left, SIGKILL);
+}
+
 TEST_CASE("another program is not the instance's by its home when that is the user's too") {
     Scene scene;
     const Waiting program({{"HOME", scene.user.path()}});
