@@ -94,8 +94,7 @@ void WebAppDelegate::loadSite() {
 void WebAppDelegate::present() {
     if (!window_) return;
     window_->present();
-    // What a window manager may refuse a window it does not refuse a panel, and this is asked by
-    // one.
+    // A window manager may refuse it to a window that nobody has just clicked into.
     desktop_.windows().bringToFront({ownProcessId()});
 }
 

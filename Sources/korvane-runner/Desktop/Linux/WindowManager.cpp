@@ -2,6 +2,7 @@
 
 #include "korvane-runner/Desktop/Linux/Toolkit.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
