@@ -13,6 +13,11 @@ MenuBarDelegate::MenuBarDelegate(const ambrel::ResolvedInstance& instance,
       desktop_(desktop) {}
 
 void MenuBarDelegate::applicationDidFinishLaunching() {
+    constexpr std::chrono::milliseconds moment(300);
+    desktop_.loop().after(moment, [this] { showItem(); });
+}
+
+void MenuBarDelegate::showItem() {
     statusItem_.emplace(
         instance_.config, icons_, desktop_.statusArea(), [this] { focus(); }, [this] { quit(); });
 }

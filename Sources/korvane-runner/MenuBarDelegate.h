@@ -19,10 +19,13 @@ public:
     MenuBarDelegate(const MenuBarDelegate&) = delete;
     MenuBarDelegate& operator=(const MenuBarDelegate&) = delete;
 
-    /// Shows the item. The program's end is for an AttendedProgram on the same loop.
+    /// Has the item shown in a moment: a program that hands over to a copy that runs already ends
+    /// before, and its item would only flicker. The program's end is for an AttendedProgram on the
+    /// same loop.
     void applicationDidFinishLaunching();
 
 private:
+    void showItem();
     void focus();
     void quit();
 

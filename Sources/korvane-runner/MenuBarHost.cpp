@@ -12,13 +12,10 @@ int MenuBarHost::run(const ambrel::ResolvedInstance& instance, const ambrel::Use
     AttendedProgram attended(process, signals); // before the desktop, which starts threads
     const auto desktop = openDesktop();
     attended.attachTo(desktop->loop());
-    int status = 0;
-    {
-        MenuBarDelegate delegate(instance, user, icons, process, *desktop);
-        delegate.applicationDidFinishLaunching();
-        status = desktop->loop().run();
-    }
-    desktop->flush(); // whoever chose "Quit" waits for an answer
+    MenuBarDelegate delegate(instance, user, icons, process, *desktop);
+    delegate.applicationDidFinishLaunching();
+    const int status = desktop->loop().run();
+    desktop->flush(); // with the item still there, for panels that are about to ask it
     return status;
 }
 

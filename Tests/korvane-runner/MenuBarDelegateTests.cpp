@@ -31,6 +31,8 @@ struct Stage {
         process->launch();
         delegate.emplace(instance, places, StatusIconFiles{}, *process, desktop);
         delegate->applicationDidFinishLaunching();
+        CHECK_FALSE(desktop.fakeStatusArea.shown);
+        desktop.fakeLoop.letTimePass();
     }
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;

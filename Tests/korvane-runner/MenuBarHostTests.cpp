@@ -19,6 +19,7 @@ using namespace korvane::test;
 namespace {
 
 constexpr int refused = 77;
+constexpr int failed = 78;
 
 /// An instance with a status item whose program is a shell with `script`.
 struct Stage {
@@ -30,11 +31,20 @@ struct Stage {
     int host(const Scene& scene) const {
         const auto pid = ::fork();
         REQUIRE(pid >= 0);
-        if (pid == 0) ::_exit(hostHere(scene));
+        if (pid == 0) ::_exit(hostAndReturn(scene));
         int status = 0;
         REQUIRE(::waitpid(pid, &status, 0) == pid);
         REQUIRE(WIFEXITED(status));
         return WEXITSTATUS(status);
+    }
+
+    /// Whatever happens: the process must not go on with other tests.
+    int hostAndReturn(const Scene& scene) const noexcept {
+        try {
+            return hostHere(scene);
+        } catch (...) {
+            return failed;
+        }
     }
 
     int hostHere(const Scene& scene) const {
@@ -56,6 +66,7 @@ struct Stage {
     std::unique_ptr<Desktop> openDesktop(const Scene& scene, ChildProcess& process) const {
         if (isRefused) throw DesktopError("there is none");
         auto desktop = std::make_unique<FakeDesktop>();
+        desktop->whenFlushed = whenFlushed;
         desktop->fakeLoop.whenRun = [raw = desktop.get(), scene, &process] {
             scene(*raw, process);
             raw->fakeLoop.serveUntilEnd();
@@ -69,6 +80,7 @@ struct Stage {
     bool isRefused = false;
     std::function<void(ChildProcess&)> before;
     std::function<int(ChildProcess&, const SignalHold&)> afterRefusal;
+    std::function<void(bool hasItem)> whenFlushed;
 };
 
 void watch(FakeDesktop&, ChildProcess&) {}
@@ -93,6 +105,7 @@ TEST_CASE("a program that has ended already has no item, and its status is the h
 TEST_CASE("quitting from the menu ends the program, and then the host with its status") {
     const Stage untroubled("exec sleep 1000");
     CHECK(untroubled.host([](FakeDesktop& desktop, ChildProcess&) {
+        desktop.fakeLoop.letTimePass();
         desktop.fakeStatusArea.choose("Quit Work");
     }) == SIGTERM);
 
@@ -102,8 +115,26 @@ TEST_CASE("quitting from the menu ends the program, and then the host with its s
     const Stage saving("exec 2>/dev/null; trap 'exit 5' TERM; echo ready >" +
                        quoted(report.path()) + "; read x <" + quoted(withoutWriter.path()));
     CHECK(saving.host([&](FakeDesktop& desktop, ChildProcess&) {
+        desktop.fakeLoop.letTimePass();
         if (report.line() == "ready") desktop.fakeStatusArea.choose("Quit Work");
     }) == 5);
+}
+
+TEST_CASE("what was said to the desktop is sent off before the item goes") {
+    const TempDir tmp;
+    Stage stage("exec sleep 1000");
+    stage.whenFlushed = [&](bool hasItem) {
+        writeFile(tmp / "flushed", hasItem ? "item" : "none");
+    };
+
+    const int status = stage.host([](FakeDesktop& desktop, ChildProcess& process) {
+        desktop.fakeLoop.letTimePass();
+        process.sendSignal(SIGKILL);
+    });
+
+    CHECK(status == SIGKILL);
+
+    CHECK(readFile(tmp / "flushed") == "item");
 }
 
 TEST_CASE("signals that ask the host to end are passed on to the program") {

@@ -57,11 +57,14 @@ struct FakeDesktop final : runner::Desktop {
     runner::AppLoop& loop() override { return fakeLoop; }
     runner::StatusArea& statusArea() override { return fakeStatusArea; }
     runner::ProgramWindows& windows() override { return fakeWindows; }
-    void flush() override {}
+    void flush() override {
+        if (whenFlushed) whenFlushed(fakeStatusArea.shown.has_value());
+    }
 
     FakeLoop fakeLoop;
     FakeStatusArea fakeStatusArea;
     FakeWindows fakeWindows;
+    std::function<void(bool hasItem)> whenFlushed;
 };
 
 } // namespace korvane::test

@@ -84,11 +84,13 @@ struct StatusNotifierItem::State {
 
     /// Without a name, which a program whose processes are counted apart may have taken, the object
     /// is that of this connection. To the one `owner`, because a name would start a program.
+    /// flush() waits for the answer: a panel that hears of an item that has gone by then may show
+    /// it for as long as it runs.
     void registerAt(const char* owner) const {
         constexpr SessionBus::Member method{"/StatusNotifierWatcher", watcher,
                                             "RegisterStatusNotifierItem"};
         bus.call(owner, method, g_variant_new("(s)", name.empty() ? path : name.c_str()), "()",
-                 nullptr);
+                 [](GVariant*) {});
     }
 };
 
