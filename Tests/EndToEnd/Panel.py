@@ -7,7 +7,7 @@ import signal
 import subprocess
 import time
 
-from Desktop import awaitCondition
+from Desktop import awaitCondition, isRunning
 
 _sizeOfSlot = 32
 _rowsFromTop = {"heading": 16}
@@ -57,16 +57,24 @@ class Panel:
             self._started = None
         else:
             os.kill(self._process, number)
-        awaitCondition(lambda: not self._hasHost(), lambda: "the panel does not end")
+            # Another one would take it for its own self until it has ended.
+            awaitCondition(lambda: not isRunning(self._process), lambda: "the panel does not end")
+        awaitCondition(lambda: not self.isThere(), lambda: "the panel's part does not end")
 
-    def start(self):
+    def start(self, **environment):
         """Starts another one in place of one that was ended."""
         self._started = subprocess.Popen(
-            [self._user.session["PANEL_COMMAND"]], env=self._user.environment(),
-            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        awaitCondition(self._hasHost, lambda: "no panel")
+            [self._user.session["PANEL_COMMAND"]],
+            env={**self._user.environment(), **environment}, stdin=subprocess.DEVNULL,
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        awaitCondition(self.isThere, lambda: f"no panel: {self._started.poll()}")
+
+    def restart(self):
+        self.end(signal.SIGTERM)
+        self.start()
 
     def close(self):
+        """Ends one that was started in place of the session's own."""
         if self._started:
             self.end()
 
@@ -75,7 +83,8 @@ class Panel:
         self._user.run("xfconf-query", "-c", "xfce4-panel", "-p", "/panels/dark-mode", "-n",
                        "-t", "bool", "-s", "true" if isDark else "false")
 
-    def _hasHost(self):
+    def isThere(self):
+        """Whether there is a panel that shows items."""
         command = ["gdbus", "call", "--session", "--dest", "org.kde.StatusNotifierWatcher",
                    "--object-path", "/StatusNotifierWatcher", "--method",
                    "org.freedesktop.DBus.Properties.Get", "org.kde.StatusNotifierWatcher",

@@ -12,9 +12,9 @@ from StatusItems import StatusItemTests, menuInterface
 # Names that something on the way might take for something else.
 oddNames = {
     "underlines": "_a __b___ c_", "ampersands": "Tom & Jerry &amp; co", "markup": "<b>bold</b> <a",
-    "emoji": "Mail 📬🏴‍☠️", "right to left": "דואר بريد", "right to left override": "a\u202eb",
-    "300 characters": "Long " * 60, "one blank": " ", "a quote": "it's \"so\" \\ %s %n",
-    "combining": "e\u0301\u0323" * 5, "a new line": "first\nsecond", "a tab": "a\tb"}
+    "emoji": "Mail 📬🏴‍☠️", "right to left": "דואר بريد", "300 characters": "Long " * 60,
+    "one blank": " ", "a quote": "it's \"so\" \\ %s %n", "combining": "e\u0301\u0323" * 5,
+    "right to left override": "a\u202eb", "a new line": "first\nsecond", "a tab": "a\tb"}
 
 
 class TheItem(StatusItemTests):
@@ -44,23 +44,26 @@ class TheItem(StatusItemTests):
     def test_every_name_is_shown_as_it_stands(self):
         for kind, name in oddNames.items():
             with self.subTest(kind):
-                instance, item = self.startedRecording(displayName=name)
+                self.assertShown(name)
 
-                told = item.properties()
-                labels = [properties.get("label") for _, properties in item.entries()]
-                # An underline marks the key of an entry, and two are one that is shown.
-                shown = name.replace("_", "__")
-                self.assertEqual(labels, [shown, None, f"Show {shown}", f"Quit {shown}"])
-                self.assertEqual((told["Title"], *told["ToolTip"][2:]), (name, name, ""))
-                [slot] = self.panel.slots()
-                self.panel.openMenu(slot).close()
-                self.panel.pointAway()
-
-                item.choose(f"Quit {name}")
-                instance.awaitLog("ready\nSIGTERM\n")
-                instance.finish(0)
-                self.assertEqual(instance.ended(), (0, "", ""))
-                self.assertNoItems()
+    def assertShown(self, name):
+        instance, item = self.startedRecording(displayName=name)
+        try:
+            told = item.properties()
+            labels = [properties.get("label") for _, properties in item.entries()]
+            # An underline marks the key of an entry, and two are one that is shown.
+            label = name.replace("_", "__")
+            self.assertEqual(labels, [label, None, f"Show {label}", f"Quit {label}"])
+            self.assertEqual((told["Title"], *told["ToolTip"][2:]), (name, name, ""))
+            self.panel.openMenu().close()
+            self.panel.pointAway()
+            item.choose(f"Quit {name}")
+            instance.awaitLog("ready\nSIGTERM\n")
+            instance.finish(0)
+            self.assertEqual(instance.ended(), (0, "", ""))
+        finally:
+            instance.end()
+            self.assertNoItems()
 
     def test_two_instances_have_items_of_their_own(self):
         first, itemOfFirst = self.startedRecording()

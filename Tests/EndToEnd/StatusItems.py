@@ -47,7 +47,8 @@ class StatusItemTests(unittest.TestCase):
         cls.addClassCleanup(cls.desktop.close)
         cls.bus = BusClient(cls.user.session["DBUS_SESSION_BUS_ADDRESS"])
         cls.addClassCleanup(cls.bus.close)
-        cls.panel = Panel(cls.user) if "--panel" in cls.desktopOptions else None
+        cls.panel = Panel(cls.user)
+        cls.addClassCleanup(cls.panel.close)
 
     def instance(self, *command, options=("--menu-bar",), **configuration):
         """An instance that runs the command."""
@@ -93,8 +94,7 @@ class StatusItemTests(unittest.TestCase):
     def assertNoItems(self):
         awaitCondition(lambda: not registeredItems(self.bus),
                        lambda: f"there are still {registeredItems(self.bus)}")
-        if self.panel:
-            self.panel.awaitIcons(0)
+        self.panel.awaitIcons(0)
 
 
 def registeredItems(bus):
