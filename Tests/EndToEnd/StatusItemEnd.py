@@ -181,17 +181,19 @@ class BySignals(StatusItemTests):
             self.assertEqual(instance.ended(), without.ended(), number)
         self.assertNoItems()
 
-    def test_a_hang_up_that_whoever_starts_it_ignores_ends_nothing(self):
-        instance = self.instance("/bin/sleep", "1000")
-        instance.start("nohup")
-        item = self.itemOf(instance)
-
-        instance.signal(signal.SIGHUP)
-
-        item.choose(f"Show {instance.name}")
-        self.assertTrue(instance.isRunning())
-        item.choose(f"Quit {instance.name}")
-        instance.ended()
+    def test_a_hang_up_that_whoever_starts_it_ignores_is_taken_as_without_an_item(self):
+        logs = []
+        for options in ((), ("--menu-bar",)):
+            instance = self.recording(options=options)
+            instance.start("nohup")
+            instance.awaitLog("ready\n")
+            instance.signal(signal.SIGHUP)
+            instance.signal(signal.SIGTERM)
+            awaitCondition(lambda: "SIGTERM" in instance.log(), instance.log)
+            logs.append(instance.log())
+            instance.finish(8)
+            self.assertEqual(instance.ended()[0], 8)
+        self.assertEqual(*logs)
 
     def test_the_program_is_started_as_without_an_item(self):
         """With the same signals and descriptors, though the runner waits in another way."""
