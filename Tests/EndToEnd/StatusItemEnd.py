@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""How an instance with an item ends: by Quit, by itself and by signals, each with the status that it
-would have without an item."""
+"""How an instance with an item ends: by Quit and by itself, with the status that it would have
+without an item."""
 
 import os
 import pathlib
@@ -9,8 +9,6 @@ import unittest
 
 from Desktop import awaitCondition
 from StatusItems import StatusItemTests, registeredItems
-
-_forwarded = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP)
 
 
 class ByQuit(StatusItemTests):
@@ -151,87 +149,6 @@ class ByTheProgram(StatusItemTests):
         self.panel.pointAway()
         awaitCondition(lambda: not self.panel.hasMenu(), lambda: "the menu is still open")
         self.assertNoItems()
-
-
-class BySignals(StatusItemTests):
-    def test_signals_to_the_runner_reach_the_program_and_end_nothing(self):
-        for options in ((), ("--menu-bar",)):
-            with self.subTest(options):
-                instance = self.recording(options=options)
-                instance.start()
-                instance.awaitLog("ready\n")
-                expected = "ready\n"
-                for number in _forwarded:
-                    instance.signal(number)
-                    expected += f"{number.name}\n"
-                    instance.awaitLog(expected)
-                instance.finish(11)
-                self.assertEqual(instance.ended(), (11, "", ""))
-
-    def test_one_that_ends_the_program_ends_the_runner_as_without_an_item(self):
-        for number in _forwarded:
-            without = self.instance("/bin/sleep", "1000", options=())
-            without.start()
-            without.programPid()
-            without.signal(number)
-            instance, _ = self.started("/bin/sleep", "1000")
-
-            instance.signal(number)
-
-            self.assertEqual(instance.ended(), without.ended(), number)
-        self.assertNoItems()
-
-    def test_a_hang_up_that_whoever_starts_it_ignores_is_taken_as_without_an_item(self):
-        logs = []
-        for options in ((), ("--menu-bar",)):
-            instance = self.recording(options=options)
-            instance.start("nohup")
-            instance.awaitLog("ready\n")
-            instance.signal(signal.SIGHUP)
-            instance.signal(signal.SIGTERM)
-            awaitCondition(lambda: "SIGTERM" in instance.log(), instance.log)
-            logs.append(instance.log())
-            instance.finish(8)
-            self.assertEqual(instance.ended()[0], 8)
-        self.assertEqual(*logs)
-
-    def test_the_program_is_started_as_without_an_item(self):
-        """With the same signals and descriptors, though the runner waits in another way."""
-        tell = self.program("#!/bin/sh\ngrep -E '^(Sig|Shd)(Blk|Ign|Cgt|Q)|^Threads' "
-                            "/proc/self/status\nls -l /proc/$$/fd | sed 's/.* \\([0-9]* ->\\)/\\1/;"
-                            "s/[0-9]*]$//' | grep -v total\nenv | sort | "
-                            "grep -vE '^(HOME|CFFIXED_USER_HOME|_)='\n")
-        logs = []
-        for options in ((), ("--menu-bar",)):
-            instance = self.instance(tell, options=options)
-            instance.run()
-            logs.append(instance.log().replace(instance.name, "NAME").replace(
-                instance.configuration["bundleId"], "ID"))
-        self.assertNotEqual(logs[0], "")
-        self.assertEqual(*logs)
-
-    def test_an_end_of_children_that_nobody_waits_for_is_not_missed(self):
-        """Whoever starts the runner may ignore SIGCHLD, which is inherited."""
-        instance = self.recording()
-        instance.start("env", "--ignore-signal=CHLD")
-        self.itemOf(instance)
-        instance.awaitLog("ready\n")
-
-        instance.finish(6)
-
-        self.assertEqual(instance.ended(), (6, "", ""))
-
-    def test_a_runner_that_is_killed_leaves_the_program_and_no_item(self):
-        instance, item = self.startedRecording()
-        program = instance.programPid()
-
-        instance.signal(signal.SIGKILL)
-
-        instance.ended()
-        self.assertNoItems()
-        os.kill(program, signal.SIGTERM)
-        instance.awaitLog("ready\nSIGTERM\n")
-        os.kill(program, signal.SIGKILL)
 
 
 class TheManager(StatusItemTests):
