@@ -38,7 +38,8 @@ def await_(condition, what):
 class Waiting:
     """A runner whose program tells when it was started, and waits for a line then."""
 
-    program = ('import sys, time\nprint(time.monotonic(), file=open(sys.argv[1], "w"), flush=True)\n'
+    program = ("import sys, time\n"
+               'print(time.monotonic(), file=open(sys.argv[1], "w"), flush=True)\n'
                "sys.stdin.readline()\n")
 
     def __init__(self, runner, told):

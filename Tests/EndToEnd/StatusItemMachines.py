@@ -16,7 +16,7 @@ from StatusItems import StatusItemTests, itemsOf, registeredItems, watcher
 
 class WithoutMuch(StatusItemTests):
     def assertRunsAsEver(self, instance):
-        """A recording program that has just been started gets its signals, and its status counts."""
+        """A recording program that was just started gets its signals, and its status counts."""
         before = instance.log()
         for number in (signal.SIGTERM, signal.SIGHUP, signal.SIGINT):
             instance.signal(number)

@@ -38,7 +38,8 @@ class IconTests(StatusItemTests):
     def setUpClass(cls):
         super().setUpClass()
         cls.quarters = cls.draw("quarters.png", "rectangle 0,0 127,127", "red",
-                                "rectangle 128,0 255,127", "lime", "rectangle 0,128 127,255", "blue",
+                                "rectangle 128,0 255,127", "lime", "rectangle 0,128 127,255",
+                                "blue",
                                 "rectangle 128,128 255,255", "rgba(255,255,255,0.5)")
         # Nothing at the right: that is where a picture differs from its background.
         cls.left = cls.draw("left.png", "rectangle 0,0 127,127", "red", "rectangle 0,128 127,255",

@@ -9,6 +9,17 @@ import unittest
 from Desktop import awaitCondition
 from StatusItems import StatusItemTests
 
+# No shell, which would change them: the signals that are blocked and ignored, the descriptors, and
+# what is in the environment.
+_tell = """#!/usr/bin/env python3
+import os, re
+print(re.findall("^(Sig(?:Blk|Ign):.*)$", open("/proc/self/status").read(), re.MULTILINE))
+for number in range(256):
+    if os.path.exists(f"/proc/self/fd/{number}"):
+        print(number, os.readlink(f"/proc/self/fd/{number}"))
+for name, value in sorted(os.environ.items()):
+    print(name, value)
+"""
 _forwarded = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP)
 
 
@@ -88,10 +99,7 @@ class Signals(StatusItemTests):
 
     def test_the_program_is_started_as_without_an_item(self):
         """With the same signals and descriptors, though the runner waits in another way."""
-        tell = self.program("#!/bin/sh\ngrep -E '^(Sig|Shd)(Blk|Ign|Cgt|Q)|^Threads' "
-                            "/proc/self/status\nls -l /proc/$$/fd | sed 's/.* \\([0-9]* ->\\)/\\1/;"
-                            "s/[0-9]*]$//' | grep -v total\nenv | sort | "
-                            "grep -vE '^(HOME|CFFIXED_USER_HOME|_)='\n")
+        tell = self.program(_tell)
         logs = []
         for options in ((), ("--menu-bar",)):
             instance = self.instance(tell, options=options)
