@@ -96,7 +96,7 @@ class Templates(IconTests):
 
         instance, _ = self.template()
 
-        self.assertFalse(os.path.exists(left))
+        awaitCondition(lambda: not os.path.exists(left), lambda: f"{left} is still there")
         # What runs meanwhile keeps its files: another panel finds them.
         self.panel.end()
         self.panel.start()
