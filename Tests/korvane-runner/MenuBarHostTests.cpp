@@ -64,6 +64,7 @@ struct Stage {
     }
 
     std::unique_ptr<Desktop> openDesktop(const Scene& scene, ChildProcess& process) const {
+        if (beforeRefusal) beforeRefusal();
         if (isRefused) throw DesktopError("there is none");
         auto desktop = std::make_unique<FakeDesktop>();
         desktop->whenFlushed = whenFlushed;
@@ -78,6 +79,7 @@ struct Stage {
     TempDir tmp;
     UserHome user;
     bool isRefused = false;
+    std::function<void()> beforeRefusal;
     std::function<void(ChildProcess&)> before;
     std::function<int(ChildProcess&, const SignalHold&)> afterRefusal;
     std::function<void(bool hasItem)> whenFlushed;
@@ -155,4 +157,18 @@ TEST_CASE("where there can be no item the program runs on and can be waited for"
         return WaitingHost::run(process, hold);
     };
     CHECK(stage.host(watch) == SIGTERM);
+}
+
+TEST_CASE("a request to end that comes before it shows that there can be no item is not lost") {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        CAPTURE(signal);
+        Stage stage("exec sleep 1000");
+        stage.isRefused = true;
+        stage.beforeRefusal = [signal] { ::kill(::getpid(), signal); };
+        stage.afterRefusal = [](ChildProcess& process, const SignalHold& hold) {
+            return WaitingHost::run(process, hold);
+        };
+
+        CHECK(stage.host(watch) == signal);
+    }
 }

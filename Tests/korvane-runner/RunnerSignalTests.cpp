@@ -152,6 +152,28 @@ TEST_CASE("a runner whose parent ignores the end of children still hands on the 
     CHECK(run({.command = {wrapper.runner}, .ignoredSignals = {SIGCHLD}}).status == 3);
 }
 
+TEST_CASE("without the library for status items a program runs as ever, and the runner says why") {
+    Wrapper wrapper;
+    Fifo fifo(wrapper.tmp / "fifo");
+    const Fifo withoutWriter(wrapper.tmp / "silent");
+    const auto libraries = makeFolder(wrapper.tmp / "libraries");
+    writeFile(libraries + "/libgio-2.0.so.0", "");
+    auto config = shell(wrapper.tmp / "home", "echo ready >" + quoted(fifo.path()) + "; exec cat " +
+                                                  quoted(withoutWriter.path()));
+    config.menuBarIcon = true;
+    wrapper.configure(config);
+
+    RunningProgram running(
+        {.command = {wrapper.runner}, .environment = {{"LD_LIBRARY_PATH", libraries}}});
+    REQUIRE(fifo.line() == "ready");
+    running.send(SIGTERM);
+    const auto result = running.wait();
+
+    CHECK(result.status == SIGTERM);
+    CHECK(beginsWith(result.error, "runner: cannot show the status item" + dash));
+    CHECK(contains(result.error, "libglib2.0-0\n"));
+}
+
 TEST_CASE("a runner without standard streams gives none of its files to them") {
     const Wrapper wrapper;
     wrapper.configure(commandConfig(wrapper.tmp / "h", probe, {"report", wrapper.tmp / "report"}));

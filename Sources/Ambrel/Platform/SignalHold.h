@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <optional>
 
 namespace ambrel {
@@ -36,10 +37,17 @@ public:
     /// Has wait() return without a signal, now or when it is next called. For any thread.
     void wake() const noexcept;
 
+    /// Has wait() return `signal`, before those that arrive from now on. On the thread that waits.
+    void giveBack(const ArrivedSignal& signal) const { givenBack_.push_back(signal); }
+
     bool hangUpIsIgnored() const noexcept { return hangUpIsIgnored_; }
 
 private:
+    /// The first of what was given back, which is not that any more.
+    std::optional<ArrivedSignal> takeGivenBack() const;
+
     bool hangUpIsIgnored_;
+    mutable std::deque<ArrivedSignal> givenBack_; ///< a place to wait in, as the system has one
 };
 
 } // namespace ambrel

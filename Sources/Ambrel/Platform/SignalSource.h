@@ -13,9 +13,9 @@ namespace ambrel {
 ///
 /// One at a time. To be made on the main thread before any other thread starts, which would block
 /// the signals for all that it starts in turn, and after the child was launched, which
-/// ChildProcess::missed() asks for. When it goes, the signals wait for the hold again, except those
-/// that find another thread that lets them through, where nothing happens; what was not taken by
-/// then is lost.
+/// ChildProcess::missed() asks for. When it goes, the signals wait for the hold again, also what
+/// was not taken by then; except those that find another thread that lets them through, where
+/// nothing happens.
 class SignalSource {
 public:
     /// Throws FileError when the system has no descriptors left; the signals are held on then.

@@ -8,6 +8,7 @@ ArrivedSignal::Sender senderOf(const siginfo_t& info) noexcept {
 }
 
 std::optional<ArrivedSignal> SignalHold::wait() const {
+    if (const auto given = takeGivenBack()) return given;
     auto signals = requestsToEnd(*this);
     sigaddset(&signals, SIGCHLD);
     siginfo_t info{};

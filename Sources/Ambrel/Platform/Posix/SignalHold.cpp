@@ -52,6 +52,13 @@ SignalHold::SignalHold() : hangUpIsIgnored_(isIgnored(SIGHUP)) {
     sigprocmask(SIG_BLOCK, &signals, nullptr);
 }
 
+std::optional<ArrivedSignal> SignalHold::takeGivenBack() const {
+    if (givenBack_.empty()) return std::nullopt;
+    const auto signal = givenBack_.front();
+    givenBack_.pop_front();
+    return signal;
+}
+
 // To wait() that is a child that may have ended, and to everybody else nothing.
 void SignalHold::wake() const noexcept { ::kill(::getpid(), SIGCHLD); }
 

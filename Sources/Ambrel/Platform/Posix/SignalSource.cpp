@@ -72,6 +72,7 @@ SignalSource::~SignalSource() {
     // The handler stays, and writes nowhere from now on: a signal may still find a thread that does
     // not block it, and would end the process there.
     handlersPipe = -1;
+    while (const auto signal = next()) hold_.giveBack(*signal);
 }
 
 std::optional<ArrivedSignal> SignalSource::next() {
