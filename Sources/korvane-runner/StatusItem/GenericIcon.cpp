@@ -38,10 +38,10 @@ template <class Shape> Coverage coverageOf(std::uint32_t side, const Shape& hold
     Coverage coverage{.width = length, .height = length, .pixels = {}};
     const auto pointsIn = [&](int left, int top) {
         int count = 0;
-        for (int point = 0; point < grid * grid; ++point) {
-            const double x = left + (point % grid + 0.5) / grid;
-            const double y = top + (point / grid + 0.5) / grid;
-            count += holds(x, y) ? 1 : 0;
+        for (int row = 0; row < grid; ++row) {
+            for (int column = 0; column < grid; ++column) {
+                count += holds(left + (column + 0.5) / grid, top + (row + 0.5) / grid) ? 1 : 0;
+            }
         }
         return count;
     };
