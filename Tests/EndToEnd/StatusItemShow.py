@@ -175,6 +175,18 @@ class Windows(ShowTests):
         self.screen.awaitOnTop(windows)
         self.finish(instance)
 
+    def test_what_its_parent_has_left_is_shown_too(self):
+        program = self.program(f"#!/bin/sh\n(setsid {command('Left')} &)\nexec sleep 1000\n")
+        instance, item, windows = self.showing(program, titles=["Left"])
+        self.screen.raiseWindow(self.other("Another"))
+
+        item.choose(f"Show {instance.name}")
+
+        self.screen.awaitOnTop(windows)
+        self.user.run("wmctrl", "-i", "-c", windows[0])
+        awaitCondition(lambda: windows[0] not in self.screen.stacking(), lambda: "it stays")
+        self.finish(instance)
+
     def test_windows_of_others_stay_as_they_are(self):
         instance, item, (mine,) = self.showing(*terminal("Mine"), titles=["Mine"])
         second, _, (ofSecond,) = self.showing(*terminal("Second"), titles=["Second"])
