@@ -96,8 +96,9 @@ class Panels(WithoutMuch):
         """The address of a bus of its own, and a client of it."""
         path = self.user.temporary / "bus"
         process = subprocess.Popen(
-            ["dbus-daemon", "--session", "--nofork", "--nosyslog", f"--address=unix:path={path}"],
-            env=self.user.environment(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+            ["dbus-daemon", "--session", "--nofork", "--nosyslog", "--print-address",
+             f"--address=unix:path={path}"],
+            env=self.user.environment(), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
             stderr=subprocess.DEVNULL)
         self.daemon = process
 
@@ -106,7 +107,8 @@ class Panels(WithoutMuch):
             process.wait()
             path.unlink(missing_ok=True)
         self.addCleanup(end)
-        awaitCondition(path.exists, lambda: "no bus")
+        with process.stdout as output:
+            self.assertNotEqual(output.readline(), b"", "no bus")  # it takes clients from here on
         client = BusClient(f"unix:path={path}")
         self.addCleanup(client.close)
         return f"unix:path={path}", client
