@@ -30,9 +30,17 @@ struct SessionBus::State {
         for (const guint id : watchedNames) g_bus_unwatch_name(id);
     }
 
+    /// Null when it has ended, too: GIO writes to standard error what it cannot send.
+    GDBusConnection* open() const {
+        auto* const connection = bus->get();
+        const bool isOpen =
+            connection != nullptr && g_dbus_connection_is_closed(connection) == FALSE;
+        return isOpen ? connection : nullptr;
+    }
+
     void whenKnown(Work work) {
         if (bus) {
-            work(bus->get());
+            work(open());
         } else {
             waiting.push_back(std::move(work));
         }
