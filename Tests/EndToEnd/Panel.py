@@ -94,13 +94,15 @@ class Panel:
         return "true" in asked.stdout
 
     def awaitIcons(self, count):
-        awaitCondition(lambda: self._tray().width // _sizeOfSlot == count,
-                       lambda: f"not {count} icons: {self._tray()}")
+        """Where they are, then: the panel has no window for them now and then."""
+        def tray():
+            area = self._tray()
+            return area if area.width // _sizeOfSlot == count else None
+        return awaitCondition(tray, lambda: f"not {count} icons: {self._tray()}")
 
     def slots(self, count=1):
         """The places of the icons from left to right, once there are as many as `count`."""
-        self.awaitIcons(count)
-        tray = self._tray()
+        tray = self.awaitIcons(count)
         return [Area(tray.x + tray.width - _sizeOfSlot * (count - number), tray.y, _sizeOfSlot,
                      tray.height) for number in range(count)]
 
