@@ -1,12 +1,9 @@
-#include "korvane-runner/Web/WebAppDelegate.h"
+#include "korvane-runner/Web/WebStage.h"
 
 #include "Ambrel/Platform/Processes.h"
-#include "Support/Builders.h"
-#include "Support/Environment.h"
 #include "Support/Expect.h"
 #include "Support/Programs.h"
 #include "korvane-runner/Signals.h"
-#include "korvane-runner/Web/FakeWebDesktop.h"
 
 #include <algorithm>
 #include <limits>
@@ -15,56 +12,8 @@ using namespace ambrel;
 using namespace korvane::runner;
 using namespace korvane::test;
 
-namespace {
-
-InstanceConfig mail(const Path& home, std::optional<std::string> url = "mail.example.org") {
-    InstanceConfig config;
-    config.displayName = "Mail";
-    config.bundleId = "app.korvane.instance.mail";
-    config.kind = ShortcutKind::web;
-    config.instanceHome = home;
-    config.url = std::move(url);
-    return config;
-}
-
-/// A running web instance in a desktop that records what it is asked.
-struct Stage {
-    Stage() : Stage([](InstanceConfig&) {}) {}
-    explicit Stage(const std::function<void(InstanceConfig&)>& change) : user(tmp) {
-        makeFolder(home);
-        auto config = mail(home);
-        change(config);
-        const SystemTools tools{.open = tmp / "open"};
-        instance.emplace(ResolvedInstance::of(config, user.places()), user.places(),
-                         LinkOpener(tools, {{"PATH", "/usr/bin:/bin"}}), tmp / "AppIcon.icns",
-                         desktop);
-        instance->applicationDidFinishLaunching();
-    }
-
-    WebWindowEvents& events() const { return *desktop.events; }
-    void send(const char* type, Value::Fields payload) const {
-        events().messageArrived(message(type, std::move(payload)));
-    }
-    std::string log() {
-        desktop.fakeLoop.letTimePass();
-        return isThere(home + "/korvane-instance.log") ? readFile(home + "/korvane-instance.log")
-                                                       : std::string();
-    }
-    const WindowRecord& window() const { return desktop.window; }
-    std::vector<std::int64_t>& badges() { return desktop.fakeBadge.shown; }
-    std::vector<Banner>& banners() { return desktop.fakeBanners.posted; }
-
-    TempDir tmp;
-    UserHome user;
-    Path home = tmp / "home";
-    FakeWebDesktop desktop;
-    std::optional<WebAppDelegate> instance;
-};
-
-} // namespace
-
 TEST_CASE("a web instance opens one window with its name and its data, and loads its site") {
-    const Stage stage;
+    const WebStage stage;
 
     const auto& setup = stage.window().setup;
     CHECK(setup->title == "Mail");
@@ -90,7 +39,7 @@ TEST_CASE("an address with a scheme is loaded trimmed and as it stands") {
         const auto& url = row.first;
         const auto& loaded = row.second;
         CAPTURE(url);
-        const Stage stage([&](auto& config) { config.url = url; });
+        const WebStage stage([&](auto& config) { config.url = url; });
         CHECK(stage.window().loaded == Strings{loaded});
     }
 }
@@ -99,7 +48,7 @@ TEST_CASE("without an address nothing is loaded and the title says so") {
     for (const std::optional<std::string>& url :
          {std::optional<std::string>(), std::optional<std::string>(""),
           std::optional<std::string>("ht!tp://x"), std::optional<std::string>("https://")}) {
-        const Stage stage([&](auto& config) { config.url = url; });
+        const WebStage stage([&](auto& config) { config.url = url; });
         CHECK(stage.window().loaded.empty());
         CHECK(stage.window().titles == Strings{"Mail — invalid URL"});
         CHECK(stage.window().presented == 1);
@@ -107,7 +56,7 @@ TEST_CASE("without an address nothing is loaded and the title says so") {
 }
 
 TEST_CASE("a badge that the page sets is shown, logged, and hides the title's count for good") {
-    Stage stage;
+    WebStage stage;
 
     stage.send("title", {{"title", "(3) Inbox"}});
     stage.desktop.fakeLoop.letTimePass();
@@ -126,7 +75,7 @@ TEST_CASE("a badge that the page sets is shown, logged, and hides the title's co
 TEST_CASE("a count below 1, or one that is no integer, clears the badge") {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     for (const auto& count : {Value(-2), Value(0), Value(2.5), Value(nan), Value("7"), Value()}) {
-        Stage stage;
+        WebStage stage;
         stage.send("badge", {{"count", 9}});
         stage.send("badge", {{"count", count}});
         CHECK(stage.log() == "badge: 9\nbadge: cleared\n");
@@ -135,7 +84,7 @@ TEST_CASE("a count below 1, or one that is no integer, clears the badge") {
 }
 
 TEST_CASE("a message of a wrong shape or of an unknown type leaves no trace") {
-    Stage stage;
+    WebStage stage;
     for (const auto& body : {Value(), Value("badge"), Value(Value::List()), Value(Value::Fields()),
                              message("nothing", {{"count", 5}})}) {
         stage.events().messageArrived(body);
@@ -146,7 +95,7 @@ TEST_CASE("a message of a wrong shape or of an unknown type leaves no trace") {
 }
 
 TEST_CASE("a notification is a banner and a line of the log") {
-    Stage stage;
+    WebStage stage;
 
     stage.send("notify", {{"title", "New <b>mail</b>"}, {"body", "from A & B"}});
     stage.send("notify", {{"title", ""}, {"body", "x"}});
@@ -159,7 +108,7 @@ TEST_CASE("a notification is a banner and a line of the log") {
 }
 
 TEST_CASE("a banner's title is one line, its body has lines, and no control characters reach it") {
-    Stage stage;
+    WebStage stage;
 
     stage.send("notify", {{"title", "a\nb\x1b"}, {"body", "c\r\nd\x07"}});
 
@@ -168,7 +117,7 @@ TEST_CASE("a banner's title is one line, its body has lines, and no control char
 }
 
 TEST_CASE("of the banners behind the 8 under way the newest 64 wait, and the log has every one") {
-    Stage stage;
+    WebStage stage;
     std::string expected;
     for (int i = 0; i < 1000; ++i) {
         const auto number = std::to_string(i);
@@ -194,7 +143,7 @@ TEST_CASE("of the banners behind the 8 under way the newest 64 wait, and the log
 }
 
 TEST_CASE("100,000 messages are one signal to the icon and a line of the log each") {
-    Stage stage;
+    WebStage stage;
 
     for (int i = 1; i <= 100'000; ++i) stage.send("badge", {{"count", i}});
 
@@ -206,7 +155,7 @@ TEST_CASE("100,000 messages are one signal to the icon and a line of the log eac
 }
 
 TEST_CASE("the window's title follows a finished load, and not one without a title") {
-    const Stage stage;
+    const WebStage stage;
 
     stage.events().loadFinished("Inbox");
     stage.events().loadFinished("");
@@ -218,7 +167,7 @@ TEST_CASE("the window's title follows a finished load, and not one without a tit
 }
 
 TEST_CASE("a page that is not there is replaced by one that says so, which has no say itself") {
-    Stage stage;
+    WebStage stage;
 
     stage.events().loadFailed(
         {LoadFailure::Kind::notReached, "https://mail.example.org/", "No route"});
@@ -238,7 +187,7 @@ TEST_CASE("a page that is not there is replaced by one that says so, which has n
 }
 
 TEST_CASE("a new window is a page in the same one, and nothing where it has no address") {
-    const Stage stage;
+    const WebStage stage;
 
     for (const char* url : {"", "about:blank", "javascript:alert(1)", "file:///etc/passwd"}) {
         stage.events().newWindowWanted({url, true});
@@ -252,13 +201,13 @@ TEST_CASE("a new window is a page in the same one, and nothing where it has no a
 }
 
 TEST_CASE("a page of files may open another file") {
-    const Stage stage([](auto& config) { config.url = "file:///a.html"; });
+    const WebStage stage([](auto& config) { config.url = "file:///a.html"; });
     stage.events().newWindowWanted({"file:///b.html", false});
     CHECK(stage.window().loaded == Strings{"file:///a.html", "file:///b.html"});
 }
 
 TEST_CASE("an address for another program leaves the window after a click, with the user's home") {
-    Stage stage;
+    WebStage stage;
     Fifo done(stage.tmp / "done");
     writeScript(stage.tmp / "open", "echo \"$1 ${HOME-none}\" > " + quoted(done.path()));
 
@@ -269,7 +218,7 @@ TEST_CASE("an address for another program leaves the window after a click, with 
 }
 
 TEST_CASE("one click hands one address to another program, however many the page names") {
-    Stage stage;
+    WebStage stage;
     Fifo first(stage.tmp / "mailto:first");
     Fifo second(stage.tmp / "mailto:second");
     const auto folder = quoted(stage.tmp.path() + "/");
@@ -286,28 +235,8 @@ TEST_CASE("one click hands one address to another program, however many the page
     CHECK(readFile(stage.tmp / "all") == "mailto:first\nmailto:second\n");
 }
 
-TEST_CASE("an unusual scheme leaves only when the person agrees, who is asked once at a time") {
-    Stage stage;
-    Fifo done(stage.tmp / "done");
-    writeScript(stage.tmp / "open", "echo \"$1\" > " + quoted(done.path()));
-    auto& asked = stage.desktop.window.asked;
-
-    CHECK_FALSE(stage.events().navigationWanted({"game://start/1", false}));
-    CHECK(asked.empty());
-    CHECK_FALSE(stage.events().navigationWanted({"game://start/2", true}));
-    CHECK_FALSE(stage.events().navigationWanted({"game://start/3", true}));
-    REQUIRE(asked.size() == 1);
-    CHECK(contains(asked[0].question, "game://start/2"));
-    stage.desktop.window.answer(0, false);
-    CHECK_FALSE(stage.events().navigationWanted({"game://start/4", true}));
-    REQUIRE(asked.size() == 2);
-    stage.desktop.window.answer(1, true);
-
-    CHECK(done.line() == "game://start/4");
-}
-
 TEST_CASE("a new window for another program is one of its own, and only after a click") {
-    Stage stage;
+    WebStage stage;
     Fifo done(stage.tmp / "done");
     writeScript(stage.tmp / "open", "echo \"$1\" > " + quoted(done.path()));
     auto& asked = stage.desktop.window.asked;
@@ -324,69 +253,8 @@ TEST_CASE("a new window for another program is one of its own, and only after a 
     CHECK(stage.window().loaded == Strings{"https://mail.example.org"});
 }
 
-TEST_CASE("camera, microphone and location are the person's to give") {
-    Stage stage;
-    std::vector<std::string> answers;
-    const auto note = [&answers](const char* what) {
-        return
-            [&answers, what](bool allowed) { answers.push_back(what + std::to_string(allowed)); };
-    };
-    auto& asked = stage.desktop.window.asked;
-
-    stage.events().permissionWanted(Permission::camera, "https://a.example", note("camera "));
-    stage.events().permissionWanted(Permission::location, "https://a.example", note("location "));
-    CHECK(answers == Strings{"location 0"}); // one question at a time
-    REQUIRE(asked.size() == 1);
-    CHECK(asked[0].question == "Allow https://a.example to use your camera?");
-    CHECK(asked[0].yes == "Allow");
-    stage.desktop.window.answer(0, true);
-    CHECK(answers == Strings{"location 0", "camera 1"});
-}
-
-TEST_CASE("who has said no three times in a row is left alone for a while") {
-    Stage stage;
-    auto& asked = stage.desktop.window.asked;
-    const auto want = [&] {
-        stage.events().permissionWanted(Permission::location, "https://a.example", [](bool) {});
-    };
-
-    for (std::size_t i = 0; i < 5; ++i) {
-        want();
-        REQUIRE(asked.size() == i + 1);
-        stage.desktop.window.answer(i, i == 1); // the second with yes
-    }
-    want();
-    CHECK(asked.size() == 5);
-    stage.desktop.fakeLoop.letTimePass();
-    want();
-    CHECK(asked.size() == 6);
-}
-
-TEST_CASE("dialogs for printing count among the questions that a person is asked") {
-    Stage stage;
-    auto& asked = stage.desktop.window.asked;
-    const auto want = [&] {
-        stage.events().permissionWanted(Permission::location, "https://a.example", [](bool) {});
-    };
-
-    REQUIRE(stage.events().printWanted());
-    CHECK_FALSE(stage.events().printWanted());
-    want();
-    CHECK(asked.empty());
-    stage.events().printAnswered(true);
-    for (int i = 0; i < 3; ++i) {
-        REQUIRE(stage.events().printWanted());
-        stage.events().printAnswered(false);
-    }
-    CHECK_FALSE(stage.events().printWanted());
-    want();
-    CHECK(asked.empty());
-    stage.desktop.fakeLoop.letTimePass();
-    CHECK(stage.events().printWanted());
-}
-
 TEST_CASE("an address that is for another program is told on a page and not loaded") {
-    const Stage stage([](auto& config) { config.url = "ssh://host.example/"; });
+    const WebStage stage([](auto& config) { config.url = "ssh://host.example/"; });
 
     CHECK(stage.window().loaded.empty());
     REQUIRE(stage.window().pages.size() == 1);
@@ -394,19 +262,9 @@ TEST_CASE("an address that is for another program is told on a page and not load
         contains(stage.window().pages[0].first, "Addresses of this kind are for other programs."));
 }
 
-TEST_CASE("a question that is open when the instance ends is answered with no") {
-    Stage stage;
-    std::optional<bool> answer;
-    stage.events().permissionWanted(Permission::location, "x", [&](bool is) { answer = is; });
-
-    stage.instance.reset();
-
-    CHECK(answer == false);
-}
-
 TEST_CASE(
     "a finished download is told by a banner and not by the log, a cancelled one by nothing") {
-    Stage stage;
+    WebStage stage;
 
     stage.events().downloadEnded({.place = stage.user / "Downloads/a b.zip", .failure = ""});
     stage.events().downloadEnded({.place = "/disk/b", .failure = ""});
@@ -420,7 +278,7 @@ TEST_CASE(
 }
 
 TEST_CASE("closing the window keeps its frame, clears the badge, writes the log and ends with 0") {
-    Stage stage;
+    WebStage stage;
     stage.send("badge", {{"count", 2}});
     stage.desktop.fakeLoop.letTimePass();
     stage.send("notify", {{"title", "last"}});
@@ -439,7 +297,7 @@ TEST_CASE("closing the window keeps its frame, clears the badge, writes the log 
 }
 
 TEST_CASE("what a page says while the last of an instance is sent comes to nothing") {
-    Stage stage;
+    WebStage stage;
     stage.send("badge", {{"count", 2}});
     stage.desktop.fakeLoop.letTimePass();
     stage.desktop.whenFlushed = [&] {
@@ -456,7 +314,7 @@ TEST_CASE("what a page says while the last of an instance is sent comes to nothi
 }
 
 TEST_CASE("a window opens where it was closed, and an icon without a badge is left alone") {
-    Stage stage([](auto& config) {
+    WebStage stage([](auto& config) {
         writeFile(config.instanceHome + "/KorvaneWeb-app.korvane.instance.mail",
                   "size 640 480\nposition 5 6\nmaximized\n");
     });
@@ -469,7 +327,7 @@ TEST_CASE("a window opens where it was closed, and an icon without a badge is le
 }
 
 TEST_CASE("what the loop and the desktop still hold when an instance is gone does nothing") {
-    Stage stage;
+    WebStage stage;
     stage.send("badge", {{"count", 2}});
     stage.send("notify", {{"title", "x"}});
 
@@ -482,7 +340,7 @@ TEST_CASE("what the loop and the desktop still hold when an instance is gone doe
 }
 
 TEST_CASE("an instance with a status item shows its window by Show and ends by Quit") {
-    Stage stage([](auto& config) { config.menuBarIcon = true; });
+    WebStage stage([](auto& config) { config.menuBarIcon = true; });
     REQUIRE(stage.desktop.fakeStatusArea.shown);
     CHECK(stage.desktop.fakeStatusArea.shown->toolTip == "Mail");
     const int before = stage.window().presented;
@@ -499,12 +357,12 @@ TEST_CASE("an instance with a status item shows its window by Show and ends by Q
 }
 
 TEST_CASE("closing the window ends an instance with a status item, too") {
-    const Stage stage([](auto& config) { config.menuBarIcon = true; });
+    const WebStage stage([](auto& config) { config.menuBarIcon = true; });
     stage.events().closed();
     CHECK(stage.desktop.fakeLoop.status == 0);
 }
 
 TEST_CASE("an instance that asks for no status item has none") {
-    const Stage stage;
+    const WebStage stage;
     CHECK_FALSE(stage.desktop.fakeStatusArea.shown);
 }
