@@ -75,3 +75,16 @@ class InDesktop(WithInstances):
 
     def startInstance(self, name):
         return self.start(os.environ["KORVANE"], "run", name)
+
+
+class SharingDesktop(unittest.TestCase):
+    """The tests of a class share one user and one session: it takes longer than most of them."""
+
+    desktopOptions = []  # those of run-in-desktop
+
+    @classmethod
+    def setUpClass(cls):
+        cls.user = User()
+        cls.addClassCleanup(cls.user.remove)
+        cls.desktop = Desktop(cls.user, options=cls.desktopOptions)
+        cls.addClassCleanup(cls.desktop.close)

@@ -8,7 +8,7 @@ from BusClient import BusClient
 from Desktop import awaitCondition
 from Panel import Panel
 from Screen import Screen
-from StatusItems import itemsOf, registeredItems
+from StatusItems import awaitItem, awaitNoItems, itemsOf
 from WebInstances import WebTests
 
 
@@ -35,14 +35,10 @@ class WebItems(WebTests):
         return instance, self.itemOf(instance), instance.window().identifier
 
     def itemOf(self, instance):
-        return awaitCondition(
-            lambda: next(iter(itemsOf(self.client, instance.pid())), None) or instance.assertRuns(),
-            lambda: f"{instance.name} has no item among {registeredItems(self.client)}")
+        return awaitItem(self.client, instance)
 
     def assertNoItems(self):
-        awaitCondition(lambda: not registeredItems(self.client),
-                       lambda: f"there are still {registeredItems(self.client)}")
-        self.panel.awaitIcons(0)
+        awaitNoItems(self.client, self.panel)
 
     def other(self):
         """A window of another program, above all others."""

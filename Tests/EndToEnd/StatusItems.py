@@ -6,11 +6,10 @@ import json
 import os
 import pathlib
 import signal
-import unittest
 
 from BusClient import BusClient, BusError
-from Desktop import Desktop, awaitCondition
-from EndToEnd import User
+from Desktop import awaitCondition
+from Instances import SharingDesktop
 from Panel import Panel
 
 watcher = "org.kde.StatusNotifierWatcher"
@@ -34,17 +33,14 @@ with open(sys.argv[1]) as orders:
 """
 
 
-class StatusItemTests(unittest.TestCase):
-    """The tests of a class share the desktop; each has instances of its own."""
+class StatusItemTests(SharingDesktop):
+    """Each test has instances of its own."""
 
     desktopOptions = ["--panel"]
 
     @classmethod
     def setUpClass(cls):
-        cls.user = User()
-        cls.addClassCleanup(cls.user.remove)
-        cls.desktop = Desktop(cls.user, options=cls.desktopOptions)
-        cls.addClassCleanup(cls.desktop.close)
+        super().setUpClass()
         cls.bus = BusClient(cls.user.session["DBUS_SESSION_BUS_ADDRESS"])
         cls.addClassCleanup(cls.bus.close)
         cls.panel = Panel(cls.user)
@@ -87,14 +83,23 @@ class StatusItemTests(unittest.TestCase):
         return file
 
     def itemOf(self, instance):
-        return awaitCondition(
-            lambda: next(iter(itemsOf(self.bus, instance.pid())), None) or instance.assertRuns(),
-            lambda: f"{instance.name} has no item among {registeredItems(self.bus)}")
+        return awaitItem(self.bus, instance)
 
     def assertNoItems(self):
-        awaitCondition(lambda: not registeredItems(self.bus),
-                       lambda: f"there are still {registeredItems(self.bus)}")
-        self.panel.awaitIcons(0)
+        awaitNoItems(self.bus, self.panel)
+
+
+def awaitItem(bus, instance):
+    """The item of an instance that runs, once it has one."""
+    return awaitCondition(
+        lambda: next(iter(itemsOf(bus, instance.pid())), None) or instance.assertRuns(),
+        lambda: f"{instance.name} has no item among {registeredItems(bus)}")
+
+
+def awaitNoItems(bus, panel):
+    awaitCondition(lambda: not registeredItems(bus),
+                   lambda: f"there are still {registeredItems(bus)}")
+    panel.awaitIcons(0)
 
 
 def registeredItems(bus):

@@ -12,11 +12,10 @@ import shutil
 import signal
 import subprocess
 import sys
-import unittest
 
 from BusMonitor import BusMonitor
-from Desktop import Desktop, awaitCondition
-from EndToEnd import User
+from Desktop import awaitCondition
+from Instances import SharingDesktop
 from WebSite import Port, Site
 
 notifications = "org.freedesktop.Notifications"
@@ -30,17 +29,14 @@ class Banner:
     body: str  # as it is sent: a server that knows markup is sent markup
 
 
-class WebTests(unittest.TestCase):
-    """The tests of a class share the desktop; each has a site and instances of its own."""
+class WebTests(SharingDesktop):
+    """Each test has a site and instances of its own."""
 
     desktopOptions = ["--notifications"]
 
     @classmethod
     def setUpClass(cls):
-        cls.user = User()
-        cls.addClassCleanup(cls.user.remove)
-        cls.desktop = Desktop(cls.user, options=cls.desktopOptions)
-        cls.addClassCleanup(cls.desktop.close)
+        super().setUpClass()
         if not sandboxWorks():
             print(f"{cls.__name__}: bwrap cannot work here, the engine runs without its sandbox",
                   file=sys.stderr)
