@@ -71,6 +71,19 @@ const std::string whole = "(uint32 1, (0, {'children-display': <'submenu'>}, [" 
 
 } // namespace
 
+TEST_CASE("what is chosen again before it was done is done once, and again afterwards") {
+    Drawn drawn;
+    CHECK(drawn.askInWords("EventGroup", "([(3, 'clicked', <0>, uint32 1), "
+                                         "(4, 'clicked', <0>, uint32 1), "
+                                         "(3, 'clicked', <0>, uint32 2)],)") == "(@ai [],)");
+    drawn.settle();
+    CHECK(drawn.chosen == Strings{"show", "quit"});
+
+    CHECK(drawn.askInWords("Event", "(3, 'clicked', <0>, uint32 3)") == "()");
+    drawn.settle();
+    CHECK(drawn.chosen == Strings{"show", "quit", "show"});
+}
+
 TEST_CASE("a panel is told the menu as deep as it asks, from wherever it asks") {
     const Drawn drawn;
 
