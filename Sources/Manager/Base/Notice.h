@@ -39,6 +39,7 @@ struct Notice {
         argumentsOfProfileUnused, ///< subject: the profile's file; others were given
         keptOfReplaced,           ///< subject: how the instance is named
         separationDropped,        ///< subject: how the instance is named
+        lookWithoutItem,          ///< of a status item; subject: how the instance is named
         // What is left or missing elsewhere.
         remainsLeft,     ///< subject: the hidden folder in which they lie
         notRegistered,   ///< subject: how the instance is named

@@ -222,9 +222,22 @@ Path writeBundle(const InstanceRecord& record, const InstanceConfig& wanted,
     return isMoved ? rebuilt.bundle : record.bundleURL;
 }
 
-/// What speaks against the new label or the new home.
+/// The look of a status item is kept for an instance without one, and changes nothing there.
+std::optional<Notice> lookObstacle(const InstanceConfig& before, const InstanceRecord& after,
+                                   const UserPlaces& user) {
+    const auto& config = after.config;
+    if (!config.menuBarIconTemplate || before.menuBarIconTemplate || config.menuBarIcon) return {};
+    return Notice{.kind = Notice::Kind::lookWithoutItem,
+                  .subject = nameFor(after, user),
+                  .sentence = "It shows no status item that could be drawn as a template: "
+                              "menuBarIcon is false."};
+}
+
+/// What speaks against the new look, the new label or the new home.
 void addObstacles(Edited& edited, const UserPlaces& user) {
     const auto& config = edited.record.config;
+    auto unshown = lookObstacle(edited.before.config, edited.record, user);
+    if (unshown) edited.notices.push_back(std::move(*unshown));
     const bool isLabelled = config.iconLabel != edited.before.config.iconLabel;
     auto unseen = isLabelled ? labelObstacle(edited.record) : std::nullopt;
     if (unseen) edited.notices.push_back(std::move(*unseen));

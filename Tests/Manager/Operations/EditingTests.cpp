@@ -306,6 +306,22 @@ TEST_CASE("what keeps an instance apart does not go without a word") {
     CHECK(contains(edited[1].sentence, "GSETTINGS_BACKEND"));
 }
 
+TEST_CASE("the look of a status item that is not shown is kept, and said to change nothing") {
+    const Scene scene;
+    const auto record = scene.instance("Work");
+    auto look = record.config;
+    look.menuBarIconTemplate = true;
+    auto both = look;
+    both.menuBarIcon = true;
+
+    const auto edited = change(record, look, scene.user, scene.environment);
+    REQUIRE(edited.notices.size() == 1);
+    CHECK(edited.notices[0].kind == Notice::Kind::lookWithoutItem);
+    CHECK(edited.notices[0].subject == "Work");
+    CHECK(edited.record.config.menuBarIconTemplate);
+    CHECK(change(edited.record, both, scene.user, scene.environment).notices.empty());
+}
+
 TEST_CASE("a home that is another's or nobody's is not taken") {
     const Scene scene;
     const auto record = scene.instance("Work");
