@@ -4,39 +4,12 @@
 #include "Ambrel/Home/HomePreparation.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Launch/ProcessDescent.h"
 #include "Ambrel/Platform/FileSystem.h"
-
-#include <algorithm>
 
 namespace ambrel {
 
 namespace {
-
-/// Who started whom, as far as that can still be seen.
-class Descent {
-public:
-    explicit Descent(const std::vector<ProcessSeen>& processes) : processes_(processes) {}
-
-    /// The nearest of a process and those above it that is `program` or a runner; null where there
-    /// is none.
-    const ProcessSeen* ownerOf(const ProcessSeen& process, int program) const {
-        // The list was not made at one moment: an id given anew may lead round in a circle.
-        std::set<int> passed;
-        for (const auto* at = &process; at != nullptr && passed.insert(at->id).second;
-             at = find(at->parent)) {
-            if (at->id == program || isRunner(*at)) return at;
-        }
-        return nullptr;
-    }
-
-private:
-    const ProcessSeen* find(int id) const {
-        const auto found = std::ranges::lower_bound(processes_, id, {}, &ProcessSeen::id);
-        return found != processes_.end() && found->id == id ? &*found : nullptr;
-    }
-
-    const std::vector<ProcessSeen>& processes_;
-};
 
 /// What a process of an instance is known by that nobody of the instance is above any more.
 class Signs {
@@ -83,10 +56,13 @@ bool isRunner(const ProcessSeen& process) {
 std::set<int> processesOf(int program, const ResolvedInstance& instance, const UserPlaces& user) {
     const Signs signs(instance, user);
     const auto processes = runningProcesses();
-    const Descent descent(processes);
+    const ProcessDescent descent(processes);
+    const auto isOwner = [program](const auto& process) {
+        return process.id == program || isRunner(process);
+    };
     std::set<int> found;
     for (const auto& process : processes) {
-        const auto* owner = descent.ownerOf(process, program);
+        const auto* owner = descent.nearest(process, isOwner);
         if (owner != nullptr ? owner->id == program : signs.areOn(process)) {
             found.insert(process.id);
         }

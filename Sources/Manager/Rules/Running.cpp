@@ -3,6 +3,7 @@
 #include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
+#include "Ambrel/Launch/ProcessDescent.h"
 #include "Ambrel/Launch/ProgramProcesses.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Manager/Base/Quoting.h"
@@ -76,11 +77,16 @@ Running::Signs Running::Signs::of(const InstanceRecord& record, const UserPlaces
     return signs;
 }
 
-Running::Running(std::vector<ProcessSeen> processes, UserPlaces user) : user_(std::move(user)) {
+Running::Running(const std::vector<ProcessSeen>& processes, UserPlaces user)
+    : user_(std::move(user)) {
+    const ambrel::ProcessDescent descent(processes);
     // Most processes have the same home.
     std::map<Path, std::optional<FileIdentity>> homes;
-    for (auto& process : processes) {
-        Known known{.process = std::move(process)};
+    for (const auto& process : processes) {
+        Known known{.process = process};
+        if (const auto* runner = descent.nearest(process, ambrel::isRunner)) {
+            known.runner = static_cast<std::size_t>(runner - processes.data());
+        }
         if (const auto& home = known.process.home; home && home->starts_with('/')) {
             const auto [entry, isNew] = homes.try_emplace(*home);
             if (isNew) entry->second = FileIdentity::at(*home);
@@ -88,7 +94,6 @@ Running::Running(std::vector<ProcessSeen> processes, UserPlaces user) : user_(st
         }
         processes_.push_back(std::move(known));
     }
-    for (auto& known : processes_) known.runner = runnerAbove(known);
 }
 
 Running Running::now(const UserPlaces& user) { return {ambrel::runningProcesses(), user}; }
@@ -97,16 +102,6 @@ const Running::Known* Running::find(int id) const {
     const auto idOf = [](const Known& known) { return known.process.id; };
     const auto found = std::ranges::lower_bound(processes_, id, {}, idOf);
     return found != processes_.end() && idOf(*found) == id ? &*found : nullptr;
-}
-
-std::optional<std::size_t> Running::runnerAbove(const Known& known) const {
-    // The list was not made at one moment: an id given anew may lead round in a circle.
-    std::set<int> passed;
-    for (const auto* at = &known; at != nullptr && passed.insert(at->process.id).second;
-         at = find(at->process.parent)) {
-        if (ambrel::isRunner(at->process)) return static_cast<std::size_t>(at - processes_.data());
-    }
-    return std::nullopt;
 }
 
 bool Running::belongs(const Known& known, const Signs& signs) const {

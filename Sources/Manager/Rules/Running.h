@@ -46,9 +46,8 @@ private:
     };
     struct Signs;
 
-    Running(std::vector<ambrel::ProcessSeen> processes, ambrel::UserPlaces user);
+    Running(const std::vector<ambrel::ProcessSeen>& processes, ambrel::UserPlaces user);
     const Known* find(int id) const;
-    std::optional<std::size_t> runnerAbove(const Known& known) const;
     bool belongs(const Known& known, const Signs& signs) const;
     bool waitsForRunner(const ambrel::ProcessSeen& process, const Signs& signs) const;
     std::vector<int> waiting(const Signs& signs) const;
