@@ -77,7 +77,9 @@ class ByQuit(StatusItemTests):
 
         instance.ended()
         self.assertNoItems()
-        self.assertIn("sleep", pathlib.Path(f"/proc/{helper}/cmdline").read_text())
+        # While a process becomes another program it has no command line.
+        awaitCondition(lambda: "sleep" in pathlib.Path(f"/proc/{helper}/cmdline").read_text(),
+                       lambda: "the helper is not left alone")
         os.kill(helper, signal.SIGKILL)
 
     def test_whoever_asks_is_answered_also_when_the_runner_ends_of_it(self):

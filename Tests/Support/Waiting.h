@@ -14,6 +14,13 @@ inline Path makeFifo(const Path& path) {
     return path;
 }
 
+/// A line of a shell that waits until what it put into the background last is this program. The
+/// file is that of the program before anybody can read its environment.
+inline std::string untilItIs(const Path& program) {
+    return "until [ /proc/$!/exe -ef " + quoted(program) +
+           " ] && grep -qs HOME= /proc/$!/environ; do :; done";
+}
+
 /// A shell that runs until it is let go, or to the end of the scope. The constructor returns once
 /// it has done what `first` says.
 class Waiting {

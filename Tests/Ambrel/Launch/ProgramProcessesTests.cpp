@@ -35,11 +35,14 @@ struct Scene {
 TEST_CASE("to a program belong what descends from it and what it left with the instance's home") {
     Scene scene;
     const auto pids = scene.tmp / "pids";
+    const auto ready = makeFifo(scene.tmp / "ready");
+    const auto sleeper = [](const Path& pid) {
+        return "/bin/sleep 1000 & echo $! >" + quoted(pid) + "; " + untilItIs("/bin/sleep");
+    };
     // The first goes on below the program, the second below nobody.
-    const Waiting program({{"HOME", scene.home}}, "(sleep 1000 & echo $! >" + quoted(pids) +
-                                                      "; wait) & (sleep 1000 & echo $! >" +
-                                                      quoted(pids + "2") + "); while [ ! -s " +
-                                                      quoted(pids) + " ]; do :; done");
+    const Waiting program({{"HOME", scene.home}}, "(" + sleeper(pids) + "; echo >" + quoted(ready) +
+                                                      "; wait) & (" + sleeper(pids + "2") +
+                                                      "); read x <" + quoted(ready));
     const int below = std::stoi(readFile(pids));
     const int left = std::stoi(readFile(pids + "2"));
 
@@ -82,10 +85,8 @@ TEST_CASE("what another instance's runner started is not the program's, whatever
     copyProgram("/bin/sleep", runner);
     writeFile(scene.tmp / "Other.app/Contents/Resources/instance.json", "{}");
     const auto pid = scene.tmp / "pid";
-    const Waiting program({{"HOME", scene.home}},
-                          quoted(runner) + " 1000 & echo $! >" + quoted(pid) +
-                              "; while [ \"$(readlink /proc/$!/exe)\" != " + quoted(runner) +
-                              " ]; do :; done");
+    const Waiting program({{"HOME", scene.home}}, quoted(runner) + " 1000 & echo $! >" +
+                                                      quoted(pid) + "; " + untilItIs(runner));
     const int others = std::stoi(readFile(pid));
 
     CHECK_FALSE(scene.of(program).contains(others));
