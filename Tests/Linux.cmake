@@ -60,6 +60,9 @@ target_link_libraries(korvane-test-late PRIVATE KorvaneDesktop-late)
 add_executable(korvane-test-windows korvane-runner/Desktop/Linux/WindowsProgram.cpp)
 target_link_libraries(korvane-test-windows PRIVATE KorvaneDesktop-late)
 
+add_library(korvane-test-late-start MODULE korvane-runner/Desktop/Linux/LateStart.cpp)
+target_link_libraries(korvane-test-late-start PRIVATE ${CMAKE_DL_LIBS})
+
 target_sources(RunnerTests PRIVATE
     korvane-runner/Desktop/Linux/BusAddressTests.cpp
     korvane-runner/Desktop/Linux/BusObjectTests.cpp

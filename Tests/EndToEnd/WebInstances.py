@@ -251,11 +251,17 @@ class WebInstance:
 
     def awaitPicture(self):
         """Waits until there is more in the window than a few colours."""
-        window = self.window().identifier
+        awaitCondition(lambda: self._colours() > 8,
+                       lambda: f"colours in the window: {self._colours()}")
 
-        def colours():
-            return int(self._user.run("import", "-window", window, "-format", "%k", "info:"))
-        awaitCondition(lambda: colours() > 8, lambda: f"colours in the window: {colours()}")
+    def awaitEmptiness(self):
+        """Waits until there is nothing in the window."""
+        awaitCondition(lambda: self._colours() == 1,
+                       lambda: f"colours in the window: {self._colours()}")
+
+    def _colours(self):
+        return int(self._user.run("import", "-window", self.window().identifier, "-format", "%k",
+                                  "info:"))
 
     def _xdotool(self, *words):
         self._user.run("timeout", "20", "xdotool", *words)

@@ -2,11 +2,15 @@
 """The window of a web instance: its identity, its frame, its keys and its questions."""
 
 import os
+import pathlib
 import re
+import threading
 import unittest
 
 from Desktop import awaitCondition
 from WebInstances import WebTests, pressAnywhere
+
+lateStart = pathlib.Path(os.environ["BUILD_FOLDER"], "Tests", "libkorvane-test-late-start.so")
 
 
 class Frames(WebTests):
@@ -250,10 +254,31 @@ class Questions(WebTests):
             self.assertEqual(instance.end()[:2], (0, ""), expression)
 
     def test_a_name_and_a_password_are_asked_for(self):
-        self.site.page("/", "addEventListener('load', () => report('in'))", "Inside",
-                       credentials="ada:pass word")
-        instance = self.startedAt()
+        self.guardPage()
+        self.answerWithName(self.startedAt())
 
+    def test_they_are_asked_for_again_when_the_engine_drops_the_question(self):
+        self.guardPage()
+        gate = self.user.root / "gate"
+        os.mkfifo(gate)
+        instance = self.instance(self.site.url())
+        instance.start(LD_PRELOAD=lateStart, LATE_START_GATE=gate, LATE_START_URL=self.site.url())
+        instance.awaitPicture()
+        answered = threading.Event()
+        self.guardPage(until=answered)
+
+        self.user.run("timeout", "60", "sh", "-c", 'echo >"$0"', gate)
+
+        self.site.awaitRequests("/", instance, 2)
+        instance.awaitEmptiness()
+        answered.set()
+        self.answerWithName(instance)
+
+    def guardPage(self, **answer):
+        self.site.page("/", "addEventListener('load', () => report('in'))", "Inside",
+                       credentials="ada:pass word", **answer)
+
+    def answerWithName(self, instance):
         instance.awaitPicture()
         instance.type("ada")
         pressAnywhere(self.user, "Tab")

@@ -8,9 +8,16 @@ namespace korvane::runner {
 
 namespace {
 
+/// Loads that the engine cancels itself, one after another. It may do so now and then.
+constexpr int mostRepeats = 10;
+
+bool isCancelled(const GError* error) {
+    return g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
+}
+
 /// Errors that tell of a load which became something else: another load, a download.
 bool isNoFailure(const GError* error) {
-    return g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
+    return isCancelled(error) ||
            g_error_matches(error, WEBKIT_POLICY_ERROR,
                            WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) ||
            g_error_matches(error, WEBKIT_MEDIA_ERROR, WEBKIT_MEDIA_ERROR_WILL_HANDLE_LOAD);
@@ -35,6 +42,7 @@ PageLoads::~PageLoads() { stopWaiting(); }
 
 void PageLoads::load(const std::string& url) {
     next_ = Page::ofTheSite;
+    isToStart_ = true;
     webkit_web_view_load_uri(view_, url.c_str());
 }
 
@@ -45,6 +53,7 @@ void PageLoads::showPage(const std::string& html, const std::string& url) {
 
 void PageLoads::reload(Cache cache) {
     next_ = Page::ofTheSite;
+    isToStart_ = true;
     if (cache == Cache::passedOver)
         webkit_web_view_reload_bypass_cache(view_);
     else
@@ -62,6 +71,8 @@ void PageLoads::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageLoads* 
     case WEBKIT_LOAD_COMMITTED:
         self->stopWaiting();
         self->shown_ = self->loading_;
+        self->isToRepeat_ = false;
+        self->repeats_ = 0;
         self->hasEnded_ = false;
         self->hasTitle_ = false;
         break;
@@ -75,6 +86,8 @@ void PageLoads::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageLoads* 
 void PageLoads::started() {
     loading_ = std::exchange(next_, Page::ofTheSite);
     hasFailed_ = false;
+    isToStart_ = false;
+    isToRepeat_ = std::exchange(wasAskedEarly_, false);
     waitForAnswer();
 }
 
@@ -105,7 +118,11 @@ void PageLoads::failed(LoadFailure::Kind kind, const char* url, std::string reas
 gboolean PageLoads::onLoadFailed(WebKitWebView*, WebKitLoadEvent, const char* url, GError* error,
                                  PageLoads* self) noexcept {
     self->hasFailed_ = true;
-    if (!isNoFailure(error)) self->failed(LoadFailure::Kind::notReached, url, error->message);
+    const bool isToRepeat = std::exchange(self->isToRepeat_, false) && isCancelled(error);
+    if (isToRepeat && self->repeats_++ < mostRepeats)
+        self->load(url);
+    else if (isToRepeat || !isNoFailure(error))
+        self->failed(LoadFailure::Kind::notReached, url, error->message);
     return TRUE; // no page of the engine's own
 }
 
@@ -124,9 +141,14 @@ void PageLoads::onProcessEnded(WebKitWebView* view, WebKitWebProcessTerminationR
 }
 
 // A person may take a minute and more to find a password.
+//
+// The question and the start of a load come from two processes, and may change places on the way.
+// At the start the engine cancels what was asked before, of this very load as well, and nothing
+// would be shown.
 gboolean PageLoads::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest*,
                                    PageLoads* self) noexcept {
     self->stopWaiting();
+    self->wasAskedEarly_ = self->isToStart_;
     return FALSE; // the engine asks in a dialog of its own
 }
 

@@ -59,6 +59,10 @@ private:
     Page loading_ = Page::ofTheSite;
     Page shown_ = Page::ofTheSite;
     bool hasFailed_ = false;
+    bool isToStart_ = false;     ///< a load was asked for, and nothing was told of it yet
+    bool wasAskedEarly_ = false; ///< for a name and a password, before the load was said to start
+    bool isToRepeat_ = false;    ///< the load, whose question the engine has cancelled
+    int repeats_ = 0;
     guint timeout_ = 0;
     bool hasEnded_ = false; ///< the load of the page that one sees
     bool hasTitle_ = false; ///< that page has told it
