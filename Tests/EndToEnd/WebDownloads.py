@@ -52,6 +52,7 @@ class Downloads(WebTests):
                                    for banner in instance.banners()),
                        lambda: f"banners: {instance.banners()}")
         instance.awaitTitle("The page")
+        self.assertEqual(instance.end()[:2], (0, ""))  # with the log's last lines written
         self.assertEqual(instance.lines(), ["badge: cleared"])
 
     def test_a_file_that_is_there_stays_and_the_next_gets_a_name_of_its_own(self):
