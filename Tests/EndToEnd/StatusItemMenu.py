@@ -218,11 +218,14 @@ class ByTheMouse(StatusItemTests):
         menu.click("Quit")
 
         self.running.awaitLog("ready\nSIGTERM\n")
-        clicked = [event for message in monitor.messages(menuInterface)
-                   if message.member in ("Event", "EventGroup") and message.kind == monitor.call
-                   for event in (message.body[0] if message.member == "EventGroup"
-                                 else [message.body])]
-        self.assertEqual([(event[0], event[1]) for event in clicked],
+
+        def clicked():
+            return [(event[0], event[1]) for message in monitor.messages(menuInterface)
+                    if message.member in ("Event", "EventGroup") and message.kind == monitor.call
+                    for event in (message.body[0] if message.member == "EventGroup"
+                                  else [message.body])]
+        awaitCondition(clicked, lambda: "the bus has shown no click")
+        self.assertEqual(clicked(),
                          [(self.item.numberOf(f"Quit {self.running.name}"), "clicked")])
         self.finish()
 
@@ -230,7 +233,10 @@ class ByTheMouse(StatusItemTests):
         menu = self.panel.openMenu()
         # Nothing is highlighted when the pointer is not in the menu.
         self.panel.pointAway()
-        picture = menu.picture()
+        # The window is there before anything is drawn in it, and all of it is drawn at once.
+        picture = awaitCondition(lambda: next((picture for picture in [menu.picture()]
+                                               if len(picture.colours()) > 8), None),
+                                 lambda: "nothing is drawn in the menu")
 
         def darkest(row, left=0, right=picture.width):
             return min(sum(picture.colour(x, y))
