@@ -77,8 +77,8 @@ class Everything(WebTests):
         self.assertEqual([line for line in told if line.startswith("badge: ")],
                          ["badge: cleared", *counts])
         # As text, also where the server would format it.
-        self.assertIn((f"Visit {visits}", "&lt;b&gt;bold&lt;/b&gt; &amp; &lt;i&gt;granted"),
-                      self.banners(name))
+        shown = (f"Visit {visits}", "&lt;b&gt;bold&lt;/b&gt; &amp; &lt;i&gt;granted")
+        awaitCondition(lambda: shown in self.banners(name), lambda: str(self.banners(name)))
         awaitCondition(lambda: self.badges(name)[-1:] == [titles], lambda: self.badges(name)[-3:])
         self.assertLess(len(self.badges(name)), titles)
 

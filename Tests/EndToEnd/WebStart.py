@@ -96,10 +96,12 @@ class Started(WebTests):
             uri = f"application://{shown['desktopId']}.desktop"
             awaitCondition(lambda: uri in [sent.body[0] for sent in self.bus.messages(launcher)],
                            lambda: f"{uri} not in {self.bus.messages(launcher)[-3:]}")
-            hints = [sent.body[6].get("desktop-entry") for sent in
-                     self.bus.messages(notifications, "Notify") if sent.kind == self.bus.call]
 
-            self.assertIn(shown["desktopId"], hints)
+            # It comes after the server has told what it can.
+            def hints():
+                return [sent.body[6].get("desktop-entry") for sent in
+                        self.bus.messages(notifications, "Notify") if sent.kind == self.bus.call]
+            awaitCondition(lambda: shown["desktopId"] in hints(), lambda: f"banners of {hints()}")
             self.assertEqual(entry["Desktop Entry"]["StartupWMClass"], shown["desktopId"])
             self.assertEqual(os.path.basename(shown["desktopEntry"]),
                              f"{shown['desktopId']}.desktop")
