@@ -36,7 +36,7 @@ explained = {
         "of the file services that the bus starts where they are installed, and no instance's",
     r"RUNTIME(/(bus|dbus-1(/services)?))?":
         "the folder of the session's sockets, and its bus",
-    r"SESSION(/(display|authority(-[cln])?|bus\.conf|own(/.*)?|[\w-]+\.log))?":
+    r"SESSION(/(display|authority(-[cln])?|bus\.conf|(own|services)(/.*)?|[\w-]+\.log))?":
         "the session's own",
     r"/tmp/\.X11-unix(/X\d+)?|/tmp/\.t?X\d+-lock|(TMPDIR|/tmp|/var/lib/xkb)/server-\d+\.xkm":
         "the X server's",
