@@ -8,9 +8,6 @@ namespace korvane::runner {
 
 namespace {
 
-/// Loads that the engine cancels itself, one after another. It may do so now and then.
-constexpr int mostRepeats = 10;
-
 bool isCancelled(const GError* error) {
     return g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
 }
@@ -41,19 +38,24 @@ PageLoads::PageLoads(WebKitWebView* view, WebKitUserContentManager* content,
 PageLoads::~PageLoads() { stopWaiting(); }
 
 void PageLoads::load(const std::string& url) {
+    question_.loadWanted();
+    ask(url.c_str());
+}
+
+void PageLoads::ask(const char* url) {
     next_ = Page::ofTheSite;
-    isToStart_ = true;
-    webkit_web_view_load_uri(view_, url.c_str());
+    webkit_web_view_load_uri(view_, url);
 }
 
 void PageLoads::showPage(const std::string& html, const std::string& url) {
+    question_.loadSettled();
     next_ = Page::own;
     webkit_web_view_load_alternate_html(view_, html.c_str(), url.c_str(), nullptr);
 }
 
 void PageLoads::reload(Cache cache) {
+    question_.loadWanted();
     next_ = Page::ofTheSite;
-    isToStart_ = true;
     if (cache == Cache::passedOver)
         webkit_web_view_reload_bypass_cache(view_);
     else
@@ -70,9 +72,8 @@ void PageLoads::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageLoads* 
         break;
     case WEBKIT_LOAD_COMMITTED:
         self->stopWaiting();
+        self->question_.loadSettled();
         self->shown_ = self->loading_;
-        self->isToRepeat_ = false;
-        self->repeats_ = 0;
         self->hasEnded_ = false;
         self->hasTitle_ = false;
         break;
@@ -86,8 +87,7 @@ void PageLoads::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageLoads* 
 void PageLoads::started() {
     loading_ = std::exchange(next_, Page::ofTheSite);
     hasFailed_ = false;
-    isToStart_ = false;
-    isToRepeat_ = std::exchange(wasAskedEarly_, false);
+    question_.loadStarted();
     waitForAnswer();
 }
 
@@ -118,10 +118,11 @@ void PageLoads::failed(LoadFailure::Kind kind, const char* url, std::string reas
 gboolean PageLoads::onLoadFailed(WebKitWebView*, WebKitLoadEvent, const char* url, GError* error,
                                  PageLoads* self) noexcept {
     self->hasFailed_ = true;
-    const bool isToRepeat = std::exchange(self->isToRepeat_, false) && isCancelled(error);
-    if (isToRepeat && self->repeats_++ < mostRepeats)
-        self->load(url);
-    else if (isToRepeat || !isNoFailure(error))
+    using Cure = DroppedQuestion::Cure;
+    const auto cure = isCancelled(error) ? self->question_.loadCancelled() : Cure::none;
+    if (cure == Cure::repeat)
+        self->ask(url);
+    else if (cure == Cure::giveUp || !isNoFailure(error))
         self->failed(LoadFailure::Kind::notReached, url, error->message);
     return TRUE; // no page of the engine's own
 }
@@ -141,14 +142,10 @@ void PageLoads::onProcessEnded(WebKitWebView* view, WebKitWebProcessTerminationR
 }
 
 // A person may take a minute and more to find a password.
-//
-// The question and the start of a load come from two processes, and may change places on the way.
-// At the start the engine cancels what was asked before, of this very load as well, and nothing
-// would be shown.
 gboolean PageLoads::onAuthenticate(WebKitWebView*, WebKitAuthenticationRequest*,
                                    PageLoads* self) noexcept {
     self->stopWaiting();
-    self->wasAskedEarly_ = self->isToStart_;
+    self->question_.questionAsked();
     return FALSE; // the engine asks in a dialog of its own
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "korvane-runner/Desktop/DroppedQuestion.h"
 #include "korvane-runner/Desktop/Linux/GObjects.h"
 #include "korvane-runner/Desktop/Linux/LoadedTitle.h"
 #include "korvane-runner/Desktop/WebWindow.h"
@@ -46,6 +47,7 @@ private:
     static gboolean onTimeout(gpointer self) noexcept;
     static void onTitleChanged(GObject* view, GParamSpec* property, PageLoads* self) noexcept;
 
+    void ask(const char* url);
     void started();
     void finished();
     void titleTold(const std::string& title);
@@ -59,10 +61,7 @@ private:
     Page loading_ = Page::ofTheSite;
     Page shown_ = Page::ofTheSite;
     bool hasFailed_ = false;
-    bool isToStart_ = false;     ///< a load was asked for, and nothing was told of it yet
-    bool wasAskedEarly_ = false; ///< for a name and a password, before the load was said to start
-    bool isToRepeat_ = false;    ///< the load, whose question the engine has cancelled
-    int repeats_ = 0;
+    DroppedQuestion question_;
     guint timeout_ = 0;
     bool hasEnded_ = false; ///< the load of the page that one sees
     bool hasTitle_ = false; ///< that page has told it
