@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 #include <vector>
 
 namespace ambrel {
@@ -11,8 +12,17 @@ namespace ambrel {
 /// Who started whom, as far as that can still be seen.
 class ProcessDescent {
 public:
-    /// `processes` are those of runningProcesses() and must outlive it.
-    explicit ProcessDescent(const std::vector<ProcessSeen>& processes) : processes_(processes) {}
+    /// `processes` are by id, as runningProcesses() tells them.
+    explicit ProcessDescent(std::vector<ProcessSeen> processes)
+        : processes_(std::move(processes)) {}
+
+    const std::vector<ProcessSeen>& processes() const { return processes_; }
+
+    /// Null where there is none of that id.
+    const ProcessSeen* find(int id) const {
+        const auto found = std::ranges::lower_bound(processes_, id, {}, &ProcessSeen::id);
+        return found != processes_.end() && found->id == id ? &*found : nullptr;
+    }
 
     /// The nearest of `process`, which is one of them, and those above it that `isWanted`; null
     /// where there is none.
@@ -28,12 +38,7 @@ public:
     }
 
 private:
-    const ProcessSeen* find(int id) const {
-        const auto found = std::ranges::lower_bound(processes_, id, {}, &ProcessSeen::id);
-        return found != processes_.end() && found->id == id ? &*found : nullptr;
-    }
-
-    const std::vector<ProcessSeen>& processes_;
+    std::vector<ProcessSeen> processes_;
 };
 
 } // namespace ambrel

@@ -55,13 +55,12 @@ bool isRunner(const ProcessSeen& process) {
 
 std::set<int> processesOf(int program, const ResolvedInstance& instance, const UserPlaces& user) {
     const Signs signs(instance, user);
-    const auto processes = runningProcesses();
-    const ProcessDescent descent(processes);
+    const ProcessDescent descent(runningProcesses());
     const auto isOwner = [program](const auto& process) {
         return process.id == program || isRunner(process);
     };
     std::set<int> found;
-    for (const auto& process : processes) {
+    for (const auto& process : descent.processes()) {
         const auto* owner = descent.nearest(process, isOwner);
         if (owner != nullptr ? owner->id == program : signs.areOn(process)) {
             found.insert(process.id);

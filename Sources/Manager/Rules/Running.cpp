@@ -3,7 +3,6 @@
 #include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
-#include "Ambrel/Launch/ProcessDescent.h"
 #include "Ambrel/Launch/ProgramProcesses.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Manager/Base/Quoting.h"
@@ -60,8 +59,8 @@ struct Running::Signs {
         return log && (log->isHeldAs(process.output) || log->isHeldAs(process.error));
     }
     bool isHomeOf(const Known& known) const {
-        if (!home || !known.process.home) return false;
-        return *known.process.home == home->path || (known.home && known.home == home->identity);
+        if (!home || !known.process->home) return false;
+        return *known.process->home == home->path || (known.home && known.home == home->identity);
     }
 };
 
@@ -77,37 +76,27 @@ Running::Signs Running::Signs::of(const InstanceRecord& record, const UserPlaces
     return signs;
 }
 
-Running::Running(const std::vector<ProcessSeen>& processes, UserPlaces user)
-    : user_(std::move(user)) {
-    const ambrel::ProcessDescent descent(processes);
+Running::Running(std::vector<ProcessSeen> processes, UserPlaces user)
+    : descent_(std::move(processes)), user_(std::move(user)) {
     // Most processes have the same home.
     std::map<Path, std::optional<FileIdentity>> homes;
-    for (const auto& process : processes) {
-        Known known{.process = process};
-        if (const auto* runner = descent.nearest(process, ambrel::isRunner)) {
-            known.runner = static_cast<std::size_t>(runner - processes.data());
-        }
-        if (const auto& home = known.process.home; home && home->starts_with('/')) {
+    for (const auto& process : descent_.processes()) {
+        Known known{.process = &process, .runner = descent_.nearest(process, ambrel::isRunner)};
+        if (const auto& home = process.home; home && home->starts_with('/')) {
             const auto [entry, isNew] = homes.try_emplace(*home);
             if (isNew) entry->second = FileIdentity::at(*home);
             known.home = entry->second;
         }
-        processes_.push_back(std::move(known));
+        known_.push_back(known);
     }
 }
 
 Running Running::now(const UserPlaces& user) { return {ambrel::runningProcesses(), user}; }
 
-const Running::Known* Running::find(int id) const {
-    const auto idOf = [](const Known& known) { return known.process.id; };
-    const auto found = std::ranges::lower_bound(processes_, id, {}, idOf);
-    return found != processes_.end() && idOf(*found) == id ? &*found : nullptr;
-}
-
 bool Running::belongs(const Known& known, const Signs& signs) const {
-    const auto& process = known.process;
+    const auto& process = *known.process;
     if (process.id == ambrel::ownProcessId()) return false;
-    const auto* above = known.runner ? &processes_[*known.runner].process : nullptr;
+    const auto* above = known.runner;
     if (above != nullptr && signs.isRunnerOf(*above)) return true;
     // One that was removed may be from before this bundle was made, and tells nothing.
     const bool isOthers = above != nullptr && !above->executable->isRemoved;
@@ -120,19 +109,19 @@ bool Running::belongs(const Known& known, const Signs& signs) const {
 
 /// Whether it is another run of this program that has started a runner of the instance.
 bool Running::waitsForRunner(const ProcessSeen& process, const Signs& signs) const {
-    const auto* self = find(ambrel::ownProcessId());
-    if (self == nullptr || process.id == self->process.id) return false;
-    const auto& own = self->process.executable;
+    const auto* self = descent_.find(ambrel::ownProcessId());
+    if (self == nullptr || process.id == self->id) return false;
+    const auto& own = self->executable;
     if (!own || !process.executable || own->identity != process.executable->identity) return false;
-    return std::ranges::any_of(processes_, [&](const Known& other) {
-        return other.process.parent == process.id && signs.isRunnerOf(other.process);
+    return std::ranges::any_of(descent_.processes(), [&](const ProcessSeen& other) {
+        return other.parent == process.id && signs.isRunnerOf(other);
     });
 }
 
 std::vector<int> Running::waiting(const Signs& signs) const {
     std::vector<int> found;
-    for (const auto& known : processes_) {
-        if (waitsForRunner(known.process, signs)) found.push_back(known.process.id);
+    for (const auto& process : descent_.processes()) {
+        if (waitsForRunner(process, signs)) found.push_back(process.id);
     }
     return found;
 }
@@ -140,14 +129,14 @@ std::vector<int> Running::waiting(const Signs& signs) const {
 RunningProcesses Running::of(const InstanceRecord& record) const {
     const auto signs = Signs::of(record, user_);
     std::set<int> members;
-    for (const auto& known : processes_) {
-        if (belongs(known, signs)) members.insert(known.process.id);
+    for (const auto& known : known_) {
+        if (belongs(known, signs)) members.insert(known.process->id);
     }
     RunningProcesses found;
     std::vector<int> runners;
     std::vector<int> below;
     for (const int id : members) {
-        const auto& process = find(id)->process;
+        const auto& process = *descent_.find(id);
         if (signs.isRunnerOf(process)) {
             runners.push_back(id);
         } else if (members.contains(process.parent)) {
@@ -169,8 +158,8 @@ std::vector<int> Running::in(const Path& home) const {
     anybody.config.instanceHome = home;
     const auto signs = Signs::of(anybody, user_);
     std::vector<int> found;
-    for (const auto& known : processes_) {
-        const auto& process = known.process;
+    for (const auto& known : known_) {
+        const auto& process = *known.process;
         if (!process.isUsers || process.id == ambrel::ownProcessId()) continue;
         if (signs.isLogOf(process) || signs.isHomeOf(known)) found.push_back(process.id);
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Ambrel/Instance/InstanceRegistry.h"
-#include "Ambrel/Platform/Processes.h"
+#include "Ambrel/Launch/ProcessDescent.h"
 
 #include <optional>
 #include <vector>
@@ -30,6 +30,11 @@ struct RunningProcesses {
 class Running {
 public:
     static Running now(const ambrel::UserPlaces& user);
+    Running(Running&&) noexcept = default;
+    Running& operator=(Running&&) noexcept = default;
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+    ~Running() = default;
 
     RunningProcesses of(const ambrel::InstanceRecord& record) const;
 
@@ -40,19 +45,19 @@ public:
 private:
     /// A process, with what is asked of it for each instance.
     struct Known {
-        ambrel::ProcessSeen process;
-        std::optional<std::size_t> runner{}; ///< where the nearest runner above, or itself, stands
+        const ambrel::ProcessSeen* process;
+        const ambrel::ProcessSeen* runner;          ///< the nearest above, or itself; may be null
         std::optional<ambrel::FileIdentity> home{}; ///< what stands at its HOME
     };
     struct Signs;
 
-    Running(const std::vector<ambrel::ProcessSeen>& processes, ambrel::UserPlaces user);
-    const Known* find(int id) const;
+    Running(std::vector<ambrel::ProcessSeen> processes, ambrel::UserPlaces user);
     bool belongs(const Known& known, const Signs& signs) const;
     bool waitsForRunner(const ambrel::ProcessSeen& process, const Signs& signs) const;
     std::vector<int> waiting(const Signs& signs) const;
 
-    std::vector<Known> processes_; ///< by id
+    ambrel::ProcessDescent descent_;
+    std::vector<Known> known_; ///< all of them, in their order
     ambrel::UserPlaces user_;
 };
 
