@@ -224,8 +224,7 @@ class ByTheMouse(StatusItemTests):
                     if message.member in ("Event", "EventGroup") and message.kind == monitor.call
                     for event in (message.body[0] if message.member == "EventGroup"
                                   else [message.body])]
-        awaitCondition(clicked, lambda: "the bus has shown no click")
-        self.assertEqual(clicked(),
+        self.assertEqual(awaitCondition(clicked, lambda: "the bus has shown no click"),
                          [(self.item.numberOf(f"Quit {self.running.name}"), "clicked")])
         self.finish()
 
@@ -234,9 +233,10 @@ class ByTheMouse(StatusItemTests):
         # Nothing is highlighted when the pointer is not in the menu.
         self.panel.pointAway()
         # The window is there before anything is drawn in it, and all of it is drawn at once.
-        picture = awaitCondition(lambda: next((picture for picture in [menu.picture()]
-                                               if len(picture.colours()) > 8), None),
-                                 lambda: "nothing is drawn in the menu")
+        def drawn():
+            picture = menu.picture()
+            return picture if len(picture.colours()) > 8 else None
+        picture = awaitCondition(drawn, lambda: "nothing is drawn in the menu")
 
         def darkest(row, left=0, right=picture.width):
             return min(sum(picture.colour(x, y))
