@@ -1,6 +1,7 @@
 // Comes before the C library in the runner of a web instance, and lets the engine hear late that a
 // load has started: when somebody has written to the pipe that LATE_START_GATE names. A page's
-// process tells LATE_START_URL twice, to ask whether it may go there and as it starts.
+// process tells LATE_START_URL twice, to ask whether it may go there and as it starts. What asks
+// for a name tells it as well, behind the first of them, and must not be held back.
 
 #include <algorithm>
 #include <atomic>
@@ -32,6 +33,13 @@ bool holds(const msghdr& message, std::size_t size, std::string_view text) {
            nullptr;
 }
 
+/// Whether it is the socket of the page's process, which is the first to tell the address.
+bool isOfThePage(int socket) {
+    static std::atomic<int> page = -1;
+    int none = -1;
+    return page.compare_exchange_strong(none, socket) || none == socket;
+}
+
 void awaitGate() {
     const int gate = ::open(std::getenv("LATE_START_GATE"), O_RDONLY | O_CLOEXEC);
     char byte = 0;
@@ -48,7 +56,8 @@ extern "C" __attribute__((visibility("default"))) ssize_t recvmsg(int socket, ms
     const auto size = receive(socket, message, flags);
     const char* url = std::getenv("LATE_START_URL");
     if (size > 0 && url != nullptr && isOfTheEngine(socket) &&
-        holds(*message, static_cast<std::size_t>(size), url) && ++told == 2) {
+        holds(*message, static_cast<std::size_t>(size), url) && isOfThePage(socket) &&
+        ++told == 2) {
         awaitGate();
     }
     return size;
