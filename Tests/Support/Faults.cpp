@@ -1,18 +1,22 @@
 #include "Support/Faults.h"
 
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
-#include <set>
-#include <string_view>
+#include <string>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
+
+extern "C" ssize_t __real_readlink(const char* path, char* place, size_t size);
 
 namespace {
 
@@ -26,26 +30,41 @@ struct State {
     bool kills = false;
 } state;
 
-/// What a call is about, by its first argument: of files that tell of processes the descriptors are
-/// remembered for as long as they are open.
-std::set<int> processFiles; // NOLINT: filled while armed alone
-
-bool isAboutProcesses(const char* path) {
-    return std::string_view(path == nullptr ? "" : path).starts_with("/proc");
+bool isElsewhere(const char* path) {
+    const auto& within = state.failure.within;
+    if (path == nullptr || *path != '/') return false; // as are those relative to a folder
+    if (::strncmp(path, within.c_str(), within.size()) != 0) return true;
+    return path[within.size()] != '/' && path[within.size()] != '\0';
 }
-bool isAboutProcesses(int descriptor) { return processFiles.contains(descriptor); }
-bool isAboutProcesses(DIR* folder) { return isAboutProcesses(::dirfd(folder)); }
 
+bool isElsewhere(int descriptor) {
+    const int error = errno; // which may tell how the last call ended
+    const auto link = "/proc/self/fd/" + std::to_string(descriptor);
+    std::array<char, PATH_MAX + 1> place{};
+    const auto size = __real_readlink(link.c_str(), place.data(), PATH_MAX);
+    errno = error;
+    return size > 0 && isElsewhere(place.data());
+}
+
+bool isElsewhere(DIR* folder) { return isElsewhere(::dirfd(folder)); }
+
+bool isElsewhere(int folder, const char* path) {
+    return path != nullptr && *path == '/' ? isElsewhere(path) : isElsewhere(folder);
+}
+
+// The overloads tell by its arguments which file a call is about.
+bool isSpared() { return state.armed && !state.failure.within.empty(); }
 template <class First, class... Rest> bool isSpared(First first, Rest...) {
-    return state.armed && state.failure.sparesProcesses && isAboutProcesses(first);
+    return isSpared() && isElsewhere(first);
 }
-
-void forget(int descriptor) { processFiles.erase(descriptor); }
-void forget(DIR* folder) { forget(::dirfd(folder)); }
-
-int remembering(int descriptor) {
-    if (descriptor >= 0) processFiles.insert(descriptor);
-    return descriptor;
+template <class... Rest> bool isSpared(int folder, const char* path, Rest...) {
+    return isSpared() && isElsewhere(folder, path);
+}
+bool isSpared(const char* from, const char* to) {
+    return isSpared() && isElsewhere(from) && isElsewhere(to);
+}
+bool isSpared(const char* /*target*/, int folder, const char* link) {
+    return isSpared() && isElsewhere(folder, link);
 }
 
 bool mustFail(const char* name) {
@@ -64,12 +83,11 @@ bool mustFail(const char* name) {
 
 namespace korvane::test::faults {
 
-void arm(long failing, const Failure& failure) {
-    processFiles.clear();
-    state = {true, failing, failure, 0, "", false};
-}
+void arm(long failing, const Failure& failure) { state = {true, failing, failure, 0, "", false}; }
 
-void armKill(long last) { state = {true, last, {}, 0, "", true}; }
+void armKill(long last, const std::string& within) {
+    state = {true, last, {.code = 0, .lasting = false, .within = within}, 0, "", true};
+}
 
 Outcome disarm() {
     state.armed = false;
@@ -109,8 +127,8 @@ extern "C" {
         va_start(rest, flags);                                                                     \
         const auto mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, unsigned) : 0U;      \
         va_end(rest);                                                                              \
-        if (isSpared(path)) return remembering(__real_##name(path, flags, mode));                  \
-        return mustFail(#name) ? -1 : __real_##name(path, flags, mode);                            \
+        if (!isSpared(path) && mustFail(#name)) return -1;                                         \
+        return __real_##name(path, flags, mode);                                                   \
     }
 #define WRAP_OPENAT(name)                                                                          \
     int __real_##name(int folder, const char* path, int flags, ...);                               \
@@ -119,9 +137,8 @@ extern "C" {
         va_start(rest, flags);                                                                     \
         const auto mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, unsigned) : 0U;      \
         va_end(rest);                                                                              \
-        if (isSpared(folder) || isSpared(path))                                                    \
-            return remembering(__real_##name(folder, path, flags, mode));                          \
-        return mustFail(#name) ? -1 : __real_##name(folder, path, flags, mode);                    \
+        if (!isSpared(folder, path) && mustFail(#name)) return -1;                                 \
+        return __real_##name(folder, path, flags, mode);                                           \
     }
 #define WRAP_FCNTL(name)                                                                           \
     int __real_##name(int fd, int command, ...);                                                   \
@@ -130,17 +147,18 @@ extern "C" {
         va_start(rest, command);                                                                   \
         const long argument = va_arg(rest, long);                                                  \
         va_end(rest);                                                                              \
-        if (isSpared(fd)) return __real_##name(fd, command, argument);                             \
-        return mustFail(#name) ? -1 : __real_##name(fd, command, argument);                        \
+        if (!isSpared(fd) && mustFail(#name)) return -1;                                           \
+        return __real_##name(fd, command, argument);                                               \
     }
 // A descriptor is gone even when closing it reports a failure.
 #define WRAP_RELEASE(type, name)                                                                   \
     int __real_##name(type handle);                                                                \
     int __wrap_##name(type handle) {                                                               \
-        const bool isSparedHere = isSpared(handle);                                                \
-        if (isSparedHere) forget(handle);                                                          \
+        const bool isFailing = !isSpared(handle) && mustFail(#name);                               \
+        const int error = errno;                                                                   \
         const int result = __real_##name(handle);                                                  \
-        return !isSparedHere && mustFail(#name) ? -1 : result;                                     \
+        if (isFailing) errno = error;                                                              \
+        return isFailing ? -1 : result;                                                            \
     }
 #include "Support/WrappedCalls.def"
 }

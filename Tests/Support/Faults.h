@@ -10,8 +10,9 @@ namespace korvane::test::faults {
 struct Failure {
     int code;     ///< the error number that the call gives
     bool lasting; ///< all calls after it fail too
-    /// What is read in /proc neither counts nor fails: how much that is depends on what else runs.
-    bool sparesProcesses = false;
+    /// A folder without links in its path. Calls about files elsewhere neither count nor fail then:
+    /// how many they are depends on the machine, and on what else runs. Empty: all count.
+    std::string within{};
 };
 
 struct Outcome {
@@ -23,8 +24,9 @@ struct Outcome {
 void arm(long failing, const Failure& failure);
 Outcome disarm();
 
-/// From now on kills this process, as nothing can prevent, in place of call number `last`.
-void armKill(long last);
+/// From now on kills this process, as nothing can prevent, in place of call number `last`, counted
+/// as those are that fail.
+void armKill(long last, const std::string& within);
 
 /// The names of all calls that can be made to fail.
 std::vector<std::string> wrappedCalls();

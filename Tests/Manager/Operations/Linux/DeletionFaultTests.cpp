@@ -14,11 +14,12 @@ namespace {
 
 using ambrel::UserData;
 
-/// The refusal that `act` ends with when call number `failing` is not permitted; absent where it
-/// ends well. `isOver` tells that it makes fewer calls.
-template <class Act> std::optional<Refusal> refusedAt(long failing, bool& isOver, const Act& act) {
+/// The refusal that `act` ends with when call number `failing` about the scene's files is not
+/// permitted; absent where it ends well. `isOver` tells that it makes fewer calls.
+template <class Act>
+std::optional<Refusal> refusedAt(long failing, const Scene& scene, bool& isOver, const Act& act) {
     std::optional<Refusal> refused;
-    faults::arm(failing, {.code = EACCES, .lasting = false, .sparesProcesses = true});
+    faults::arm(failing, {.code = EACCES, .lasting = false, .within = scene.tmp.path()});
     try {
         act();
     } catch (const Refusal& refusal) {
@@ -49,7 +50,7 @@ TEST_CASE("a deletion that fails anywhere leaves an instance that can be deleted
         writeFile(makeFolder(scene.homeOf() + "/folder") + "/file");
         const auto plan = planDeletion(record, UserData::remove, scene.user);
 
-        const auto refusal = refusedAt(failing, isOver, [&] { perform(plan, scene.user); });
+        const auto refusal = refusedAt(failing, scene, isOver, [&] { perform(plan, scene.user); });
 
         CAPTURE(failing);
         onData += isOnData(refusal, scene.homeOf());
@@ -71,7 +72,8 @@ TEST_CASE("a leftover home that cannot be removed is told with what is in the wa
         writeFile(makeFolder(scene.homeOf() + "/folder") + "/file");
         const auto home = requireLeftover("Work", scene.user, Measure::no);
 
-        const auto refusal = refusedAt(failing, isOver, [&] { removeLeftover(home, scene.user); });
+        const auto refusal =
+            refusedAt(failing, scene, isOver, [&] { removeLeftover(home, scene.user); });
 
         CAPTURE(failing);
         onData += isOnData(refusal, scene.homeOf());

@@ -20,12 +20,12 @@ Strings hiddenIn(const Path& folder) {
     return names;
 }
 
-/// Runs `act` in a child that is killed in place of its call number `last`. False when the child
-/// came to its end, because it makes fewer calls.
-template <class Act> bool killedAt(long last, const Act& act) {
+/// Runs `act` in a child that is killed in place of its call number `last` about the scene's files.
+/// False when the child came to its end, because it makes fewer calls.
+template <class Act> bool killedAt(long last, const Scene& scene, const Act& act) {
     const pid_t child = ::fork();
     if (child == 0) {
-        faults::armKill(last);
+        faults::armKill(last, scene.tmp.path());
         act();
         ::_exit(0);
     }
@@ -43,7 +43,7 @@ void killEverywhere(const Prepare& prepare, const Act& act, const Check& check, 
     for (bool killed = true; killed; last += step) {
         const Scene scene;
         prepare(scene);
-        killed = killedAt(last, [&] { act(scene); });
+        killed = killedAt(last, scene, [&] { act(scene); });
         CAPTURE(last);
         CAPTURE(hiddenIn(scene.home / "Applications"));
         check(scene);
