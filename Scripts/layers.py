@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """layers.py [ROOT]
 
-Checks that includes go one way through the rooms of Sources, from later ones to earlier ones, and
-that the tests of a floor know nothing of the floors above it. Prints a line for each include that
-does not, and ends with 1 when there is one.
+Checks that includes go one way through the rooms of Sources, from later ones to earlier ones, that
+the tests of a floor know nothing of the floors above it, and that headers which are installed
+include none that are not. Prints a line for each include that does not, and ends with 1 when there
+is one.
 """
 
 import pathlib
@@ -35,6 +36,7 @@ SHARED = {"Posix"}
 # What lists all files of a room is included by a main alone.
 LISTS = {"korvane/Verbs/AllVerbs.h"}
 
+INSTALLED = re.compile(r"^install_library\(.*?\bHEADERS\b([^)]*)\)", re.MULTILINE | re.DOTALL)
 INCLUDE = re.compile(r'^\s*#\s*include\s*["<]([^">]+)[">]', re.MULTILINE)
 
 
@@ -97,6 +99,28 @@ def findingsInTests(root):
                            f"which is none of {floor}'s business")
 
 
+def installedHeaders(sources):
+    """The names of the headers that are installed, as they are included."""
+    for floor in ROOMS:
+        lists = sources / floor / "CMakeLists.txt"
+        found = INSTALLED.search(lists.read_text(encoding="utf-8")) if lists.is_file() else None
+        yield from (f"{floor}/{name}" for name in (found[1].split() if found else []))
+
+
+def findingsInInstalled(root):
+    sources = root / "Sources"
+    installed = set(installedHeaders(sources))
+    for header in sorted(installed):
+        file = sources / header
+        if not file.is_file():
+            yield f"Sources/{header}: is to be installed, and is not there"
+            continue
+        for name, line in includes(file):
+            if (sources / name).is_file() and name not in installed:
+                yield (f"Sources/{header}:{line}: includes {name}, "
+                       f"but that is not installed with it")
+
+
 def findings(root):
     sources = root / "Sources"
     files = codeBelow(sources)
@@ -120,7 +144,7 @@ def findings(root):
 
 def main():
     root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ".")
-    found = [*findings(root), *findingsInTests(root)]
+    found = [*findings(root), *findingsInInstalled(root), *findingsInTests(root)]
     for line in found:
         print(line)
     return 1 if found else 0

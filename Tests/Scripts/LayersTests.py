@@ -64,6 +64,23 @@ class Layers(unittest.TestCase):
                                             "Ambrel/Launch/Launcher.h, but Ambrel/Base lies below "
                                             "Launch"]))
 
+    def install(self, *headers):
+        names = "".join(f"\n        {header}" for header in headers)
+        (self.root / "Sources/Ambrel/CMakeLists.txt").write_text(
+            f"install_library(Ambrel NAME Ambrel FOLDER Ambrel\n    HEADERS{names})\n")
+
+    def test_a_header_that_is_installed_includes_none_that_is_not(self):
+        self.install("Launch/Launcher.h")
+        self.assertRefused("Sources/Ambrel/Launch/Launcher.h", "Ambrel/Base/Path.h",
+                           "that is not installed with it")
+        self.install("Launch/Launcher.h", "Base/Path.h")
+        self.assertEqual(self.check(), (0, []))
+
+    def test_a_header_that_is_to_be_installed_has_to_be_there(self):
+        self.install("Base/Gone.h")
+        self.assertEqual(self.check(), (1, ["Sources/Ambrel/Base/Gone.h: is to be installed, and "
+                                            "is not there"]))
+
     def test_the_runner_knows_nothing_of_the_manager(self):
         self.assertRefused("Sources/korvane-runner/main.cpp", "Manager/Operations/Create.h",
                            "korvane-runner stands on Ambrel")
