@@ -3,6 +3,7 @@
 target_sources(Ambrel PRIVATE
     Platform/Linux/BoldSansFont.cpp
     Platform/Linux/ChildEnd.cpp
+    Platform/Linux/DataFolders.cpp
     Platform/Linux/ErrorReason.cpp
     Platform/Linux/ExclusiveRename.cpp
     Platform/Linux/ExtendedAttributes.cpp

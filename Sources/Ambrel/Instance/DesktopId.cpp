@@ -1,7 +1,8 @@
 #include "Ambrel/Instance/DesktopId.h"
 
+#include "Ambrel/Base/StableHash.h"
+
 #include <algorithm>
-#include <cstdint>
 
 namespace ambrel {
 
@@ -28,28 +29,11 @@ bool isDesktopName(std::string_view text) {
     }
 }
 
-/// FNV-1a, 64 bits: the same on every system and in every version.
-std::uint64_t hashOf(std::string_view text) {
-    std::uint64_t hash = 0xcbf29ce484222325;
-    for (const char c : text) {
-        hash ^= static_cast<unsigned char>(c);
-        hash *= 0x100000001b3;
-    }
-    return hash;
-}
-
-std::string hexadecimal(std::uint64_t number) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (int shift = 60; shift >= 0; shift -= 4) text += digits[number >> shift & 0xF];
-    return text;
-}
-
 } // namespace
 
 std::string desktopId(std::string_view bundleId) {
     if (isDesktopName(bundleId)) return std::string(bundleId);
-    return "app.korvane.instance.x" + hexadecimal(hashOf(bundleId));
+    return "app.korvane.instance.x" + stableHash(bundleId);
 }
 
 } // namespace ambrel

@@ -1,5 +1,6 @@
 #include "Ambrel/Platform/UserFolderSettings.h"
 
+#include "Ambrel/Base/TextParts.h"
 #include "Ambrel/Platform/FileSystem.h"
 
 #include <array>
@@ -21,13 +22,6 @@ constexpr std::array<std::pair<std::string_view, const char*>, 3> variables{{
 std::string_view withoutBlanks(std::string_view text) {
     const auto start = text.find_first_not_of(" \t");
     return start == std::string_view::npos ? std::string_view() : text.substr(start);
-}
-
-std::string_view takeLine(std::string_view& text) {
-    const auto end = text.find('\n');
-    const auto line = text.substr(0, end);
-    text = end == std::string_view::npos ? std::string_view() : text.substr(end + 1);
-    return line;
 }
 
 /// What `line` assigns to `variable`; absent when it does not.
@@ -91,7 +85,7 @@ UserFolderSettings userFolderSettings(const UserPlaces& user) {
     if (!file) return unknownSettings();
     UserFolderSettings settings;
     for (std::string_view rest = *file; !rest.empty();) {
-        const auto line = takeLine(rest);
+        const auto line = takeUntil(rest, '\n');
         for (const auto& [variable, name] : variables) {
             if (const auto value = assigned(line, variable))
                 settings[name] = placeOf(*value, user.home);
