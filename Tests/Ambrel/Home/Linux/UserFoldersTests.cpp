@@ -271,6 +271,7 @@ TEST_CASE("XDG_CONFIG_HOME is heeded only without CFFIXED_USER_HOME") {
     const ScopedVariable config("XDG_CONFIG_HOME", tmp / "config");
     {
         const ScopedVariable without("CFFIXED_USER_HOME", std::nullopt);
+        const ScopedVariable data("XDG_DATA_HOME", tmp / "data"); // a list is made there
         CHECK(UserFolders(UserPlaces::ofThisProcess(), tmp / "instance").find("Documents") ==
               "/srv/from the variable");
     }
