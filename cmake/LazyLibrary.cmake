@@ -16,7 +16,8 @@ endfunction()
 #   LazyName.h    to be included before the library's own headers: it renames each function, so
 #                 that their declarations, signatures included, come from the real headers;
 #   LazyName.S    the functions under those names, each a jump through a table;
-#   LazyName.cpp  loadName(), which fills the table when it is called for the first time.
+#   LazyName.cpp  loadName(), which fills the table when it is called for the first time, and
+#                 unloadName(), after which the next call is the first again.
 # Calling a function before loadName() ends the program. Names carry the library's, so that two lists
 # may hold one function; one source file cannot include both headers then.
 function(add_lazy_library target)

@@ -43,4 +43,8 @@ std::optional<PropertyListDictionary> parsePropertyList(std::string bytes);
 /// characters that XML 1.0 does not allow), LibraryError when the library is missing.
 std::string xmlPropertyList(const PropertyListDictionary& dictionary);
 
+/// Gives back the memory that reading and writing lists has taken until the next time, in a process
+/// that goes on for long. No other thread may be in the functions above.
+void forgetPropertyLists() noexcept;
+
 } // namespace ambrel

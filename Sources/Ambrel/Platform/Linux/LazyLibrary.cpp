@@ -15,15 +15,24 @@ namespace {
 
 } // namespace
 
-LazyLibrary::LazyLibrary(const char* soname, const char* const* names, void** table,
-                         std::size_t count, Scope scope) {
-    // Never closed: its functions may keep state for as long as the program runs.
-    void* handle = dlopen(soname, RTLD_NOW | (scope == Scope::everyone ? RTLD_GLOBAL : RTLD_LOCAL));
-    if (handle == nullptr) throwLoaderError(soname);
-    for (std::size_t i = 0; i < count; ++i) {
-        table[i] = dlsym(handle, names[i]);
-        if (table[i] == nullptr) throwLoaderError(soname);
+// Not closed at the program's end: its functions may keep state for as long as that runs.
+void LazyLibrary::open() {
+    const std::lock_guard lock(mutex_);
+    if (handle_ != nullptr) return;
+    void* handle =
+        dlopen(soname_, RTLD_NOW | (scope_ == Scope::everyone ? RTLD_GLOBAL : RTLD_LOCAL));
+    if (handle == nullptr) throwLoaderError(soname_);
+    for (std::size_t i = 0; i < count_; ++i) {
+        table_[i] = dlsym(handle, names_[i]);
+        if (table_[i] == nullptr) throwLoaderError(soname_);
     }
+    handle_ = handle;
+}
+
+void LazyLibrary::close() noexcept {
+    const std::lock_guard lock(mutex_);
+    if (handle_ != nullptr) dlclose(handle_);
+    handle_ = nullptr;
 }
 
 } // namespace ambrel

@@ -218,4 +218,6 @@ std::string xmlPropertyList(const PropertyListDictionary& dictionary) {
     return escapingCarriageReturns({text, size});
 }
 
+void forgetPropertyLists() noexcept { unloadPlist(); }
+
 } // namespace ambrel

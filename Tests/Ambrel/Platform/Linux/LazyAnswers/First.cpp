@@ -12,4 +12,6 @@ int answerOfFirst() {
     return lazyAnswer();
 }
 
+void closeFirst() { ambrel::unloadAnswerFirst(); }
+
 } // namespace korvane::test
