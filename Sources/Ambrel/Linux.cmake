@@ -2,7 +2,6 @@
 
 target_sources(Ambrel PRIVATE
     Platform/Linux/BoldSansFont.cpp
-    Platform/Linux/ChildEnd.cpp
     Platform/Linux/DataFolders.cpp
     Platform/Linux/ErrorReason.cpp
     Platform/Linux/ExclusiveRename.cpp
@@ -18,6 +17,7 @@ target_sources(Ambrel PRIVATE
     Platform/Linux/PixbufDecoder.cpp
     Platform/Linux/PngDecoder.cpp
     Platform/Linux/PngEncoder.cpp
+    Platform/Linux/ProcessEnd.cpp
     Platform/Linux/ProcessName.cpp
     Platform/Linux/Processes.cpp
     Platform/Linux/PropertyList.cpp

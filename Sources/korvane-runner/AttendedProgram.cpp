@@ -4,7 +4,7 @@ namespace korvane::runner {
 
 using Watching = AppLoop::Watching;
 
-AttendedProgram::AttendedProgram(ambrel::ChildProcess& program, const ambrel::SignalHold& signals)
+AttendedProgram::AttendedProgram(ambrel::HostedProgram& program, const ambrel::SignalHold& signals)
     : program_(program), relay_(program), signals_(signals), end_(program) {}
 
 void AttendedProgram::attachTo(AppLoop& loop) {

@@ -16,7 +16,7 @@ public:
     /// touched, which may start threads (see SignalSource). All three must outlive it, and it must
     /// outlive the loop's run. Throws FileError when the program cannot be watched; it runs on
     /// then.
-    AttendedProgram(ambrel::ChildProcess& program, const ambrel::SignalHold& signals);
+    AttendedProgram(ambrel::HostedProgram& program, const ambrel::SignalHold& signals);
 
     /// From here on `loop` does the work.
     void attachTo(AppLoop& loop);
@@ -24,7 +24,7 @@ public:
 private:
     void takeSignals();
 
-    ambrel::ChildProcess& program_;
+    ambrel::HostedProgram& program_;
     ambrel::SignalRelay relay_;
     ambrel::SignalSource signals_;
     ambrel::ChildEnd end_;

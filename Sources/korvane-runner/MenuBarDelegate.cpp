@@ -1,6 +1,7 @@
 #include "korvane-runner/MenuBarDelegate.h"
 
 #include "Ambrel/Launch/ProgramProcesses.h"
+#include "Ambrel/Platform/MainBundle.h"
 
 #include <utility>
 
@@ -8,7 +9,7 @@ namespace korvane::runner {
 
 MenuBarDelegate::MenuBarDelegate(const ambrel::ResolvedInstance& instance,
                                  const ambrel::UserPlaces& user, StatusIconFiles icons,
-                                 ambrel::ChildProcess& process, Desktop& desktop)
+                                 ambrel::HostedProgram& process, Desktop& desktop)
     : instance_(instance), user_(user), icons_(std::move(icons)), process_(process),
       desktop_(desktop) {}
 
@@ -24,7 +25,10 @@ void MenuBarDelegate::showItem() {
 
 void MenuBarDelegate::focus() {
     if (!process_.isRunning()) return;
-    desktop_.windows().bringToFront(processesOf(process_.processIdentifier(), instance_, user_));
+    const auto file = ambrel::MainBundle::current().executableURL;
+    const auto runner = file ? ambrel::FileIdentity::at(*file) : std::nullopt;
+    desktop_.windows().bringToFront(
+        processesOf(process_.processIdentifier(), instance_, user_, runner));
 }
 
 // The loop ends when the program has: until then it may ask whether to save, and say no.

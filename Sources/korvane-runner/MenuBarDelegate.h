@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Ambrel/Instance/ResolvedInstance.h"
-#include "Ambrel/Platform/ChildProcess.h"
+#include "Ambrel/Platform/HostedProgram.h"
 #include "korvane-runner/Desktop/Desktop.h"
 #include "korvane-runner/StatusItem/KorvaneStatusItem.h"
 
@@ -15,7 +15,7 @@ class MenuBarDelegate {
 public:
     /// `process` is the program. All but `icons` must outlive it.
     MenuBarDelegate(const ambrel::ResolvedInstance& instance, const ambrel::UserPlaces& user,
-                    StatusIconFiles icons, ambrel::ChildProcess& process, Desktop& desktop);
+                    StatusIconFiles icons, ambrel::HostedProgram& process, Desktop& desktop);
     MenuBarDelegate(const MenuBarDelegate&) = delete;
     MenuBarDelegate& operator=(const MenuBarDelegate&) = delete;
 
@@ -32,7 +32,7 @@ private:
     const ambrel::ResolvedInstance& instance_;
     const ambrel::UserPlaces& user_;
     StatusIconFiles icons_;
-    ambrel::ChildProcess& process_;
+    ambrel::HostedProgram& process_;
     Desktop& desktop_;
     std::optional<KorvaneStatusItem> statusItem_; ///< last: it goes first
 };

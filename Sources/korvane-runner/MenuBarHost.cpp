@@ -6,7 +6,7 @@
 namespace korvane::runner {
 
 int MenuBarHost::run(const ambrel::ResolvedInstance& instance, const ambrel::UserPlaces& user,
-                     const StatusIconFiles& icons, ambrel::ChildProcess& process,
+                     const StatusIconFiles& icons, ambrel::HostedProgram& process,
                      const ambrel::SignalHold& signals, const DesktopOpener& openDesktop) {
     if (!process.isRunning()) return process.terminationStatus();
     AttendedProgram attended(process, signals); // before the desktop, which starts threads

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Ambrel/Instance/ResolvedInstance.h"
-#include "Ambrel/Platform/ChildProcess.h"
+#include "Ambrel/Platform/HostedProgram.h"
 #include "Ambrel/Platform/SignalHold.h"
 #include "korvane-runner/Desktop/Desktop.h"
 #include "korvane-runner/StatusItem/StatusIcon.h"
@@ -23,7 +23,7 @@ struct MenuBarHost {
     ///
     /// For main, before any thread starts.
     static int run(const ambrel::ResolvedInstance& instance, const ambrel::UserPlaces& user,
-                   const StatusIconFiles& icons, ambrel::ChildProcess& process,
+                   const StatusIconFiles& icons, ambrel::HostedProgram& process,
                    const ambrel::SignalHold& signals, const DesktopOpener& openDesktop);
 };
 

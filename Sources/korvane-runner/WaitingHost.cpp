@@ -4,7 +4,7 @@
 
 namespace korvane::runner {
 
-int WaitingHost::run(ambrel::ChildProcess& program, const ambrel::SignalHold& signals) {
+int WaitingHost::run(ambrel::HostedProgram& program, const ambrel::SignalHold& signals) {
     return ambrel::SignalRelay(program).waitUntilExit(signals);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/Platform/ChildProcess.h"
+#include "Ambrel/Platform/HostedProgram.h"
 #include "Ambrel/Platform/SignalHold.h"
 
 namespace korvane::runner {
@@ -11,7 +11,7 @@ struct WaitingHost {
 
     /// Blocks until `program` has ended and returns its termination status. Passes on to it what
     /// asks this process to end.
-    static int run(ambrel::ChildProcess& program, const ambrel::SignalHold& signals);
+    static int run(ambrel::HostedProgram& program, const ambrel::SignalHold& signals);
 };
 
 } // namespace korvane::runner

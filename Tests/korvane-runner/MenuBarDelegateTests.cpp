@@ -1,5 +1,7 @@
 #include "korvane-runner/MenuBarDelegate.h"
 
+#include "Ambrel/Platform/ChildProcess.h"
+
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
@@ -78,13 +80,13 @@ TEST_CASE("Show does nothing once the program has ended") {
 }
 
 TEST_CASE("Quit asks the program to end, each time, and waits for what it says") {
-    Stage stage("exec 3>\"$REPORT\"; trap 'echo asked >&3' TERM; echo ready >&3; "
-                "while :; do read x <\"$SILENCE\"; done 2>/dev/null");
+    Stage stage("exec " + quoted(KORVANE_TEST_PROBE) + " signals \"$REPORT\" " +
+                std::to_string(SIGHUP));
     REQUIRE(stage.report.line() == "ready");
 
     for (int i = 0; i < 3; ++i) {
         stage.desktop.fakeStatusArea.choose("Quit Work");
-        CHECK(stage.report.line() == "asked");
+        CHECK(stage.report.line() == "15 user");
     }
 
     CHECK(stage.process->isRunning());

@@ -1,5 +1,7 @@
 #include "korvane-runner/MenuBarHost.h"
 
+#include "Ambrel/Platform/ChildProcess.h"
+
 #include "Support/Builders.h"
 #include "Support/Environment.h"
 #include "Support/Expect.h"
@@ -113,13 +115,12 @@ TEST_CASE("quitting from the menu ends the program, and then the host with its s
 
     const TempDir tmp;
     Fifo report(tmp / "report");
-    const Fifo withoutWriter(tmp / "silent");
-    const Stage saving("exec 2>/dev/null; trap 'exit 5' TERM; echo ready >" +
-                       quoted(report.path()) + "; read x <" + quoted(withoutWriter.path()));
+    const Stage saving("exec " + quoted(KORVANE_TEST_PROBE) + " signals " + quoted(report.path()) +
+                       " " + std::to_string(SIGTERM));
     CHECK(saving.host([&](FakeDesktop& desktop, ChildProcess&) {
         desktop.fakeLoop.letTimePass();
         if (report.line() == "ready") desktop.fakeStatusArea.choose("Quit Work");
-    }) == 5);
+    }) == 40);
 }
 
 TEST_CASE("what was said to the desktop is sent off before the item goes") {

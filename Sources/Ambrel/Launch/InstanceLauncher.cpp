@@ -20,8 +20,7 @@ constexpr const char* keychains = "Library/Keychains";
 
 bool isMissing(const std::optional<Path>& path) { return !path || path->empty(); }
 
-ChildProcess launched(ChildProcess::Setup setup) {
-    ChildProcess process(std::move(setup));
+ChildProcess launched(ChildProcess process) {
     process.launch();
     return process;
 }
@@ -47,13 +46,13 @@ void tryCreateHome(const Path& home) noexcept {
     }
 }
 
-ChildProcess launchFile(const ResolvedInstance& instance, const SystemTools& tools) {
+ChildProcess prepareFile(const ResolvedInstance& instance, const SystemTools& tools) {
     if (isMissing(instance.openPath))
         throw LaunchError::unsupported("file shortcut has no target path");
-    return launched({.executable = tools.open, .arguments = {*instance.openPath}});
+    return ChildProcess({.executable = tools.open, .arguments = {*instance.openPath}});
 }
 
-ChildProcess launchCommand(const ResolvedInstance& instance, const Environment& inherited) {
+ChildProcess prepareCommand(const ResolvedInstance& instance, const Environment& inherited) {
     if (isMissing(instance.commandPath)) {
         throw LaunchError::unsupported("command shortcut has no executable");
     }
@@ -67,7 +66,7 @@ ChildProcess launchCommand(const ResolvedInstance& instance, const Environment& 
     }
     setup.standardOutput = InstanceLauncher::instanceLogHandle(instance.home);
     setup.standardError = setup.standardOutput;
-    return launched(std::move(setup));
+    return ChildProcess(std::move(setup));
 }
 
 /// What an application is started with.
@@ -96,8 +95,8 @@ AppBundle readBundle(const Path& appURL, const SystemTools& tools) {
     return std::move(*app);
 }
 
-ChildProcess startApp(const AppBundle& app, const AppStart& start, const UserPlaces& user,
-                      const Environment& inherited) {
+ChildProcess prepareStart(const AppBundle& app, const AppStart& start, const UserPlaces& user,
+                          const Environment& inherited) {
     fileSystem::createFolders(start.home);
     const auto log = InstanceLauncher::instanceLogHandle(start.home);
     // Checked this late on purpose: a refused app still leaves its home folder and log behind.
@@ -105,12 +104,12 @@ ChildProcess startApp(const AppBundle& app, const AppStart& start, const UserPla
     InstanceLauncher::ensureKeychainAccess(start.home, user);
     DesktopAccess::ensure(start.home, user);
     if (start.sharesTrash) DesktopAccess::ensureTrash(start.home, user);
-    return launched({.executable = app.executableURL(),
-                     .arguments = start.arguments,
-                     .environment = isolatedEnvironment(inherited, app, start, user),
-                     .standardOutput = log,
-                     .standardError = log,
-                     .processName = start.processName});
+    return ChildProcess({.executable = app.executableURL(),
+                         .arguments = start.arguments,
+                         .environment = isolatedEnvironment(inherited, app, start, user),
+                         .standardOutput = log,
+                         .standardError = log,
+                         .processName = start.processName});
 }
 
 /// The configured name of the process, where this system has a use for it.
@@ -143,20 +142,20 @@ std::vector<std::string> argumentsWith(const std::vector<std::string>& opened,
     return arguments;
 }
 
-ChildProcess launchApp(const ResolvedInstance& instance, const UserPlaces& user,
-                       const Environment& inherited, const SystemTools& tools,
-                       const std::vector<std::string>& opened) {
+ChildProcess prepareApp(const ResolvedInstance& instance, const UserPlaces& user,
+                        const Environment& inherited, const SystemTools& tools,
+                        const std::vector<std::string>& opened) {
     const auto& config = instance.config;
     // Before the bundle is looked at, and whatever the strategy.
     if (config.shareUserFolders) SharedUserFolders::ensure(instance.home, user);
-    return startApp(readBundle(config.targetAppURL(), tools),
-                    {.home = instance.home,
-                     .strategy = config.strategy,
-                     .arguments = argumentsWith(opened, instance),
-                     .environment = instance.environment,
-                     .processName = configuredProcessName(config),
-                     .sharesTrash = config.shareUserFolders},
-                    user, inherited);
+    return prepareStart(readBundle(config.targetAppURL(), tools),
+                        {.home = instance.home,
+                         .strategy = config.strategy,
+                         .arguments = argumentsWith(opened, instance),
+                         .environment = instance.environment,
+                         .processName = configuredProcessName(config),
+                         .sharesTrash = config.shareUserFolders},
+                        user, inherited);
 }
 
 } // namespace
@@ -164,15 +163,21 @@ ChildProcess launchApp(const ResolvedInstance& instance, const UserPlaces& user,
 ChildProcess InstanceLauncher::launch(const ResolvedInstance& instance, const UserPlaces& user,
                                       const Environment& inherited, const SystemTools& tools,
                                       const std::vector<std::string>& opened) {
+    return launched(prepare(instance, user, inherited, tools, opened));
+}
+
+ChildProcess InstanceLauncher::prepare(const ResolvedInstance& instance, const UserPlaces& user,
+                                       const Environment& inherited, const SystemTools& tools,
+                                       const std::vector<std::string>& opened) {
     switch (instance.config.kind) {
     case ShortcutKind::web:
         break;
     case ShortcutKind::file:
-        return launchFile(instance, tools);
+        return prepareFile(instance, tools);
     case ShortcutKind::command:
-        return launchCommand(instance, inherited);
+        return prepareCommand(instance, inherited);
     case ShortcutKind::app:
-        return launchApp(instance, user, inherited, tools, opened);
+        return prepareApp(instance, user, inherited, tools, opened);
     }
     throw LaunchError::unsupported("web shortcuts run in the runner's web host");
 }
@@ -191,7 +196,8 @@ ChildProcess InstanceLauncher::launch(const AppBundle& app, const Path& home, St
                                       const StringMap& environment, const UserPlaces& user,
                                       const Environment& inherited,
                                       const std::optional<std::string>& processName) {
-    return startApp(app, {home, strategy, extraArgs, environment, processName}, user, inherited);
+    return launched(
+        prepareStart(app, {home, strategy, extraArgs, environment, processName}, user, inherited));
 }
 
 bool InstanceLauncher::isUsableProcessName(std::string_view name) noexcept {

@@ -32,6 +32,13 @@ struct InstanceLauncher {
                                const Environment& inherited, const SystemTools& tools = {},
                                const std::vector<std::string>& opened = {});
 
+    /// All of launch() but the start itself, for whoever has to know what the process is going to
+    /// have before it has it: it is still to be launched. Throws the same, but for what is only
+    /// known of a start.
+    static ChildProcess prepare(const ResolvedInstance& instance, const UserPlaces& user,
+                                const Environment& inherited, const SystemTools& tools = {},
+                                const std::vector<std::string>& opened = {});
+
     /// Starts the main executable of `app` with its home folder pointed at `home` (absolute).
     /// `home`, `extraArgs` and `environment` are used exactly as given; `environment` has the last
     /// word over HOME and every inherited variable. `processName` is the program's argv[0], absent:

@@ -53,11 +53,13 @@ bool isRunner(const ProcessSeen& process) {
            fileSystem::exists(BundleLayout::instanceJsonForExecutable(program));
 }
 
-std::set<int> processesOf(int program, const ResolvedInstance& instance, const UserPlaces& user) {
+std::set<int> processesOf(int program, const ResolvedInstance& instance, const UserPlaces& user,
+                          const std::optional<FileIdentity>& runner) {
     const Signs signs(instance, user);
     const ProcessDescent descent(runningProcesses());
-    const auto isOwner = [program](const auto& process) {
-        return process.id == program || isRunner(process);
+    const auto isOwner = [&](const auto& process) {
+        if (process.id == program) return true;
+        return isRunner(process) && (!runner || process.executable->identity != *runner);
     };
     std::set<int> found;
     for (const auto& process : descent.processes()) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Ambrel/Launch/SignalPolicy.h"
-#include "Ambrel/Platform/ChildProcess.h"
+#include "Ambrel/Platform/HostedProgram.h"
 
 namespace ambrel {
 
@@ -9,7 +9,7 @@ namespace ambrel {
 /// the one that it stands for. The child must outlive it.
 class SignalRelay {
 public:
-    explicit SignalRelay(ChildProcess& child) : child_(child) {}
+    explicit SignalRelay(HostedProgram& child) : child_(child) {}
 
     /// Passes `signal` on if the policy says so. Reaches nobody when the child has ended.
     void take(const ArrivedSignal& signal);
@@ -19,7 +19,7 @@ public:
     int waitUntilExit(const SignalHold& signals);
 
 private:
-    ChildProcess& child_;
+    HostedProgram& child_;
     SignalPolicy policy_;
 };
 

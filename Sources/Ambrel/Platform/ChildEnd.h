@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Ambrel/Platform/ChildProcess.h"
+#include "Ambrel/Platform/HostedProgram.h"
 #include "Ambrel/Platform/OwnedFd.h"
 
 #include <chrono>
@@ -13,7 +13,7 @@ namespace ambrel {
 class ChildEnd {
 public:
     /// `child` was launched. Throws FileError when its end cannot be watched; it runs on then.
-    explicit ChildEnd(const ChildProcess& child);
+    explicit ChildEnd(const HostedProgram& child);
 
     /// For waiting only; what became of the child is asked of the child.
     int descriptor() const noexcept { return fd_.get(); }

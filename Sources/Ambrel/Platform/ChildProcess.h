@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/Base/Path.h"
+#include "Ambrel/Platform/HostedProgram.h"
 #include "Ambrel/Platform/OwnedFd.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
 
@@ -16,18 +17,19 @@ namespace ambrel {
 struct ChildProcessError : std::runtime_error {
     enum class Fault { executable, workingDirectory, arguments };
 
-    ChildProcessError(Fault fault, const Path& path, const std::string& reason);
+    ChildProcessError(Fault fault, const Path& path, std::string reason);
 
     std::string description() const { return what(); }
 
-    Fault fault; ///< what is to blame, as far as can be told afterwards
-    Path path;   ///< the executable or the working directory
+    Fault fault;        ///< what is to blame, as far as can be told afterwards
+    Path path;          ///< the executable or the working directory
+    std::string reason; ///< the system's
 };
 
 /// A program run as a child. It gets the three standard streams and no other descriptor, default
 /// signal dispositions and an empty signal mask; only a SIGHUP that this process ignores stays
 /// ignored.
-class ChildProcess {
+class ChildProcess final : public HostedProgram {
 public:
     struct Setup {
         Path executable; ///< a file path, never looked up in PATH; relative: to this process's
@@ -49,7 +51,7 @@ public:
     ChildProcess& operator=(ChildProcess&&) noexcept;
     /// Does not end a running child. One that nobody waited for stays a zombie until this process
     /// ends; a termination handler is still called.
-    ~ChildProcess();
+    ~ChildProcess() override;
 
     const Setup& setup() const { return setup_; }
 
@@ -60,21 +62,17 @@ public:
     /// ChildProcessError when it cannot be started, and no process is left then.
     void launch();
 
-    /// Whether `signal`, blocked here, was waiting for this process right before the program was
-    /// started: then it came too early for the program to get it as well.
-    bool missed(int signal) const noexcept;
+    bool missed(int signal) const noexcept override;
 
     /// Blocks until the program has ended.
     void waitUntilExit();
-    /// The exit status, or the signal's number for a program that a signal ended. 1 where the
-    /// status was lost because this process ignores SIGCHLD. Only after the program has ended.
-    int terminationStatus() const;
-    bool isRunning() const;
-    /// Asks the program to end (SIGTERM). Does nothing when it has ended.
-    void terminate() const noexcept;
-    /// Sends a signal; never reaches another process that got the same id later.
-    void sendSignal(int signal) const noexcept;
-    int processIdentifier() const;
+    /// Lost where this process ignores SIGCHLD.
+    int terminationStatus() const override;
+    bool isRunning() const override;
+    void sendSignal(int signal) const noexcept override;
+    int processIdentifier() const override;
+    /// Reaps nothing but the child, and asks for no signal.
+    OwnedFd openEnd() const override;
 
 private:
     struct State;

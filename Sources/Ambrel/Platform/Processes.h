@@ -45,6 +45,7 @@ struct ProcessSeen {
     std::optional<HeldFile> output;     ///< its standard output, where that is a regular file
     std::optional<HeldFile> error;      ///< the same for standard error
     std::optional<Path> home;           ///< HOME as it was started with
+    bool isStartedByBus = false;        ///< by a bus of the session, or by what that has started
 };
 
 /// The processes that run now, this one among them, by id; what has ended is left out also where

@@ -39,6 +39,25 @@ TEST_CASE("a file shortcut runs the opener with the expanded path as its single 
     CHECK_FALSE(isThere(tmp / "home"));
 }
 
+TEST_CASE("what is prepared tells what it will have, and runs when it is launched") {
+    const TempDir tmp;
+    const UserHome user(tmp);
+    auto config = commandConfig(tmp / "home", "/bin/sh", {"-c", "echo \"$A\" > ran"});
+    config.workingDirectory = tmp.path();
+    config.environment["A"] = "b";
+
+    auto child = InstanceLauncher::prepare(ResolvedInstance::of(config, user.places()),
+                                           user.places(), {{"C", "d"}});
+    REQUIRE(child.setup().environment);
+    CHECK(*child.setup().environment == Environment{{"A", "b"}, {"C", "d"}});
+    CHECK_FALSE(child.isRunning());
+    CHECK_FALSE(isThere(tmp / "ran"));
+
+    child.launch();
+    CHECK(statusOf(std::move(child)) == 0);
+    CHECK(readFile(tmp / "ran") == "b\n");
+}
+
 TEST_CASE("a file shortcut with an empty path fails as unsupported with its reason") {
     for (const auto& path : {std::optional<std::string>(""), std::optional<std::string>()}) {
         const auto error = launchErrorOf(fileConfig(path));

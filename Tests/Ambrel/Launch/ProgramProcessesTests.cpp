@@ -19,10 +19,10 @@ namespace {
 struct Scene {
     Scene() : user(tmp) { makeFolder(home); }
 
-    std::set<int> of(const Waiting& program) const {
+    std::set<int> of(const Waiting& program, const Path& runner = "/none") const {
         return processesOf(program.id(),
                            ResolvedInstance::of(commandConfig(home, "/bin/sh"), user.places()),
-                           user.places());
+                           user.places(), ambrel::FileIdentity::at(runner));
     }
 
     TempDir tmp;
@@ -91,6 +91,32 @@ TEST_CASE("what another instance's runner started is not the program's, whatever
 
     CHECK_FALSE(scene.of(program).contains(others));
     CHECK(scene.of(program).contains(program.id()));
+    ::kill(others, SIGKILL);
+}
+
+TEST_CASE("what another start of the instance has left is the instance's, by its home") {
+    const Scene scene;
+    const auto runner = scene.tmp / "Work.app/Contents/MacOS/runner";
+    copyProgram("/bin/sh", runner);
+    writeFile(scene.tmp / "Work.app/Contents/Resources/instance.json", "{}");
+    const auto below = [&](const Path& home, const Path& pid) {
+        const auto ready = makeFifo(pid + ".ready");
+        return "(HOME=" + quoted(home) + " " + quoted(runner) + " -c " +
+               quoted("/bin/sleep 1000 & echo $! >" + quoted(pid) + "; " + untilItIs("/bin/sleep") +
+                      "; echo >" + quoted(ready) + "; wait") +
+               " &); read x <" + quoted(ready) + "; ";
+    };
+    const auto left = scene.tmp / "left";
+    const auto stranger = scene.tmp / "stranger";
+    const Waiting program({{"HOME", scene.home}},
+                          below(scene.home, left) + below(scene.user.path(), stranger) + "true");
+    const int own = std::stoi(readFile(left));
+    const int others = std::stoi(readFile(stranger));
+
+    CHECK(scene.of(program, runner).contains(own));
+    CHECK_FALSE(scene.of(program).contains(own));
+    CHECK_FALSE(scene.of(program, runner).contains(others));
+    ::kill(own, SIGKILL);
     ::kill(others, SIGKILL);
 }
 

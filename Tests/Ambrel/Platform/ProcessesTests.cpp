@@ -53,6 +53,7 @@ TEST_CASE("a process is seen with its parent, its program, its output and its ho
     CHECK(found->parent == ::getpid());
     CHECK(found->isUsers);
     CHECK(found->home == "/some where");
+    CHECK_FALSE(found->isStartedByBus);
     REQUIRE(found->executable);
     CHECK(found->executable->identity == FileIdentity::ofFileAt("/bin/sh"));
     REQUIRE(found->output);
@@ -60,6 +61,16 @@ TEST_CASE("a process is seen with its parent, its program, its output and its ho
     CHECK(found->output->path == log);
     CHECK_FALSE(found->output->isRemoved);
     CHECK_FALSE(found->error); // a pipe
+}
+
+TEST_CASE("a process is seen to be started by a bus of the session, and by no other") {
+    for (const std::string kind : {"session", "system", ""}) {
+        CAPTURE(kind);
+        const Waiting process(Waiting::Variables{{"DBUS_STARTER_BUS_TYPE", kind}});
+        const auto found = seen(process.id());
+        REQUIRE(found);
+        CHECK(found->isStartedByBus == (kind == "session"));
+    }
 }
 
 TEST_CASE("a file that a process holds is known by its place after it was removed") {

@@ -88,11 +88,11 @@ std::optional<HeldFile> heldFile(int folder, const char* link) {
     return file;
 }
 
-std::optional<Path> homeIn(std::string_view environment) {
-    constexpr std::string_view name = "HOME=";
+/// The value of the first entry that begins with `name`, which ends in "=".
+std::optional<std::string> valueIn(std::string_view environment, std::string_view name) {
     while (!environment.empty()) {
         const auto entry = environment.substr(0, environment.find('\0'));
-        if (entry.starts_with(name)) return Path(entry.substr(name.size()));
+        if (entry.starts_with(name)) return std::string(entry.substr(name.size()));
         environment.remove_prefix(std::min(entry.size() + 1, environment.size()));
     }
     return std::nullopt;
@@ -112,7 +112,9 @@ std::optional<ProcessSeen> look(int processes, const char* name) {
     seen.executable = heldFile(folder.get(), "exe");
     seen.output = heldFile(folder.get(), "fd/1");
     seen.error = heldFile(folder.get(), "fd/2");
-    seen.home = homeIn(contentOf(folder.get(), "environ"));
+    const auto environment = contentOf(folder.get(), "environ");
+    seen.home = valueIn(environment, "HOME=");
+    seen.isStartedByBus = valueIn(environment, "DBUS_STARTER_BUS_TYPE=") == "session";
     return seen;
 }
 

@@ -4,6 +4,7 @@
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Posix/Environ.h"
 #include "Ambrel/Platform/Posix/PathBytes.h"
+#include "Ambrel/Platform/Posix/ProcessEnd.h"
 #include "Ambrel/Platform/Posix/Retry.h"
 #include "Ambrel/Platform/Posix/Spawn.h"
 
@@ -131,8 +132,9 @@ ChildProcessError failure(const ChildProcess::Setup& setup, const Path& executab
 
 } // namespace
 
-ChildProcessError::ChildProcessError(Fault theFault, const Path& thePath, const std::string& reason)
-    : std::runtime_error(sentence(theFault, thePath, reason)), fault(theFault), path(thePath) {}
+ChildProcessError::ChildProcessError(Fault theFault, const Path& thePath, std::string theReason)
+    : std::runtime_error(sentence(theFault, thePath, theReason)), fault(theFault), path(thePath),
+      reason(std::move(theReason)) {}
 
 /// What the object and the thread that watches for the termination handler share.
 struct ChildProcess::State {
@@ -236,8 +238,10 @@ void ChildProcess::sendSignal(int signal) const noexcept {
     if (state_->pid > 0 && !state_->status) ::kill(state_->pid, signal);
 }
 
-void ChildProcess::terminate() const noexcept { sendSignal(SIGTERM); }
-
 int ChildProcess::processIdentifier() const { return state_->pid; }
+
+OwnedFd ChildProcess::openEnd() const {
+    return isRunning() ? openProcessEnd(state_->pid) : openPastEnd();
+}
 
 } // namespace ambrel

@@ -5,6 +5,7 @@
 // GLib tell of everything it can tell of, "spawn" has it start programs that report on themselves
 // to $REPORTS/WAY, "thread" has it keep a thread, which is sent each request to end once nothing
 // attends the program any more. After any other task the program asks itself to end.
+#include "Ambrel/Platform/ChildProcess.h"
 #include "Ambrel/Platform/Pipe.h"
 #include "korvane-runner/AttendedProgram.h"
 #include "korvane-runner/Desktop/Linux/GLibLoop.h"
