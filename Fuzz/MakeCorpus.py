@@ -116,7 +116,128 @@ def property_lists():
     yield "deep", b"<plist>" + b"<array>" * 600 + b"</array>" * 600 + b"</plist>"
 
 
+BUS = "org.freedesktop.DBus"
+
+
+class Message:
+    """A message of the session's bus in one byte order."""
+
+    def __init__(self, order="<"):
+        self.order = order
+
+    def number(self, value):
+        return struct.pack(self.order + "I", value)
+
+    def text(self, value):
+        data = value.encode()
+        return self.number(len(data)) + data + b"\0"
+
+    def texts(self, values):
+        data = b""
+        for value in values:
+            data = padded(data, 4) + self.text(value)
+        return self.number(len(data)) + data
+
+    def field(self, code, kind, value):
+        data = bytes([code, len(kind)]) + kind.encode() + b"\0"
+        if kind == "g":
+            return data + bytes([len(value)]) + value.encode() + b"\0"
+        return padded(data, 4) + (self.number(value) if kind == "u" else self.text(value))
+
+    def bytes(self, kind, serial, fields, body=b""):
+        data = b""
+        for field in fields:
+            data = padded(data, 8) + self.field(*field)
+        order = b"l" if self.order == "<" else b"B"
+        start = order + bytes([kind, 0, 1]) + self.number(len(body)) + self.number(serial)
+        return padded(start + self.number(len(data)) + data, 8) + body
+
+    def call(self, member, signature="", body=b"", serial=2, destination=BUS):
+        fields = [(1, "o", "/org/freedesktop/DBus"), (3, "s", member), (6, "s", destination)]
+        return self.bytes(1, serial, fields + [(8, "g", signature)] * bool(signature), body)
+
+    def answer(self, signature, body, serial=3, kind=2):
+        return self.bytes(kind, serial, [(6, "s", ":1.5"), (5, "u", 2), (7, "s", BUS),
+                                         (8, "g", signature)] + [(4, "s", "a.b")] * (kind == 3), body)
+
+    def signal(self, member, names):
+        body = b""
+        for name in names:
+            body = padded(body, 4) + self.text(name)
+        return self.bytes(4, 3, [(1, "o", "/"), (2, "s", BUS), (3, "s", member), (7, "s", BUS),
+                                 (8, "g", "s" * len(names))], body)
+
+
+def padded(data, size):
+    return data + bytes(-len(data) % size)
+
+
+def bus_messages(order):
+    """Each kind of message that is changed on its way, and some that are not."""
+    one = Message(order)
+    own = "k_One.org.example.Service"
+    process = padded(one.text("ProcessID") + b"\1u\0", 4) + one.number(7)
+    yield "hello", one.call("Hello") + one.answer("s", one.text(":1.5"))
+    yield "name", one.call("GetNameOwner", "s", one.text("org.a.b"))
+    yield "request", one.call("RequestName", "su", padded(one.text("org.a.b"), 4) + one.number(4))
+    yield "start", one.call("StartServiceByName", "su",
+                            padded(one.text("org.example.Service"), 4) + one.number(0))
+    yield "rule", one.call("AddMatch", "s", one.text("member=NameLost,arg0namespace='org'"))
+    yield "monitor", one.call("BecomeMonitor", "asu",
+                              padded(one.texts(["sender=a.b", ""]), 4) + one.number(0))
+    yield "environment", one.call("UpdateActivationEnvironment", "a{ss}", one.number(13)
+                                  + bytes(4) + padded(one.text("A"), 4) + one.text(""))
+    yield "names", one.call("ListNames") + one.answer("as", one.texts([own, "org.a", ":1.5"]))
+    yield "process", one.call("GetConnectionUnixProcessID", "s", one.text(":1.5")) + \
+        one.answer("u", one.number(9))
+    yield "credentials", one.call("GetConnectionCredentials", "s", one.text(":1.5")) + \
+        one.answer("a{sv}", one.number(len(process)) + bytes(4) + process)
+    descriptor = padded(padded(one.text("ProcessFD") + b"\1h\0", 4) + one.number(0), 8)
+    yield "descriptor", one.call("GetConnectionCredentials", "s", one.text(":1.5")) + \
+        one.answer("a{sv}", one.number(len(descriptor + process)) + bytes(4) + descriptor + process)
+    yield "manager", one.call("SetEnvironment", destination="org.freedesktop.systemd1")
+    yield "acquired", one.signal("NameAcquired", [own])
+    yield "changed", one.signal("NameOwnerChanged", [own, "", ":1.5"])
+    yield "error", one.answer("s", one.text("The name " + own + " is not there"), kind=3)
+    yield "program", one.call("Open", "s", one.text("x"), destination="org.example.Service")
+    yield "received", one.call("Open", "s", one.text("x"), serial=3, destination=own)
+
+
+RULES = {
+    "empty": "",
+    "watch": "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='org.a.b'",
+    "namespace": "interface=org.freedesktop.DBus, arg0namespace='org.a'",
+    "quotes": " sender =org.'a'.b\\'c,destination='x.y',=,arg0='z'",
+    "arguments": "arg0path='/a',arg63='x',arg00='y.z',eavesdrop=true,member=NameLost",
+    "unfinished": "sender='org.a.b",
+}
+
+
+FILES = {
+    "service": "[D-BUS Service]\nName=org.example.Service\nExec=/usr/bin/program 'a b' \"c\\\\d\" e\\ f\n",
+    "systemd": "[D-BUS Service]\nName=org.a.B\nExec=/bin/false\nSystemdService=b.service\nUser=x\n",
+    "entry": "[Desktop Entry]\nType=Application\nName=Files\nNoDisplay=false\nExec=files %U\n",
+    "names": "call org.example.Service  a reason\nown org.example.Item-*  another\n# no name\n",
+    "address": "tcp:host=a;unix:path=/run/user/7/b%20us,guid=00;unix:abstract=/tmp/x",
+    "runtime": "unix:runtime=yes",
+}
+
+
 def main():
+    handshake = b"\0AUTH EXTERNAL 30\r\nNEGOTIATE_UNIX_FD\r\nBEGIN\r\n"
+    for name, order in (("little", "<"), ("big", ">")):
+        conversation = handshake
+        for kind, data in bus_messages(order):
+            write("BusMessage", f"{kind}-{name}", data)
+            write("BusConversation", f"{kind}-{name}", handshake + data)
+            write("BusStream", f"{kind}-{name}", bytes([len(kind)]) + data)
+            conversation += data if kind != "monitor" else b""
+        write("BusConversation", f"all-{name}", conversation)
+        write("BusStream", f"all-{name}", b"\x40" + conversation[len(handshake):])
+    for name, text in RULES.items():
+        write("BusRule", name, text.encode())
+    for name, text in FILES.items():
+        write("BusFile", name, text.encode())
     for name, data in icons():
         write("IcnsReader", name, data)
     for name, text in CONFIGURATIONS.items():

@@ -18,7 +18,7 @@ ROOMS = {
                "Wrapper", "Launch", "Web"],
     "Manager": ["Base", "Files", "Rules", "Programs", "Desktop", "Operations"],
     "korvane": ["Output", "CommandLine", "Verbs", "Documents", ""],
-    "korvane-runner": ["Desktop", "StatusItem", "Web", ""],
+    "korvane-runner": ["Desktop", "StatusItem", "Web", "Bus", ""],
 }
 
 # The floors below each floor.

@@ -82,6 +82,25 @@ target_sources(RunnerTests PRIVATE
 target_link_libraries(RunnerTests PRIVATE KorvaneDesktop-linked PkgConfig::glib)
 add_dependencies(RunnerTests korvane-test-late korvane-test-loop)
 
+# What is decided about messages of the session's bus, without a bus.
+add_doctest(BusTests
+    korvane-runner/Bus/HandshakeTests.cpp
+    korvane-runner/Bus/MessageBodyTests.cpp
+    korvane-runner/Bus/MessageHeaderTests.cpp
+    korvane-runner/Bus/MessageStreamTests.cpp
+    korvane-runner/Bus/Messages.cpp
+    korvane-runner/Bus/NameSyntaxTests.cpp
+    korvane-runner/Bus/RecordedMessages.cpp
+    korvane-runner/Bus/SignatureTests.cpp
+)
+target_link_libraries(BusTests PRIVATE KorvaneHosts)
+
+# What stands between programs and a bus, with a real one.
+add_doctest(BusProxyTests
+    korvane-runner/Bus/Messages.cpp
+)
+target_link_libraries(BusProxyTests PRIVATE KorvaneHosts)
+
 # What needs the engine's libraries and no desktop.
 pkg_check_modules(jsc REQUIRED IMPORTED_TARGET javascriptcoregtk-6.0)
 add_doctest(PageTests

@@ -6,6 +6,18 @@ pkg_check_modules(xcb REQUIRED xcb)
 pkg_check_modules(xres REQUIRED xcb-res)
 pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 gtk4-unix-print x11)
 
+# Names of its own on the session's bus: what is decided about them.
+target_sources(KorvaneHosts PRIVATE
+    Bus/Handshake.cpp
+    Bus/MessageBody.cpp
+    Bus/MessageHeader.cpp
+    Bus/MessageStream.cpp
+    Bus/NameSyntax.cpp
+    Bus/Signature.cpp
+    Bus/WireReader.cpp
+    Bus/WireWriter.cpp
+)
+
 # What is asked of a desktop, with the toolkit's own headers. Nothing of it may run before main, and
 # none of the toolkit's data can be used: see add_lazy_objects().
 add_library(KorvaneDesktop STATIC

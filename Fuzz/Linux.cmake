@@ -1,0 +1,3 @@
+# What programs and the session's bus say to each other.
+add_fuzz_target(BusMessage KorvaneHosts)
+add_fuzz_target(BusStream KorvaneHosts)
