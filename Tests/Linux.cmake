@@ -84,12 +84,17 @@ add_dependencies(RunnerTests korvane-test-late korvane-test-loop)
 
 # What is decided about messages of the session's bus, without a bus.
 add_doctest(BusTests
+    korvane-runner/Bus/ConfiguredNamesTests.cpp
     korvane-runner/Bus/HandshakeTests.cpp
+    korvane-runner/Bus/InstanceNamesTests.cpp
+    korvane-runner/Bus/MatchRuleTests.cpp
     korvane-runner/Bus/MessageBodyTests.cpp
     korvane-runner/Bus/MessageHeaderTests.cpp
     korvane-runner/Bus/MessageStreamTests.cpp
     korvane-runner/Bus/Messages.cpp
+    korvane-runner/Bus/NamePolicyTests.cpp
     korvane-runner/Bus/NameSyntaxTests.cpp
+    korvane-runner/Bus/PrivateNamesTests.cpp
     korvane-runner/Bus/RecordedMessages.cpp
     korvane-runner/Bus/SignatureTests.cpp
 )

@@ -8,15 +8,22 @@ pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 gtk4-unix-print 
 
 # Names of its own on the session's bus: what is decided about them.
 target_sources(KorvaneHosts PRIVATE
+    Bus/ConfiguredNames.cpp
     Bus/Handshake.cpp
+    Bus/InstanceNames.cpp
+    Bus/MatchRule.cpp
     Bus/MessageBody.cpp
     Bus/MessageHeader.cpp
     Bus/MessageStream.cpp
+    Bus/NamePolicy.cpp
     Bus/NameSyntax.cpp
+    Bus/PrivateNames.cpp
     Bus/Signature.cpp
     Bus/WireReader.cpp
     Bus/WireWriter.cpp
 )
+embed_text(KorvaneHosts FILE Bus/Names.txt HEADER korvane-runner/Bus/NamePolicy.h
+    NAME korvane::runner::bus::sharedNames)
 
 # What is asked of a desktop, with the toolkit's own headers. Nothing of it may run before main, and
 # none of the toolkit's data can be used: see add_lazy_objects().

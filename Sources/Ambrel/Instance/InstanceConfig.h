@@ -64,6 +64,14 @@ inline constexpr std::string_view instanceHomePlaceholder = "{{instanceHome}}";
 /// application is given: programs of several toolkits make it the name of their windows.
 inline constexpr const char* processNameKey = "KorvaneProcessName";
 
+/// More such keys, for Linux alone and for applications: how the instance stands on the session's
+/// bus, where its programs otherwise have names of their own. "true" for the first has them use the
+/// user's names, for the second hides the user's secrets; the third adds to the names of the user
+/// that they may call or own, "call NAME" and "own NAME" with ";" between them.
+inline constexpr const char* sharedBusKey = "KorvaneSharedBus";
+inline constexpr const char* hidesSecretsKey = "KorvaneHidesSecrets";
+inline constexpr const char* busNamesKey = "KorvaneBusNames";
+
 /// The configuration of one instance, stored in its wrapper as Contents/Resources/instance.json.
 /// The record never validates its contents: what cannot be run is refused when it is launched.
 /// The fields stand in the order in which they are decoded; ConfigFields.h tells of each.

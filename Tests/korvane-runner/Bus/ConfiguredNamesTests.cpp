@@ -1,0 +1,65 @@
+#include "korvane-runner/Bus/ConfiguredNames.h"
+
+#include "Support/Builders.h"
+#include "Support/Expect.h"
+
+using namespace ambrel;
+using namespace korvane::runner::bus;
+using namespace korvane::test;
+
+namespace {
+
+InstanceConfig applicationWith(const std::string& key, const std::string& value) {
+    auto config = smallestConfig();
+    config.kind = ShortcutKind::app;
+    config.infoPlistOverrides[key] = value;
+    return config;
+}
+
+} // namespace
+
+TEST_CASE("applications alone want names of their own, unless they are to share the user's") {
+    auto config = smallestConfig();
+    for (const auto kind :
+         {ShortcutKind::app, ShortcutKind::web, ShortcutKind::file, ShortcutKind::command}) {
+        config.kind = kind;
+        CHECK(wantsOwnNames(config) == (kind == ShortcutKind::app));
+    }
+    CHECK(!wantsOwnNames(applicationWith("KorvaneSharedBus", "true")));
+    CHECK(wantsOwnNames(applicationWith("KorvaneSharedBus", "false")));
+}
+
+TEST_CASE("an application whose configuration names a bus keeps to that") {
+    auto config = applicationWith("Other", "true");
+    config.environment["DBUS_SESSION_BUS_ADDRESS"] = "";
+
+    CHECK(!wantsOwnNames(config));
+}
+
+TEST_CASE("secrets are hidden where the configuration says so") {
+    const std::string secrets = "org.freedesktop.secrets";
+
+    const auto usual = configuredPolicy(smallestConfig());
+    CHECK(usual.isShared(secrets, NameUse::call));
+    CHECK(!usual.isHidden(secrets));
+
+    const auto hiding = configuredPolicy(applicationWith("KorvaneHidesSecrets", "true"));
+    CHECK(!hiding.isShared(secrets, NameUse::call));
+    CHECK(hiding.isHidden(secrets));
+}
+
+TEST_CASE(
+    "configured names are shared for calling and owning apart, and what is none is left out") {
+    const auto policy = configuredPolicy(applicationWith(
+        "KorvaneBusNames", "call org.example.Called;own org.example.Owned; call org.example.Late;;"
+                           "org.example.None;have org.example.Some;call org.*"));
+
+    CHECK(policy.isShared("org.example.Called", NameUse::call));
+    CHECK(!policy.isShared("org.example.Called", NameUse::own));
+    CHECK(policy.isShared("org.example.Owned", NameUse::own));
+    CHECK(policy.isShared("org.example.Late", NameUse::call));
+    for (const auto* name : {"org.example.None", "org.example.Some", "org.example"}) {
+        CAPTURE(name);
+        CHECK(!policy.isShared(name, NameUse::call));
+    }
+}
