@@ -84,7 +84,10 @@ add_dependencies(RunnerTests korvane-test-late korvane-test-loop)
 
 # What is decided about messages of the session's bus, without a bus.
 add_doctest(BusTests
+    korvane-runner/Bus/BusRepliesTests.cpp
+    korvane-runner/Bus/BusRequestsTests.cpp
     korvane-runner/Bus/ConfiguredNamesTests.cpp
+    korvane-runner/Bus/ConversationTests.cpp
     korvane-runner/Bus/HandshakeTests.cpp
     korvane-runner/Bus/InstanceNamesTests.cpp
     korvane-runner/Bus/MatchRuleTests.cpp
@@ -93,10 +96,14 @@ add_doctest(BusTests
     korvane-runner/Bus/MessageStreamTests.cpp
     korvane-runner/Bus/Messages.cpp
     korvane-runner/Bus/NamePolicyTests.cpp
+    korvane-runner/Bus/NameSignalsTests.cpp
     korvane-runner/Bus/NameSyntaxTests.cpp
+    korvane-runner/Bus/OwnerTableTests.cpp
     korvane-runner/Bus/PrivateNamesTests.cpp
     korvane-runner/Bus/RecordedMessages.cpp
+    korvane-runner/Bus/ServiceManagerTests.cpp
     korvane-runner/Bus/SignatureTests.cpp
+    korvane-runner/Bus/Talk.cpp
 )
 target_link_libraries(BusTests PRIVATE KorvaneHosts)
 

@@ -8,17 +8,28 @@ pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 gtk4-unix-print 
 
 # Names of its own on the session's bus: what is decided about them.
 target_sources(KorvaneHosts PRIVATE
+    Bus/BusCall.cpp
+    Bus/BusClient.cpp
+    Bus/BusReplies.cpp
+    Bus/BusRequests.cpp
     Bus/ConfiguredNames.cpp
+    Bus/Conversation.cpp
     Bus/Handshake.cpp
+    Bus/InjectedMessage.cpp
     Bus/InstanceNames.cpp
     Bus/MatchRule.cpp
     Bus/MessageBody.cpp
     Bus/MessageHeader.cpp
     Bus/MessageStream.cpp
     Bus/NamePolicy.cpp
+    Bus/NameSignals.cpp
     Bus/NameSyntax.cpp
+    Bus/OwnerTable.cpp
+    Bus/PendingReplies.cpp
     Bus/PrivateNames.cpp
+    Bus/ServiceManager.cpp
     Bus/Signature.cpp
+    Bus/Verdict.cpp
     Bus/WireReader.cpp
     Bus/WireWriter.cpp
 )
