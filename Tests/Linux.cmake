@@ -84,12 +84,16 @@ add_dependencies(RunnerTests korvane-test-late korvane-test-loop)
 
 # What is decided about messages of the session's bus, without a bus.
 add_doctest(BusTests
+    korvane-runner/Bus/ActivationTests.cpp
+    korvane-runner/Bus/BusLifetimeTests.cpp
     korvane-runner/Bus/BusRepliesTests.cpp
     korvane-runner/Bus/BusRequestsTests.cpp
     korvane-runner/Bus/ConfiguredNamesTests.cpp
     korvane-runner/Bus/ConversationTests.cpp
+    korvane-runner/Bus/EndRequestTests.cpp
     korvane-runner/Bus/HandshakeTests.cpp
     korvane-runner/Bus/InstanceNamesTests.cpp
+    korvane-runner/Bus/LeftProcessesTests.cpp
     korvane-runner/Bus/MatchRuleTests.cpp
     korvane-runner/Bus/MessageBodyTests.cpp
     korvane-runner/Bus/MessageHeaderTests.cpp
@@ -101,7 +105,10 @@ add_doctest(BusTests
     korvane-runner/Bus/OwnerTableTests.cpp
     korvane-runner/Bus/PrivateNamesTests.cpp
     korvane-runner/Bus/RecordedMessages.cpp
+    korvane-runner/Bus/ServiceFileTests.cpp
     korvane-runner/Bus/ServiceManagerTests.cpp
+    korvane-runner/Bus/ShownApplicationsTests.cpp
+    korvane-runner/Bus/ShownEntryTests.cpp
     korvane-runner/Bus/SignatureTests.cpp
     korvane-runner/Bus/Talk.cpp
 )

@@ -8,15 +8,19 @@ pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 gtk4-unix-print 
 
 # Names of its own on the session's bus: what is decided about them.
 target_sources(KorvaneHosts PRIVATE
+    Bus/Activation.cpp
     Bus/BusCall.cpp
     Bus/BusClient.cpp
+    Bus/BusLifetime.cpp
     Bus/BusReplies.cpp
     Bus/BusRequests.cpp
     Bus/ConfiguredNames.cpp
     Bus/Conversation.cpp
+    Bus/EndRequest.cpp
     Bus/Handshake.cpp
     Bus/InjectedMessage.cpp
     Bus/InstanceNames.cpp
+    Bus/LeftProcesses.cpp
     Bus/MatchRule.cpp
     Bus/MessageBody.cpp
     Bus/MessageHeader.cpp
@@ -27,7 +31,10 @@ target_sources(KorvaneHosts PRIVATE
     Bus/OwnerTable.cpp
     Bus/PendingReplies.cpp
     Bus/PrivateNames.cpp
+    Bus/ServiceFile.cpp
     Bus/ServiceManager.cpp
+    Bus/ShownApplications.cpp
+    Bus/ShownEntry.cpp
     Bus/Signature.cpp
     Bus/Verdict.cpp
     Bus/WireReader.cpp
