@@ -116,6 +116,21 @@ target_link_libraries(BusTests PRIVATE KorvaneHosts)
 
 # What stands between programs and a bus, with a real one.
 add_doctest(BusProxyTests
+    korvane-runner/Bus/Linux/ActivatedServiceTests.cpp
+    korvane-runner/Bus/Linux/Allocations.cpp
+    korvane-runner/Bus/Linux/BusAddressTests.cpp
+    korvane-runner/Bus/Linux/BusProxyTests.cpp
+    korvane-runner/Bus/Linux/DescriptorTests.cpp
+    korvane-runner/Bus/Linux/EntranceTests.cpp
+    korvane-runner/Bus/Linux/HeldMessagesTests.cpp
+    korvane-runner/Bus/Linux/HostileProgramTests.cpp
+    korvane-runner/Bus/Linux/NoMemoryTests.cpp
+    korvane-runner/Bus/Linux/OutputQueueTests.cpp
+    korvane-runner/Bus/Linux/PollLoopTests.cpp
+    korvane-runner/Bus/Linux/ProxyWorld.cpp
+    korvane-runner/Bus/Linux/RawClient.cpp
+    korvane-runner/Bus/Linux/RealBus.cpp
+    korvane-runner/Bus/Linux/ServiceFoldersTests.cpp
     korvane-runner/Bus/Messages.cpp
 )
 target_link_libraries(BusProxyTests PRIVATE KorvaneHosts)

@@ -43,6 +43,21 @@ target_sources(KorvaneHosts PRIVATE
 embed_text(KorvaneHosts FILE Bus/Names.txt HEADER korvane-runner/Bus/NamePolicy.h
     NAME korvane::runner::bus::sharedNames)
 
+# What stands between an instance's programs and the user's bus.
+target_sources(KorvaneHosts PRIVATE
+    Bus/Linux/BusAddress.cpp
+    Bus/Linux/BusProxy.cpp
+    Bus/Linux/ClientLink.cpp
+    Bus/Linux/Entrance.cpp
+    Bus/Linux/HeldMessages.cpp
+    Bus/Linux/MessageFlow.cpp
+    Bus/Linux/OutputQueue.cpp
+    Bus/Linux/PollLoop.cpp
+    Bus/Linux/ServiceFolders.cpp
+    Bus/Linux/SmallFile.cpp
+    Bus/Linux/SocketEnd.cpp
+)
+
 # What is asked of a desktop, with the toolkit's own headers. Nothing of it may run before main, and
 # none of the toolkit's data can be used: see add_lazy_objects().
 add_library(KorvaneDesktop STATIC
