@@ -123,17 +123,44 @@ add_doctest(BusProxyTests
     korvane-runner/Bus/Linux/DescriptorTests.cpp
     korvane-runner/Bus/Linux/EntranceTests.cpp
     korvane-runner/Bus/Linux/HeldMessagesTests.cpp
+    korvane-runner/Bus/Linux/HelperStartTests.cpp
     korvane-runner/Bus/Linux/HostileProgramTests.cpp
     korvane-runner/Bus/Linux/NoMemoryTests.cpp
     korvane-runner/Bus/Linux/OutputQueueTests.cpp
     korvane-runner/Bus/Linux/PollLoopTests.cpp
+    korvane-runner/Bus/Linux/ProgramPagesTests.cpp
     korvane-runner/Bus/Linux/ProxyWorld.cpp
     korvane-runner/Bus/Linux/RawClient.cpp
     korvane-runner/Bus/Linux/RealBus.cpp
     korvane-runner/Bus/Linux/ServiceFoldersTests.cpp
+    korvane-runner/Bus/Linux/StartedServicesTests.cpp
     korvane-runner/Bus/Messages.cpp
 )
 target_link_libraries(BusProxyTests PRIVATE KorvaneHosts)
+
+# The process beside the runner, with real programs on a real bus.
+add_executable(korvane-test-actor korvane-runner/Bus/Linux/Actor.cpp)
+target_link_libraries(korvane-test-actor PRIVATE PkgConfig::glib)
+add_doctest(BusHelperTests
+    korvane-runner/Bus/Messages.cpp
+    korvane-runner/Bus/Linux/BusStage.cpp
+    korvane-runner/Bus/Linux/FurtherStartsTests.cpp
+    korvane-runner/Bus/Linux/HelpedProgramTests.cpp
+    korvane-runner/Bus/Linux/HelpedServicesTests.cpp
+    korvane-runner/Bus/Linux/HelpedSignalsTests.cpp
+    korvane-runner/Bus/Linux/HelpedStartTests.cpp
+    korvane-runner/Bus/Linux/HelperScene.cpp
+    korvane-runner/Bus/Linux/HelperStaysTests.cpp
+    korvane-runner/Bus/Linux/InstanceSocketTests.cpp
+    korvane-runner/Bus/Linux/KilledHelperTests.cpp
+    korvane-runner/Bus/Linux/WithoutHelperTests.cpp
+    korvane-runner/Desktop/Linux/PrivateBus.cpp
+    korvane-runner/Signals.cpp
+)
+target_link_libraries(BusHelperTests PRIVATE KorvaneHosts PkgConfig::glib)
+target_compile_definitions(BusHelperTests PRIVATE
+    KORVANE_TEST_ACTOR="$<TARGET_FILE:korvane-test-actor>")
+add_dependencies(BusHelperTests korvane-test-actor)
 
 # What needs the engine's libraries and no desktop.
 pkg_check_modules(jsc REQUIRED IMPORTED_TARGET javascriptcoregtk-6.0)

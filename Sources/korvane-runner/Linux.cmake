@@ -6,6 +6,8 @@ pkg_check_modules(xcb REQUIRED xcb)
 pkg_check_modules(xres REQUIRED xcb-res)
 pkg_check_modules(webkit REQUIRED webkitgtk-6.0>=2.40 gtk4>=4.8 gtk4-unix-print x11)
 
+target_sources(korvane-runner PRIVATE TypeNames.cpp)
+
 # Names of its own on the session's bus: what is decided about them.
 target_sources(KorvaneHosts PRIVATE
     Bus/Activation.cpp
@@ -56,6 +58,24 @@ target_sources(KorvaneHosts PRIVATE
     Bus/Linux/ServiceFolders.cpp
     Bus/Linux/SmallFile.cpp
     Bus/Linux/SocketEnd.cpp
+)
+
+# The process that it is in, beside the runner.
+target_sources(KorvaneHosts PRIVATE
+    Bus/Linux/BusHelper.cpp
+    Bus/Linux/DescriptorLimit.cpp
+    Bus/Linux/HelpedProcesses.cpp
+    Bus/Linux/HelpedProgram.cpp
+    Bus/Linux/HelperBus.cpp
+    Bus/Linux/HelperChannel.cpp
+    Bus/Linux/HelperSurroundings.cpp
+    Bus/Linux/InstanceSocket.cpp
+    Bus/Linux/OwnBusNames.cpp
+    Bus/Linux/ProcessFamily.cpp
+    Bus/Linux/ProgramPages.cpp
+    Bus/Linux/RunnerLink.cpp
+    Bus/Linux/StartedServices.cpp
+    Bus/Linux/Subreaping.cpp
 )
 
 # What is asked of a desktop, with the toolkit's own headers. Nothing of it may run before main, and

@@ -5,12 +5,14 @@
 #include "Ambrel/Launch/OpenedItems.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/MainBundle.h"
+#include "korvane-runner/Bus/OwnBusNames.h"
 #include "korvane-runner/Hosts.h"
 #include "korvane-runner/MenuBarHost.h"
 #include "korvane-runner/WaitingHost.h"
 #include "korvane-runner/Web/WebHost.h"
 
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -50,15 +52,21 @@ std::vector<std::string> openedBy(const InstanceConfig& config, const Arguments&
     return openedItems(arguments.count, arguments.words);
 }
 
-ChildProcess launchProgram(const ResolvedInstance& instance, const UserPlaces& user,
-                           const std::vector<std::string>& opened) {
+std::unique_ptr<HostedProgram> launchProgram(const ResolvedInstance& instance,
+                                             const UserPlaces& user,
+                                             const std::vector<std::string>& opened) {
     prepareHome(instance, user);
-    return InstanceLauncher::launch(instance, user, processEnvironment(), {}, opened);
+    const auto inherited = processEnvironment();
+    if (auto program = OwnBusNames::tryLaunch(instance, user, inherited, opened, tell)) {
+        return program;
+    }
+    return std::make_unique<ChildProcess>(
+        InstanceLauncher::launch(instance, user, inherited, {}, opened));
 }
 
 /// A program that runs is not to suffer from what is only beside it.
 int hostWithItem(const ResolvedInstance& instance, const UserPlaces& user, const Path& icon,
-                 ChildProcess& program, const SignalHold& signals) {
+                 HostedProgram& program, const SignalHold& signals) {
     const bool isApp = instance.config.kind == ShortcutKind::app;
     const StatusIconFiles icons{.own = icon, .app = isApp ? instance.config.targetAppPath : Path()};
     try {
@@ -73,6 +81,10 @@ int hostWithItem(const ResolvedInstance& instance, const UserPlaces& user, const
 int host(InstanceConfig config, const Path& executable, const Arguments& arguments,
          const SignalHold& signals) {
     const auto opened = openedBy(config, arguments);
+    // A command and a document's program are what they would be where they are started.
+    if (config.kind == ShortcutKind::app || config.kind == ShortcutKind::web) {
+        OwnBusNames::returnToUsersBus();
+    }
     const auto user = UserPlaces::ofThisProcess();
     const auto instance = ResolvedInstance::of(std::move(config), user);
     const auto icon = BundleLayout::iconForExecutable(executable);
@@ -81,9 +93,9 @@ int host(InstanceConfig config, const Path& executable, const Arguments& argumen
         return WebHost::run(instance, {user, processEnvironment(), icon}, signals,
                             WebDesktop::open);
     }
-    auto program = launchProgram(instance, user, opened);
-    if (chosen == Host::menuBar) return hostWithItem(instance, user, icon, program, signals);
-    return WaitingHost::run(program, signals);
+    const auto program = launchProgram(instance, user, opened);
+    if (chosen == Host::menuBar) return hostWithItem(instance, user, icon, *program, signals);
+    return WaitingHost::run(*program, signals);
 }
 
 int run(const Arguments& arguments, const SignalHold& signals) {
