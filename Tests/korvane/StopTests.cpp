@@ -46,8 +46,9 @@ TEST_CASE("stop ends what open started, and list and show tell what runs") {
     CHECK(json[1]["processes"] == nlohmann::json({runner, command}));
     CHECK(manager.json({"show", "Work", "--json"})["running"] == true);
     CHECK(contains(manager.result({"list"}), "Work   command  running  /bin/sh"));
-    CHECK(contains(manager.result({"show", "Work"}), "true (processes " + std::to_string(runner) +
-                                                         " and " + std::to_string(command) + ")"));
+    const auto shown = manager.result({"show", "Work"});
+    CHECK(contains(shown, "true: processes " + std::to_string(command) + " ("));
+    CHECK(contains(shown, " and " + std::to_string(runner) + " (runner)\n"));
 
     const auto done = manager.run({"stop", "Work"});
     CHECK(done.status == 0);

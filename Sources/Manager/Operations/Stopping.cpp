@@ -69,10 +69,11 @@ Stopped stop(const InstanceRecord& record, const UserPlaces& user,
     if (Running::now(user).of(record).none()) return Stopped::wasNotRunning;
     const auto left = Ending(record, user).run(ProcessHandle::Clock::now() + limit);
     if (left.none()) return Stopped::ended;
-    throw Refusal(Refusal::Kind::notStopped, nameFor(record, user),
-                  "The instance " + inQuotes(record.config.displayName) +
-                      " was asked to end, and is still running (" + spokenProcesses(left.ids) +
-                      "): it may be asking you something.");
+    throw Refusal(
+        Refusal::Kind::notStopped, nameFor(record, user),
+        "The instance " + inQuotes(record.config.displayName) +
+            " was asked to end, and is still running: " + spokenProcesses(left.ids, left.programs) +
+            ". It may be asking you something, or not heed being asked.");
 }
 
 } // namespace korvane

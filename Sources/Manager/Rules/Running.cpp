@@ -1,5 +1,6 @@
 #include "Manager/Rules/Running.h"
 
+#include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Instance/BundleLayout.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
@@ -30,6 +31,13 @@ namespace {
 bool isAnyLog(const std::optional<HeldFile>& file) {
     return file &&
            ambrel::paths::lastComponent(file->path) == ambrel::InstanceLauncher::instanceLogName;
+}
+
+/// Whether the instance has names of its own on the session bus, and so services by them.
+bool mayHaveServices(const ambrel::InstanceConfig& config) {
+    const auto shared = config.infoPlistOverrides.find(ambrel::sharedBusKey);
+    const bool isShared = shared != config.infoPlistOverrides.end() && shared->second == "true";
+    return config.kind == ambrel::ShortcutKind::app && !isShared;
 }
 
 /// A file by its place and by what it is now.
@@ -126,8 +134,18 @@ std::vector<int> Running::waiting(const Signs& signs) const {
     return found;
 }
 
+/// Whether `process`, which belongs to the instance, means that its program runs. A runner waits
+/// for that, and where there is a second one below the first, the program may be a service of the
+/// bus.
+bool Running::isProgram(const ProcessSeen& process, const Signs& signs) const {
+    if (!signs.isRunnerOf(process)) return !process.isStartedByBus;
+    const auto* above = descent_.find(process.parent);
+    return above != nullptr && signs.isRunnerOf(*above);
+}
+
 RunningProcesses Running::of(const InstanceRecord& record) const {
     const auto signs = Signs::of(record, user_);
+    const bool hasServices = mayHaveServices(record.config);
     std::set<int> members;
     for (const auto& known : known_) {
         if (belongs(known, signs)) members.insert(known.process->id);
@@ -137,6 +155,7 @@ RunningProcesses Running::of(const InstanceRecord& record) const {
     std::vector<int> below;
     for (const int id : members) {
         const auto& process = *descent_.find(id);
+        found.hasProgram |= !hasServices || isProgram(process, signs);
         if (signs.isRunnerOf(process)) {
             runners.push_back(id);
         } else if (members.contains(process.parent)) {
@@ -150,6 +169,10 @@ RunningProcesses Running::of(const InstanceRecord& record) const {
     std::erase_if(found.ids, [&](int id) { return members.contains(id); });
     found.ids.insert(found.ids.end(), found.heads.begin(), found.heads.end());
     found.ids.insert(found.ids.end(), below.begin(), below.end());
+    for (const int id : found.ids) {
+        const auto& file = descent_.find(id)->executable;
+        if (file) found.programs.emplace(id, ambrel::paths::lastComponent(file->path));
+    }
     return found;
 }
 
@@ -170,18 +193,29 @@ void requireNotRunning(const InstanceRecord& record, const UserPlaces& user) {
     const auto found = Running::now(user).of(record);
     if (found.none()) return;
     throw Refusal(Refusal::Kind::instanceRuns, nameFor(record, user),
-                  "The instance " + inQuotes(record.config.displayName) + " is running (" +
-                      spokenProcesses(found.ids) + ").",
+                  "The instance " + inQuotes(record.config.displayName) +
+                      " is running: " + spokenProcesses(found.ids, found.programs) + ".",
                   Remedy::stopFirst);
 }
 
-std::string spokenProcesses(const std::vector<int>& ids) {
+std::string spokenProcesses(const std::vector<int>& all,
+                            const std::map<int, std::string>& programs) {
     constexpr std::size_t mostNamed = 3;
+    const auto nameOf = [&](int id) {
+        const auto program = programs.find(id);
+        return program == programs.end() ? std::string() : program->second;
+    };
+    auto ids = all;
+    std::stable_partition(ids.begin(), ids.end(), [&](int id) {
+        return nameOf(id) != ambrel::BundleLayout::runnerFileName;
+    });
     std::string text = ids.size() == 1 ? "process " : "processes ";
     const auto named = std::min(ids.size(), mostNamed);
     for (std::size_t at = 0; at < named; ++at) {
         if (at > 0) text += at + 1 == ids.size() ? " and " : ", ";
         text += std::to_string(ids[at]);
+        const auto name = nameOf(ids[at]);
+        if (!name.empty()) text += " (" + ambrel::utf8::oneLine(name) + ")";
     }
     if (ids.size() > named) text += " and " + std::to_string(ids.size() - named) + " more";
     return text;

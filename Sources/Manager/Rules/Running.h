@@ -3,7 +3,9 @@
 #include "Ambrel/Instance/InstanceRegistry.h"
 #include "Ambrel/Launch/ProcessDescent.h"
 
+#include <map>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace korvane {
@@ -13,6 +15,12 @@ struct RunningProcesses {
     std::vector<int> ids;   ///< all of it, those that started the others first
     std::vector<int> heads; ///< those of `ids` that end the others when they end: the runners, and
                             ///< whatever else was started by nothing else in `ids`
+
+    /// Whether the program that it was started for runs, as far as can be told: not only what an
+    /// instance with names of its own on the session bus has for its programs, which stays a moment
+    /// longer.
+    bool hasProgram = false;
+    std::map<int, std::string> programs{}; ///< what the processes run, by its file's name
 
     bool none() const { return ids.empty(); }
 };
@@ -53,6 +61,7 @@ private:
 
     Running(std::vector<ambrel::ProcessSeen> processes, ambrel::UserPlaces user);
     bool belongs(const Known& known, const Signs& signs) const;
+    bool isProgram(const ambrel::ProcessSeen& process, const Signs& signs) const;
     bool waitsForRunner(const ambrel::ProcessSeen& process, const Signs& signs) const;
     std::vector<int> waiting(const Signs& signs) const;
 
@@ -64,7 +73,9 @@ private:
 /// Throws Refusal instanceRuns, with Remedy::stopFirst, while something of the instance runs.
 void requireNotRunning(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user);
 
-/// "process 12", "processes 12 and 34", "processes 12, 34, 56 and 7 more".
-std::string spokenProcesses(const std::vector<int>& ids);
+/// "process 12", "processes 12 and 34", "processes 12, 34, 56 and 7 more"; behind each what it runs
+/// where `programs` tells, and runners last: "processes 12 (vim) and 10 (runner)".
+std::string spokenProcesses(const std::vector<int>& ids,
+                            const std::map<int, std::string>& programs = {});
 
 } // namespace korvane

@@ -60,7 +60,8 @@ TEST_CASE("what does not end is told, and nothing harder is done to it") {
 
     CHECK(refusal.kind == Kind::notStopped);
     CHECK(refusal.subject == "Work");
-    CHECK(contains(refusal.sentence(), "(process " + std::to_string(deaf.id()) + ")"));
+    CHECK(
+        contains(refusal.sentence(), "still running: process " + std::to_string(deaf.id()) + " ("));
     CHECK(scene.runs(work) == Ids{deaf.id()});
     CHECK(deaf.letGo().status == 0);
 }

@@ -7,6 +7,16 @@
 
 namespace korvane::test {
 
+namespace {
+
+/// What a process that is /bin/sh is called by its file.
+std::string shellName() {
+    const auto file = ambrel::fileSystem::resolved("/bin/sh").value();
+    return std::string(ambrel::paths::lastComponent(file));
+}
+
+} // namespace
+
 using Kind = Refusal::Kind;
 
 TEST_CASE("an instance runs with its runner and what that started, and no longer") {
@@ -194,6 +204,24 @@ TEST_CASE("the process that asks belongs to no instance, and does so for anybody
     CHECK(found == "the other alone");
 }
 
+TEST_CASE("services that the bus has started for an instance are not its program") {
+    const RunningScene scene;
+    auto work = scene.made();
+    work.config.kind = ambrel::ShortcutKind::app;
+    const Waiting service(
+        Waiting::Variables{{"HOME", scene.homeOf()}, {"DBUS_STARTER_BUS_TYPE", "session"}});
+
+    const auto alone = Running::now(scene.user).of(work);
+    CHECK(alone.ids == Ids{service.id()});
+    CHECK_FALSE(alone.hasProgram);
+    CHECK(alone.programs.at(service.id()) == shellName());
+    work.config.infoPlistOverrides = {{ambrel::sharedBusKey, "true"}};
+    CHECK(Running::now(scene.user).of(work).hasProgram);
+    work.config.infoPlistOverrides = {};
+    const Waiting program({{"HOME", scene.homeOf()}});
+    CHECK(Running::now(scene.user).of(work).hasProgram);
+}
+
 TEST_CASE("what must not happen under a running instance is refused with how to stop it") {
     const RunningScene scene;
     const auto work = scene.made();
@@ -205,8 +233,8 @@ TEST_CASE("what must not happen under a running instance is refused with how to 
     CHECK(refusal.kind == Kind::instanceRuns);
     CHECK(refusal.subject == "Work");
     CHECK(refusal.remedy == Remedy::stopFirst);
-    CHECK(refusal.sentence() ==
-          "The instance \"Work\" is running (process " + std::to_string(process.id()) + ").");
+    CHECK(refusal.sentence() == "The instance \"Work\" is running: process " +
+                                    std::to_string(process.id()) + " (" + shellName() + ").");
 }
 
 TEST_CASE("processes are told by their ids, not more than three") {
@@ -214,6 +242,10 @@ TEST_CASE("processes are told by their ids, not more than three") {
     CHECK(spokenProcesses({1, 2}) == "processes 1 and 2");
     CHECK(spokenProcesses({1, 2, 3}) == "processes 1, 2 and 3");
     CHECK(spokenProcesses({1, 2, 3, 4, 5}) == "processes 1, 2, 3 and 2 more");
+    CHECK(spokenProcesses({1, 2}, {{2, "vim"}}) == "processes 1 and 2 (vim)");
+    CHECK(spokenProcesses({1, 2, 3}, {{1, "runner"}, {2, "runner"}, {3, "vim"}}) ==
+          "processes 3 (vim), 1 (runner) and 2 (runner)");
+    CHECK(spokenProcesses({1}, {{1, "a\nb"}}) == "process 1 (a\\nb)");
 }
 
 } // namespace korvane::test
