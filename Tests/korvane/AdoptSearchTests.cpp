@@ -160,18 +160,52 @@ TEST_CASE("a program that its entry says is not installed is not found, and refu
                .string() == "mail");
 }
 
-TEST_CASE("what the session bus starts is refused with the reason") {
+TEST_CASE("what the session bus starts is an instance by names of its own, and by nothing else") {
     const AdoptFixture fixture;
+    const auto& manager = fixture.manager;
     const auto tool = writeScript(fixture.manager.tmp / "bin/gapplication", "true");
     for (const std::string& lines : {"Exec=" + tool + " launch org.example.Mail %U",
                                      "Exec=env A=1 " + tool + " launch org.example.Mail",
                                      std::string("DBusActivatable=true")}) {
         CAPTURE(lines);
-        fixture.writeEntry("mail", lines);
-        CHECK(says(fixture.manager.refusal({"adopt", "mail"}),
-                   "it is started by the session bus, with your own home instead of an "
-                   "instance's."));
+        fixture.writeEntry("org.example.Mail", lines);
+        const auto adopted = manager.run({"adopt", "org.example.Mail"},
+                                         {{"PATH", manager.tmp / "bin:/usr/bin:/bin"}});
+        REQUIRE(adopted.status == 0);
+        const auto bundle = manager.applications() + "/Mail Reader.app";
+        const auto info = fixture.infoOf(bundle);
+        CHECK(info.at("KorvaneProgram").string()->ends_with("/gapplication"));
+        const auto launcher = bundle + "/Contents/MacOS/" + *info.at("CFBundleExecutable").string();
+        CHECK(contains(readFile(launcher), "org.example.Mail"));
+        const auto refused = [&](Strings more) {
+            more.insert(more.begin(), {"create", "app", "Shared", "org.example.Mail", "--runner",
+                                       KORVANE_TEST_RUNNER});
+            return says(manager.refusal(more),
+                        "\"Mail Reader\" is started by the session bus: without names of its own "
+                        "there it would open with your own home instead of the instance's.");
+        };
+        CHECK(refused({"--shared-bus"}));
+        CHECK(refused({"--env", "DBUS_SESSION_BUS_ADDRESS=x"}));
+        manager.create({"app", "Own", "org.example.Mail"});
+        CHECK(says(manager.refusal({"edit", "Own", "--set", "sharedBus=true"}),
+                   "is started by the session bus"));
+        CHECK(says(manager.refusal({"edit", "Own", "--env", "DBUS_SESSION_BUS_ADDRESS=x"}),
+                   "is started by the session bus"));
+        manager.result({"delete", "Own"});
+        manager.result({"unadopt", "Mail Reader"});
     }
+}
+
+TEST_CASE("what only the session bus starts is refused where nothing can ask it to") {
+    const AdoptFixture fixture;
+    const auto empty = makeFolder(fixture.manager.tmp / "empty");
+    fixture.writeEntry("org.example.Mail", "DBusActivatable=true");
+
+    const auto done = fixture.manager.run({"adopt", "org.example.Mail"}, {{"PATH", empty}});
+
+    CHECK(done.status == 1);
+    CHECK(says(done.error, "\"gapplication\""));
+    CHECK_FALSE(isThere(fixture.manager.applications() + "/Mail Reader.app"));
 }
 
 } // namespace korvane::test

@@ -103,7 +103,9 @@ TEST_CASE("inspect shows identifier, flags, engine and what proved it") {
                                   {"-profile", "{{instanceHome}}/FirefoxProfile", "-no-remote",
                                    "--class", "{{desktopId}}", "--name", "{{desktopId}}"}},
                                  {"environment", {{"GSETTINGS_BACKEND", "keyfile"}}},
-                                 {"infoPlistOverrides", nlohmann::json::object()}});
+                                 {"infoPlistOverrides", nlohmann::json::object()},
+                                 {"sessionBus", "names of its own"},
+                                 {"secrets", "shared"}});
     CHECK(contains(manager.result({"inspect", app}), "firefox"));
 }
 

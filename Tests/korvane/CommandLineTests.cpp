@@ -201,4 +201,12 @@ TEST_CASE("a result that cannot be written is a failure") {
     CHECK(run(setup).status == 1);
 }
 
+TEST_CASE("what stands behind -- already is not told to go there") {
+    const Manager manager;
+
+    CHECK(says(manager.refusal({"run", "Work", "-e"}, 2), "goes behind \"--\""));
+    const auto refusal = manager.refusal({"run", "Work", "--", "-e"}, 2);
+    CHECK(says(refusal, "\"-e\" is not expected here. See: korvane run --help"));
+}
+
 } // namespace korvane::test

@@ -211,8 +211,8 @@ TEST_CASE("bash completes what a command takes at each place") {
         {{"icon", "x", "--output", "afi"}, {"afile.txt"}},
         {{"icon", "x", "-o", "afi"}, {"afile.txt"}},
         {{"icon", "x", "--position", "t"}, {"top"}},
-        {{"edit", "Other", "--set", "share"}, {"shareUserFolders"}},
-        {{"edit", "Other", "--unset", "url", "share"}, {"shareUserFolders"}},
+        {{"edit", "Other", "--set", "shareU"}, {"shareUserFolders"}},
+        {{"edit", "Other", "--unset", "url", "shareU"}, {"shareUserFolders"}},
         {{"list", "--in", "a"}, {"afolder"}},
     };
     for (const auto& row : table) {
@@ -246,7 +246,7 @@ TEST_CASE("fish completes what a command takes at each place") {
     CHECK(holds(shell.fish("korvane create command New bash -x afi"), "afile.txt"));
     CHECK(shell.fish("korvane create command New bash --termi") == Strings{});
     CHECK(shell.fish("korvane icon x --position t") == Strings{"top"});
-    CHECK(shell.fish("korvane edit Other --set share") == Strings{"shareUserFolders"});
+    CHECK(shell.fish("korvane edit Other --set shareU") == Strings{"shareUserFolders"});
 }
 
 TEST_CASE("zsh completes what a command takes at each place") {
@@ -270,7 +270,7 @@ TEST_CASE("zsh completes what a command takes at each place") {
     CHECK(holds(shell.zsh("korvane create command New bash -x afi"), "afile.txt"));
     CHECK(shell.zsh("korvane create command New bash --termi") == Strings{});
     CHECK(shell.zsh("korvane icon x --position t") == Strings{"top"});
-    CHECK(shell.zsh("korvane edit Other --set share") == Strings{"shareUserFolders"});
+    CHECK(shell.zsh("korvane edit Other --set shareU") == Strings{"shareUserFolders"});
 }
 
 } // namespace korvane::test

@@ -269,6 +269,23 @@ TEST_CASE("the window name is what a profile says or the process name or the id"
           "Some Window");
 }
 
+TEST_CASE(
+    "an instance's entry is never one that the session bus starts, whatever its program's is") {
+    const Registrations fixture;
+    const auto& manager = fixture.manager;
+    writeFile(manager.tmp / "share/applications/org.example.Bus.desktop",
+              "[Desktop Entry]\nType=Application\nName=Bus\nDBusActivatable=true\nExec=" +
+                  aProgram + "\n");
+
+    for (const Strings& how : {Strings{}, Strings{"--shared-bus"}}) {
+        Strings words{"app", "Work", "org.example.Bus", "--replace"};
+        words.insert(words.end(), how.begin(), how.end());
+        manager.create(words);
+        CHECK_FALSE(contains(readFile(fixture.entry(work)), "DBusActivatable"));
+        CHECK(contains(readFile(fixture.entry(work)), "\nExec="));
+    }
+}
+
 TEST_CASE("an entry takes over the main categories of its program") {
     const Registrations fixture;
     const auto categoriesFor = [&](const std::string& xml) {

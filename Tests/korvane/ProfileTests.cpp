@@ -63,6 +63,71 @@ TEST_CASE("a profile's variables and the name of its windows are checked and sho
     CHECK(again == json);
 }
 
+TEST_CASE("what a profile says of the session bus is checked and shown") {
+    const Manager manager;
+    auto json = nlohmann::json::parse(profile);
+    json["bus"] = {{"shared", true},
+                   {"hideSecrets", true},
+                   {"call", {"org.example.Panel"}},
+                   {"own", {"org.example.Tray"}},
+                   {"handsOver", false}};
+    const auto file = writeFile(manager.tmp / "mail.json", json.dump());
+
+    const auto done = manager.run({"profile", "check", file});
+
+    CHECK(done.status == 0);
+    for (const std::string row :
+         {"bus.shared       true", "bus.hideSecrets  true", "bus.call         org.example.Panel",
+          "bus.own          org.example.Tray", "bus.handsOver    false"}) {
+        CAPTURE(row);
+        CHECK(contains(done.output, "\n" + row + "\n"));
+    }
+    CHECK_FALSE(contains(done.error, "warning"));
+    CHECK(manager.json({"profile", "check", file, "--json"}) == json);
+}
+
+TEST_CASE("what an earlier version of a profile gave is checked and shown") {
+    const Manager manager;
+    auto json = nlohmann::json::parse(profile);
+    json["former"] = {{"extraArgs", {"--old"}}, {"environment", {{"A", "1"}}}};
+    const auto file = writeFile(manager.tmp / "mail.json", json.dump());
+
+    const auto done = manager.run({"profile", "check", file});
+
+    CHECK(done.status == 0);
+    CHECK(contains(done.output, "\nformer.extraArgs    --old\n"));
+    CHECK(contains(done.output, "\nformer.environment  A=1\n"));
+    CHECK_FALSE(contains(done.error, "warning"));
+    CHECK(manager.json({"profile", "check", file, "--json"}) == json);
+    json["former"]["arguments"] = {"--old"};
+    writeFile(file, json.dump());
+    CHECK(says(manager.run({"profile", "check", file}).error,
+               "The key \"former.arguments\" means nothing in a profile."));
+}
+
+TEST_CASE("a profile with what can be no name on the session bus is refused with that name") {
+    const Manager manager;
+    auto json = nlohmann::json::parse(profile);
+    const auto file = manager.tmp / "mail.json";
+    for (const std::string name : {"org.example.*", "mail", "", ":1.2", "org.example.A;own a.b"}) {
+        CAPTURE(name);
+        for (const auto* use : {"call", "own"}) {
+            json["bus"] = {{use, {name}}};
+            writeFile(file, json.dump());
+            CHECK(says(manager.refusal({"profile", "check", file}),
+                       "\"" + name + "\" cannot be a name on the session bus."));
+        }
+    }
+    json["bus"] = {{"shared", "yes"}};
+    writeFile(file, json.dump());
+    CHECK(says(manager.refusal({"profile", "check", file}), "Type mismatch at bus.shared"));
+    json["bus"] = {{"share", true}};
+    writeFile(file, json.dump());
+    CHECK(says(manager.run({"profile", "check", file}).error,
+               "The key \"bus.share\" means nothing in a profile. Did you mean "
+               "\"bus.shared\"?"));
+}
+
 TEST_CASE("a profile that create would refuse is refused by its check for the same reason") {
     const Manager manager;
     manager.installApp("Mail", "org.example.mail");

@@ -68,6 +68,43 @@ TEST_CASE("a replacement works out anew what was worked out, and keeps what was 
     CHECK(command.instanceHome == "~/h");
 }
 
+TEST_CASE("a replacement leaves out what an earlier profile gave, and keeps what is the user's") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    auto profile = profileOf("org.example.mail");
+    profile["extraArgs"] = {"--old", "--apart"};
+    profile["environment"] = {{"OLD", "1"}, {"CHANGED", "1"}};
+    fixture.writeProfile(profile);
+    fixture.create({"--add-arg", "--mine", "--env", "MINE=1"});
+    const auto told = [&](Strings more) {
+        more.insert(more.begin(), {"create", "app", "Work", "Mail", "--runner", KORVANE_TEST_RUNNER,
+                                   "--replace"});
+        const auto done = manager.run(more);
+        REQUIRE(done.status == 0);
+        return done.error;
+    };
+    const auto config = [&] { return manager.configOf(manager.applications() + "/Work.app"); };
+
+    profile["former"] = {{"extraArgs", {"--old", "--apart"}},
+                         {"environment", {{"OLD", "1"}, {"CHANGED", "1"}}}};
+    profile["extraArgs"] = {"--new"};
+    profile["environment"] = {{"CHANGED", "2"}};
+    fixture.writeProfile(profile);
+    const auto first = told({});
+    CHECK(says(first,
+               "Not kept, because an earlier profile had given it: the variables CHANGED OLD, "
+               "the arguments --old --apart."));
+    CHECK(says(first, "Kept of what was there: the variable MINE, the argument --mine."));
+    CHECK(config().extraArgs == Strings{"--new", "--mine"});
+    CHECK(config().environment ==
+          ambrel::StringMap{{"CHANGED", "2"}, {"GSETTINGS_BACKEND", "keyfile"}, {"MINE", "1"}});
+    // What is the user's own by now, or only a part of what was given, stays.
+    CHECK_FALSE(contains(told({"--add-arg", "--old", "--env", "OLD=2"}), "Not kept"));
+    CHECK_FALSE(contains(told({}), "Not kept"));
+    CHECK(config().extraArgs == Strings{"--new", "--mine", "--old"});
+    CHECK(config().environment.at("OLD") == "2");
+}
+
 TEST_CASE("a replacement keeps arguments in place of others, and that no profile was used") {
     const Fixture fixture;
     const auto& manager = fixture.manager;
@@ -196,13 +233,15 @@ TEST_CASE("every installed profile can be read and describes the application it 
     }
 }
 
-TEST_CASE("create warns of a program that registers on the bus, unless a profile knows it") {
+TEST_CASE("create warns of a program that registers on a shared bus, unless a profile knows it") {
     const Fixture fixture;
     const auto& manager = fixture.manager;
     const std::string name{ambrel::paths::lastComponent(KORVANE_TEST_BUS_PROGRAM)};
-    const auto warns = [&](const std::string& program) {
-        const auto done = manager.run(
-            {"create", "app", "Work", program, "--runner", KORVANE_TEST_RUNNER, "--replace"});
+    const auto warns = [&](const std::string& program, const Strings& how = {"--shared-bus"}) {
+        Strings words{"create",   "app", "Work", program, "--runner", KORVANE_TEST_RUNNER,
+                      "--replace"};
+        words.insert(words.end(), how.begin(), how.end());
+        const auto done = manager.run(words);
         REQUIRE(done.status == 0);
         const bool isTold = contains(done.error, "registers on the session bus: while another");
         CHECK(isTold == contains(done.error, "your own copy may hand over to the instance too"));
@@ -210,20 +249,120 @@ TEST_CASE("create warns of a program that registers on the bus, unless a profile
     };
 
     CHECK(warns(KORVANE_TEST_BUS_PROGRAM));
+    CHECK_FALSE(warns(KORVANE_TEST_BUS_PROGRAM, {"--no-shared-bus"}));
+    CHECK(warns(KORVANE_TEST_BUS_PROGRAM,
+                {"--no-shared-bus", "--env", "DBUS_SESSION_BUS_ADDRESS=x"}));
+    manager.result({"delete", "Work"}); // a replacement would keep the variable
     CHECK_FALSE(warns(KORVANE_TEST_QT_PROGRAM));
     writeFile(
         manager.tmp / "share/applications/mail.desktop",
         "[Desktop Entry]\nType=Application\nName=Bus\nDBusActivatable=true\nExec=/bin/true\n");
     CHECK(warns("mail"));
+    CHECK_FALSE(warns("mail", {"--no-shared-bus"}));
     auto profile = profileOf(name);
     profile["extraArgs"] = nlohmann::json::array();
     fixture.writeProfile(profile, name);
-    CHECK_FALSE(warns(KORVANE_TEST_BUS_PROGRAM));
-    profile["confidence"] = "broken";
-    fixture.writeProfile(profile, name);
     CHECK(warns(KORVANE_TEST_BUS_PROGRAM));
+    profile["bus"] = {{"shared", true}};
+    fixture.writeProfile(profile, name);
+    CHECK(warns(KORVANE_TEST_BUS_PROGRAM, {}));
+    profile["bus"] = {{"shared", true}, {"handsOver", false}};
+    fixture.writeProfile(profile, name);
+    CHECK_FALSE(warns(KORVANE_TEST_BUS_PROGRAM, {}));
     fixture.writeProfile(profileOf("mail"), "mail");
     CHECK_FALSE(warns("mail"));
+}
+
+TEST_CASE("create warns of what a profile or a service of the bus tells of a shared bus") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    const std::string name{ambrel::paths::lastComponent(KORVANE_TEST_QT_PROGRAM)};
+    auto profile = profileOf(name);
+    profile["bus"] = {{"handsOver", true}};
+    const auto warns = [&](const std::string& program, const Strings& how = {"--shared-bus"}) {
+        Strings words{"create",   "app", "Work", program, "--runner", KORVANE_TEST_RUNNER,
+                      "--replace"};
+        words.insert(words.end(), how.begin(), how.end());
+        const auto done = manager.run(words);
+        REQUIRE(done.status == 0);
+        return contains(done.error, "registers on the session bus: while another copy runs, this "
+                                    "instance may hand over to that, and will not be kept apart "
+                                    "then; your own copy may hand over to the instance too.");
+    };
+
+    CHECK_FALSE(warns(KORVANE_TEST_QT_PROGRAM));
+    fixture.writeProfile(profile, name);
+    CHECK(warns(KORVANE_TEST_QT_PROGRAM));
+    CHECK_FALSE(warns(KORVANE_TEST_QT_PROGRAM, {"--no-shared-bus"}));
+    // The entry says nothing of the bus, which starts what the program hands over to.
+    const auto share = manager.tmp / "share";
+    writeFile(share + "/applications/org.example.Term.desktop",
+              "[Desktop Entry]\nType=Application\nName=Term\nExec=/bin/true\n");
+    CHECK_FALSE(warns("org.example.Term"));
+    writeFile(share + "/dbus-1/services/org.example.Term.service",
+              "[D-BUS Service]\nName=org.example.Term\nExec=/bin/false\n");
+    CHECK(warns("org.example.Term"));
+    CHECK_FALSE(warns("org.example.Term", {"--no-shared-bus"}));
+}
+
+TEST_CASE("every installed profile knows what its program's own name on the bus means") {
+    const Path folder = KORVANE_TEST_SOURCES "/Sources/Manager/Programs/Linux/Profiles/";
+    const auto handsOver = [&](const std::string& program) {
+        return ProgramProfile::decode(readFile(folder + program + ".json")).bus.handsOver;
+    };
+
+    for (const std::string program :
+         {"vlc", "gimp", "featherpad", "org.gajim.Gajim", "virt-manager"}) {
+        CAPTURE(program);
+        CHECK(handsOver(program) == true);
+    }
+    for (const std::string program :
+         {"transmission-gtk", "org.gnome.Calculator", "org.pwmt.zathura"}) {
+        CAPTURE(program);
+        CHECK(handsOver(program) == false);
+    }
+}
+
+TEST_CASE("create warns of a socket by which copies meet wherever their homes are") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    const auto warns = [&](const std::string& program, const Strings& more = {}) {
+        Strings words{"create",   "app", "Work", program, "--runner", KORVANE_TEST_RUNNER,
+                      "--replace"};
+        words.insert(words.end(), more.begin(), more.end());
+        const auto done = manager.run(words);
+        REQUIRE(done.status == 0);
+        return contains(done.error, "has a socket by which it may hand over to a copy that runs");
+    };
+
+    CHECK(warns(KORVANE_TEST_SOCKET_PROGRAM));
+    CHECK_FALSE(warns(KORVANE_TEST_SERVICE_PROGRAM));
+    CHECK_FALSE(warns(KORVANE_TEST_QT_PROGRAM));
+    const std::string name{ambrel::paths::lastComponent(KORVANE_TEST_SOCKET_PROGRAM)};
+    fixture.writeProfile(profileOf(name), name);
+    CHECK_FALSE(warns(KORVANE_TEST_SOCKET_PROGRAM));
+    CHECK(warns(KORVANE_TEST_SOCKET_PROGRAM, {"--no-profile"}));
+    CHECK_FALSE(warns(KORVANE_TEST_SOCKET_PROGRAM,
+                      {"--no-profile", "--env", "TMPDIR={{instanceHome}}/tmp"}));
+}
+
+TEST_CASE("create warns of an Eclipse program's launcher, unless a profile knows the program") {
+    const Fixture fixture;
+    const auto& manager = fixture.manager;
+    writeFile(manager.applications() + "/Mail.app/Contents/Eclipse/eclipse.ini", "");
+    const auto warns = [&] {
+        const auto done = manager.run(
+            {"create", "app", "Work", "Mail", "--runner", KORVANE_TEST_RUNNER, "--replace"});
+        REQUIRE(done.status == 0);
+        return says(done.error, "warning: \"Mail\" is an Eclipse program, whose launcher may hand "
+                                "files over to the window of a copy that runs: on X11 that is not "
+                                "kept apart.");
+    };
+
+    CHECK(warns());
+    manager.result({"delete", "Work"}); // a replacement would go without the profile as well
+    fixture.writeProfile(profileOf("org.example.mail"));
+    CHECK_FALSE(warns());
 }
 
 TEST_CASE("a Java program is told its home, and so is the user") {
@@ -236,6 +375,9 @@ TEST_CASE("a Java program is told its home, and so is the user") {
         const auto done = manager.run(words);
         CHECK(done.status == 0);
         CHECK(contains(done.error, "\"tool\" is a Java program"));
+        CHECK(says(done.error, "Whether a Java program hands over to a copy that runs cannot be "
+                               "told: by its window, a port or a file in the temporary folder "
+                               "\"tool\" is not kept apart."));
         return manager.configOf(manager.applications() + "/Work.app")
             .environment.at("JAVA_TOOL_OPTIONS");
     };

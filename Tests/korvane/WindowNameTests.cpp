@@ -214,6 +214,8 @@ TEST_CASE("a profile says what a window is called that keeps its own name") {
     CHECK(overridesWith("mailer") == ambrel::StringMap{{"KorvaneWindowClass", "mailer"}});
     CHECK(overridesWith("{{desktopIdUnderscored}}") ==
           ambrel::StringMap{{"KorvaneWindowClass", "app_korvane_instance_work"}});
+    CHECK(overridesWith("{{desktopIdCapitalized}}") ==
+          ambrel::StringMap{{"KorvaneWindowClass", "App.korvane.instance.work"}});
 }
 
 TEST_CASE("edit changes the process name in configuration and Info.plist together") {

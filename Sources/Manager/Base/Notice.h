@@ -33,11 +33,16 @@ struct Notice {
         profileUsed,              ///< subject: the profile's file
         profileIsBroken,          ///< subject: the profile's file
         handsOverToRunningCopy,   ///< subject: the adopted program's name
+        busSettingUnheeded,       ///< subject: the setting, which needs names on the bus
+        meetsBySocket,            ///< subject: the application's name
+        meetsByWindow,            ///< subject: the application's name
+        mayMeetUnseen,            ///< subject: the application's name, of which nothing is told
         programAdopted,           ///< subject: the bundle that was made of the program
         windowsKeepName,          ///< subject: the program's name, which its windows go by
         homeFromAccount,          ///< subject: the program, which asks the account for the home
         argumentsOfProfileUnused, ///< subject: the profile's file; others were given
         keptOfReplaced,           ///< subject: how the instance is named
+        droppedOfReplaced,        ///< subject: how the instance is named
         separationDropped,        ///< subject: how the instance is named
         lookWithoutItem,          ///< of a status item; subject: how the instance is named
         // What is left or missing elsewhere.

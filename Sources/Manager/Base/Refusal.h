@@ -19,6 +19,7 @@ struct Refusal : std::runtime_error {
         badAddress,
         badColor,
         badProcessName,
+        badBusSetting, ///< neither true nor false, or no name on a bus
         badIdentifier, ///< empty
         nothingToOpen, ///< no application, address, document or program is given
         // Things that are looked for. The subject is the name or path that was given.
@@ -52,7 +53,8 @@ struct Refusal : std::runtime_error {
         fieldIsBundles,    ///< subject: the field, which the bundle carries elsewhere too
         applicationNeeded, ///< subject: the application's bundle; alternatives: its instances
         // What cannot be done with this instance or program.
-        hasNoEffect, ///< subject: the field, which means nothing to this kind or system
+        hasNoEffect,  ///< subject: the field, which means nothing to this kind or system
+        startedByBus, ///< subject: the application, which opens apart by names of its own alone
         notAdoptable,
         notAdopted,     ///< subject: the bundle, which was not made by adopting a program
         notOffered,     ///< this system has no such thing

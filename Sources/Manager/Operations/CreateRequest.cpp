@@ -82,6 +82,8 @@ void requireEffects(const CreateRequest& request) {
     require(request.inTerminal, "inTerminal", "commandPath");
     require(request.processName.has_value(), "processName", "targetAppPath");
     require(request.useProfile == UseProfile::no, "useProfile", "targetAppPath");
+    if (request.sharedBus) requireBusHeeded("sharedBus", request.kind);
+    if (request.hideSecrets) requireBusHeeded("hideSecrets", request.kind);
     require(request.home.has_value(), "home", "instanceHome");
     require(request.registerAsBrowser.has_value(), "registerAsBrowser", "registerAsBrowser");
     require(request.openWithPassthrough.has_value(), "openWithPassthrough", "openWithPassthrough");
@@ -123,6 +125,7 @@ void requireSensible(const CreateRequest& request) {
         throw Refusal(Kind::badIdentifier, "", "The bundle identifier is empty.");
     }
     if (const auto name = processNameOf(request)) requireProcessName(*name, "The process name");
+    requireBusSettings(request.infoPlistOverrides);
     requireSubject(request);
 }
 

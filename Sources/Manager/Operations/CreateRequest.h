@@ -39,6 +39,8 @@ struct CreateRequest {
     std::vector<std::string> addedArgs;       ///< behind those
     ambrel::StringMap environment;            ///< beside the variables worked out, and before them
     std::optional<std::string> processName;   ///< before one worked out
+    std::optional<bool> sharedBus;            ///< absent: the profile's, else false
+    std::optional<bool> hideSecrets;          ///< the same
     UseProfile useProfile = UseProfile::yes;
     std::optional<ambrel::Path> workingDirectory; ///< stored
     std::optional<bool> shareUserFolders;         ///< absent: true; the next ones: false
@@ -54,8 +56,8 @@ struct CreateRequest {
 };
 
 /// Throws Refusal for a request that can become no instance, whatever there is on disk: badName,
-/// badText, badPath, badAddress, badColor, badIdentifier, badProcessName and nothingToOpen, and
-/// hasNoEffect for a field that means nothing to the kind or on this system.
+/// badText, badPath, badAddress, badColor, badIdentifier, badProcessName, badBusSetting and
+/// nothingToOpen, and hasNoEffect for a field that means nothing to the kind or on this system.
 void requireSensible(const CreateRequest& request);
 
 /// The process name that the request asks for, by its field or by its overrides.

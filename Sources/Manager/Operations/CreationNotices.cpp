@@ -48,21 +48,47 @@ void addTarget(const ambrel::AppBundle& target, NoticeList& list) {
     }
 }
 
-void addStart(const CreationPlan& plan, NoticeList& list) {
+/// What names of its own on the session bus do not keep apart.
+void addMeeting(const CreationPlan& plan, const std::string& subject, NoticeList& list) {
+    const auto& meeting = plan.start->meeting;
+    const auto name = inQuotes(subject);
+    const bool hasOwnFolder = plan.wrapper.environment.contains("TMPDIR");
+    if (meeting.bySocket && !hasOwnFolder) {
+        list.add(Kind::meetsBySocket, subject,
+                 name + " has a socket by which it may hand over to a copy that runs: in the "
+                        "temporary folder it is not kept apart, unless the variable TMPDIR names "
+                        "another one for the instance.");
+    }
+    if (meeting.byWindow) {
+        list.add(Kind::meetsByWindow, subject,
+                 name + " is an Eclipse program, whose launcher may hand files over to the window "
+                        "of a copy that runs: on X11 that is not kept apart.");
+    }
+    if (meeting.unseen) {
+        list.inform(Kind::mayMeetUnseen, subject,
+                    "Whether a Java program hands over to a copy that runs cannot be told: by its "
+                    "window, a port or a file in the temporary folder " +
+                        name + " is not kept apart.");
+    }
+}
+
+/// `made` says how the instance stands to the session's bus, which the plan's profile need not.
+void addStart(const CreationPlan& plan, const InstanceRecord& made, NoticeList& list) {
     const auto& start = *plan.start;
     const std::string subject{ambrel::paths::stem(plan.target->url)};
     const auto name = inQuotes(subject);
-    if (start.mayHandOver) {
-        list.add(Kind::handsOverToRunningCopy, subject,
-                 name + " registers on the session bus: while another copy runs, this instance may "
-                        "hand over to that, and will not be kept apart then; your own copy may "
-                        "hand over to the instance too.");
-    }
+    auto obstacle = busObstacle(start, *plan.target, made.config);
+    if (obstacle) list.found.push_back(std::move(*obstacle));
+    auto standing = busStanding(made.config.infoPlistOverrides, made.config.environment, start.bus);
+    // Names of the profile's go with the sharing, and nobody has asked for them.
+    if (!plan.request.infoPlistOverrides.contains(ambrel::busNamesKey)) standing.sharedNames = {};
+    append(list.found, noticesOnUnheeded(standing));
     if (start.asksAccountForHome) {
         list.inform(Kind::homeFromAccount, subject,
                     name + " is a Java program, which asks the account for the home: the instance "
                            "tells it its own by JAVA_TOOL_OPTIONS.");
     }
+    addMeeting(plan, subject, list);
     const bool isNamed = !start.keepsWindowName || processNameOf(plan.request);
     if (!isNamed && ambrel::processNameNamesWindows()) {
         list.inform(Kind::windowsKeepName, subject,
@@ -108,11 +134,24 @@ void addStrategy(const CreationPlan& plan, NoticeList& list) {
 
 } // namespace
 
+std::optional<Notice> busObstacle(const StartPlan& start, const ambrel::AppBundle& target,
+                                  const ambrel::InstanceConfig& config) {
+    const auto standing = busStanding(config.infoPlistOverrides, config.environment, start.bus);
+    if (!start.mayHandOver || standing.hasOwnNames()) return std::nullopt;
+    const std::string subject{ambrel::paths::stem(target.url)};
+    return Notice{.kind = Kind::handsOverToRunningCopy,
+                  .subject = subject,
+                  .sentence = inQuotes(subject) +
+                              " registers on the session bus: while another copy runs, this "
+                              "instance may hand over to that, and will not be kept apart then; "
+                              "your own copy may hand over to the instance too."};
+}
+
 std::vector<Notice> noticesOn(const CreationPlan& plan, const InstanceRecord& made,
                               const UserPlaces& user) {
     NoticeList list;
     if (plan.target) addTarget(*plan.target, list);
-    if (plan.start) addStart(plan, list);
+    if (plan.start) addStart(plan, made, list);
     addMissingHosts(plan, list);
     if (auto obstacle = labelObstacle(made)) list.found.push_back(std::move(*obstacle));
     addPaths(plan.request, user, list);
@@ -139,14 +178,23 @@ void addProfile(const CreationPlan& plan, const ProgramProfile& profile, NoticeL
     if (!isBroken) list.found.back().severity = Notice::Severity::information;
 }
 
+std::string listed(const std::vector<std::string>& parts) {
+    std::string list;
+    for (const auto& part : parts) list += (list.empty() ? "" : ", ") + part;
+    return list;
+}
+
 void addKept(const CreationPlan& plan, const Created& created, NoticeList& list) {
-    auto kept = plan.kept;
+    auto kept = plan.parts.kept;
     if (created.iconKept) kept.emplace_back("its icon");
-    if (kept.empty()) return;
-    std::string parts;
-    for (const auto& part : kept) parts += (parts.empty() ? "" : ", ") + part;
-    list.add(Kind::keptOfReplaced, created.reference, "Kept of what was there: " + parts + ".");
-    list.found.back().severity = Notice::Severity::information;
+    if (!kept.empty()) {
+        list.inform(Kind::keptOfReplaced, created.reference,
+                    "Kept of what was there: " + listed(kept) + ".");
+    }
+    if (plan.parts.dropped.empty()) return;
+    list.inform(Kind::droppedOfReplaced, created.reference,
+                "Not kept, because an earlier profile had given it: " + listed(plan.parts.dropped) +
+                    ".");
 }
 
 } // namespace

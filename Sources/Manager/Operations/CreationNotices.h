@@ -8,6 +8,11 @@ namespace korvane {
 std::vector<Notice> noticesOn(const CreationPlan& plan, const ambrel::InstanceRecord& made,
                               const ambrel::UserPlaces& user);
 
+/// That an instance `config` of `target`, started by `start`, shares the session bus with the
+/// copies of a program that meet there; absent where it does not, or they do not.
+std::optional<Notice> busObstacle(const StartPlan& start, const ambrel::AppBundle& target,
+                                  const ambrel::InstanceConfig& config);
+
 /// What it was made with: profileUsed, profileIsBroken and homeExisted.
 std::vector<Notice> noticesOnOrigin(const CreationPlan& plan, const Created& created);
 

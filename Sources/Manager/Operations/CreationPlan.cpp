@@ -55,8 +55,22 @@ std::optional<std::vector<std::string>> argumentsFor(const CreationPlan& plan) {
     return args;
 }
 
+/// What is chosen stands before what the profile says, and "false" where that says otherwise.
+void addBus(const CreationPlan& plan, StringMap& overrides) {
+    const auto worked = plan.start ? overridesFor(plan.start->bus) : StringMap();
+    const auto choose = [&](const char* key, std::optional<bool> choice) {
+        if (!choice) return;
+        const bool isSaid = *choice || worked.contains(key);
+        setBusChoice(overrides, key, isSaid ? choice : std::nullopt);
+    };
+    choose(ambrel::sharedBusKey, plan.request.sharedBus);
+    choose(ambrel::hidesSecretsKey, plan.request.hideSecrets);
+    overrides.insert(worked.begin(), worked.end());
+}
+
 StringMap overridesFor(const CreationPlan& plan, const std::string& desktopId) {
     auto overrides = plan.request.infoPlistOverrides;
+    addBus(plan, overrides);
     const auto chosen = processNameOf(plan.request);
     if (chosen) overrides.insert_or_assign(ambrel::processNameKey, *chosen);
     if (!plan.start) return overrides;
@@ -196,6 +210,19 @@ std::optional<InstanceRecord> requireReplaceable(const Path& place, Existing exi
     return record;
 }
 
+/// What a profile says or an instance had before may have no effect; nobody was promised any.
+void requireHiding(const CreateRequest& asked, const CreationPlan& plan) {
+    const auto& wrapper = plan.wrapper;
+    if (!asked.hideSecrets.value_or(false)) return;
+    requireSecretsHideable(busStanding(wrapper.infoPlistOverrides, wrapper.environment, {}));
+}
+
+void requireApart(const CreationPlan& plan) {
+    const auto& wrapper = plan.wrapper;
+    if (!plan.target) return;
+    requireOwnNames(*plan.target, busStanding(wrapper.infoPlistOverrides, wrapper.environment, {}));
+}
+
 /// The configuration as far as it decides whether another instance is in the way.
 InstanceConfig claimsOf(const WrapperFactory::Request& wrapper) {
     InstanceConfig config;
@@ -287,7 +314,7 @@ CreationPlan planCreation(const CreateRequest& request, const UserPlaces& user,
     plan.bundle = BundleLayout::wrapper(*wrapper.outputDir, plan.request.name).bundle;
     plan.replaced = requireReplaceable(plan.bundle, request.existing, user);
     setTarget(plan, user, environment);
-    if (plan.replaced) plan.kept = keepParts(*plan.replaced, plan.request, user, environment);
+    if (plan.replaced) plan.parts = keepParts(*plan.replaced, plan.request, user, environment);
     setLook(plan.request, wrapper);
     setPlaces(plan.request, wrapper);
     setSubject(plan, user, environment);
@@ -296,6 +323,8 @@ CreationPlan planCreation(const CreateRequest& request, const UserPlaces& user,
     const auto& bundleId = plan.request.bundleId;
     wrapper.bundleId = bundleId ? *bundleId : freeBundleId(plan, instances, user, environment);
     planStartFor(plan, ambrel::desktopId(*wrapper.bundleId), user, environment);
+    requireHiding(request, plan);
+    requireApart(plan);
     requirePossible(plan, instances, user, environment);
     plan.reference = nameAmong(instances, {plan.bundle, claimsOf(wrapper)}, user);
     if (plan.replaced) plan.replacedSize = sizeOfTree(plan.bundle);

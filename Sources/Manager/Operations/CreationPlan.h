@@ -13,6 +13,12 @@
 
 namespace korvane {
 
+/// What becomes of the parts of an instance that is replaced, in words.
+struct KeptParts {
+    std::vector<std::string> kept;
+    std::vector<std::string> dropped; ///< what an earlier version of its profile had given
+};
+
 /// What would be done for a request.
 struct CreationPlan {
     /// As it was given, with the name trimmed and what is kept of the replaced instance.
@@ -25,7 +31,7 @@ struct CreationPlan {
     ambrel::Path bundle;                            ///< where the instance will stand
     std::optional<ambrel::InstanceRecord> replaced; ///< goes; its data stays
     TreeSize replacedSize;                          ///< of the bundle that goes
-    std::vector<std::string> kept;                  ///< of `replaced`, in words
+    KeptParts parts;                                ///< of `replaced`
     bool homeExists = false;                        ///< the home is there, with what is in it
     /// What the instance will be called: its name where that alone finds it, else its path.
     std::string reference;

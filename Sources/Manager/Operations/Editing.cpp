@@ -10,6 +10,7 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Desktop/Presence.h"
+#include "Manager/Operations/CreationNotices.h"
 #include "Manager/Operations/IconOrigin.h"
 #include "Manager/Operations/Rebuilding.h"
 #include "Manager/Operations/Unchanged.h"
@@ -37,7 +38,8 @@ using Kind = Refusal::Kind;
 
 namespace {
 
-constexpr const char* editedKeys[] = {ambrel::processNameKey, windowClassKey};
+constexpr const char* editedKeys[] = {ambrel::processNameKey, windowClassKey, ambrel::sharedBusKey,
+                                      ambrel::hidesSecretsKey, ambrel::busNamesKey};
 
 /// Without the overrides that an edit writes into Info.plist; the others only creating the instance
 /// again does.
@@ -66,6 +68,38 @@ void requireHeededChanges(const InstanceConfig& config, const InstanceConfig& wa
         if (value == config.*field.member || value == defaults.*field.member) return;
         requireHeeded(field.key, field.key, config.kind);
     });
+}
+
+/// An instance whose program only the bus starts keeps its own names, if it has them.
+void requireStillApart(const InstanceConfig& config, const InstanceConfig& wanted,
+                       const UserPlaces& user) {
+    const auto standing = busStandingOf(wanted, user);
+    if (standing.hasOwnNames() || !busStandingOf(config, user).hasOwnNames()) return;
+    if (wanted.kind != ambrel::ShortcutKind::app) return;
+    const auto app = ambrel::AppBundle::read(wanted.targetAppURL());
+    if (app) requireOwnNames(*app, standing);
+}
+
+/// What is said of the session's bus by the wanted overrides, where they say something new.
+void requireNewBusSettings(const InstanceConfig& config, const InstanceConfig& wanted,
+                           const UserPlaces& user) {
+    const auto isNew = [&](const char* key) {
+        const auto found = wanted.infoPlistOverrides.find(key);
+        if (found == wanted.infoPlistOverrides.end()) return false;
+        const auto had = config.infoPlistOverrides.find(key);
+        return had == config.infoPlistOverrides.end() || had->second != found->second;
+    };
+    const std::pair<const char*, const char*> settings[] = {
+        {ambrel::sharedBusKey, "sharedBus"},
+        {ambrel::hidesSecretsKey, "hideSecrets"},
+        {ambrel::busNamesKey, ambrel::busNamesKey}};
+    for (const auto& [key, name] : settings) {
+        if (!isNew(key)) continue;
+        requireBusHeeded(name, config.kind);
+        requireBusSettings(wanted.infoPlistOverrides);
+    }
+    requireStillApart(config, wanted, user);
+    if (isNew(ambrel::hidesSecretsKey)) requireSecretsHideable(busStandingOf(wanted, user));
 }
 
 void requireNewAddress(const InstanceConfig& config, const InstanceConfig& wanted) {
@@ -200,6 +234,27 @@ std::vector<Notice> noticesOnDropped(const InstanceRecord& before, const Instanc
     return notices;
 }
 
+/// What it means that the instance has no names of its own any more. Never fails: it is told what
+/// is known.
+std::vector<Notice> noticesOnSharing(const InstanceConfig& before, const InstanceConfig& after,
+                                     const UserPlaces& user, const Environment& environment) {
+    const auto standing = busStandingOf(after, user);
+    const bool hadNames = busStandingOf(before, user).hasOwnNames();
+    const bool isApp = after.kind == ambrel::ShortcutKind::app;
+    if (!isApp || !hadNames || standing.hasOwnNames()) return {};
+    auto notices = noticesOnUnheeded(standing);
+    try {
+        const auto app = ambrel::AppBundle::read(after.targetAppURL());
+        if (!app) return notices;
+        const auto worked = WorkedOut::of(after, "", user, environment);
+        auto obstacle = busObstacle(worked.plan, *app, after);
+        if (obstacle) notices.push_back(std::move(*obstacle));
+    } catch (const std::exception&) {
+        // Without the application nothing can be said of how it is started.
+    }
+    return notices;
+}
+
 /// Only the name of an instance that is given a new one is looked at.
 InstanceConfig checkedConfig(const InstanceRecord& record, InstanceConfig wanted) {
     const bool isNamed = wanted.displayName != record.config.displayName;
@@ -263,6 +318,7 @@ Edited change(const InstanceRecord& record, const InstanceConfig& asked, const U
     const auto wanted = checkedConfig(record, asked);
     requireSameBundle(record.config, wanted);
     requireHeededChanges(record.config, wanted);
+    requireNewBusSettings(record.config, wanted, user);
     requireNewAddress(record.config, wanted);
     requireUsableHome(record, wanted, user);
     if (wanted.displayName != record.config.displayName) requireRenamable(record, user);
@@ -280,6 +336,7 @@ Edited change(const InstanceRecord& record, const InstanceConfig& asked, const U
     append(edited.notices, isMoved ? presence::moved(entry, edited.record, user)
                                    : presence::changed(edited.record, user));
     append(edited.notices, noticesOnDropped(record, edited.record, user, environment));
+    append(edited.notices, noticesOnSharing(record.config, wanted, user, environment));
     append(edited.notices, noticesOnOverriding(edited.record.config, &record.config, user));
     if (edited.homeChanged) forgetHome(record.config, user);
     addObstacles(edited, user);

@@ -29,10 +29,11 @@ std::string whyNotEdited(const std::string& name);
 /// and put in place in one step. `environment` serves to work out what keeps the instance apart:
 /// that it goes is a notice. Throws Refusal fieldIsBundles for a field that the bundle carries
 /// elsewhere too (kind, identifier, what it offers, and all overrides but the names of process and
-/// windows), hasNoEffect for one that its kind does not heed, unknownUser and homeTaken for another
-/// home, badName, instanceRuns and bundleIsLink for another name, what rebuild() throws,
-/// changedMeanwhile where the instance is not as `record` says, damagedInstance and notWritten.
-/// Also FileError, EncodingError and LibraryError. After each of these everything is as it was.
+/// windows and those about the session's bus), hasNoEffect for one that its kind does not heed,
+/// badBusSetting, unknownUser and homeTaken for another home, badName, instanceRuns and
+/// bundleIsLink for another name, what rebuild() throws, changedMeanwhile where the instance is not
+/// as `record` says, damagedInstance and notWritten. Also FileError, EncodingError and
+/// LibraryError. After each of these everything is as it was.
 Edited change(const ambrel::InstanceRecord& record, const ambrel::InstanceConfig& wanted,
               const ambrel::UserPlaces& user, const ambrel::Environment& environment = {},
               const std::optional<ambrel::Path>& icon = {});

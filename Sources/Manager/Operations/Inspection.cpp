@@ -22,8 +22,9 @@ Inspection inspect(const ambrel::AppBundle& app, UseProfile use, const ambrel::U
                      .arguments = plan.wrapper.extraArgs.value_or(std::vector<std::string>()),
                      .environment = plan.wrapper.environment,
                      .infoPlistOverrides = plan.wrapper.infoPlistOverrides,
-                     .profile = {}};
-    if (plan.start) found.profile = plan.start->profile;
+                     .bus = busStanding(plan.wrapper.infoPlistOverrides, plan.wrapper.environment,
+                                        plan.start->bus),
+                     .profile = plan.start->profile};
     return found;
 }
 

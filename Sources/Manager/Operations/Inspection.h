@@ -18,6 +18,7 @@ struct Inspection {
     ambrel::StringMap environment;
     ambrel::StringMap
         infoPlistOverrides; ///< the process name and the windows' name, where they count
+    BusStanding bus;        ///< of that instance
     std::optional<ProgramProfile> profile;
 };
 

@@ -29,6 +29,12 @@ std::string listed(const std::string& what, const Texts& texts) {
     return what + " " + shellWords(texts);
 }
 
+/// Adds "the argument --x" or "the arguments --x --y"; nothing for no texts.
+void addListed(Texts& parts, const std::string& what, const Texts& texts) {
+    if (texts.empty()) return;
+    parts.push_back(listed(texts.size() == 1 ? what : what + "s", texts));
+}
+
 /// Takes over part by part from `old` into `request`.
 class Keeper {
 public:
@@ -91,14 +97,14 @@ public:
         tell("its strategy");
     }
 
-    std::vector<std::string> kept;
+    KeptParts parts;
 
 private:
     bool bothHeed(std::string_view key) const {
         return isHeeded(key, request_.kind) && isHeeded(key, old_.kind);
     }
 
-    void tell(std::string part) { kept.push_back(std::move(part)); }
+    void tell(std::string part) { parts.kept.push_back(std::move(part)); }
 
     template <class T>
     void keep(std::string_view key, std::optional<T>& wanted, const std::optional<T>& had,
@@ -127,8 +133,11 @@ private:
         for (const auto& [name, value] : worked.ownVariables(old_)) {
             if (request_.environment.emplace(name, value).second) names.push_back(name);
         }
-        if (!names.empty())
-            tell(listed(names.size() == 1 ? "the variable" : "the variables", names));
+        auto former = worked.formerVariables(old_);
+        std::erase_if(former,
+                      [&](const auto& name) { return request_.environment.contains(name); });
+        addListed(parts.kept, "the variable", names);
+        addListed(parts.dropped, "the variable", former);
     }
 
     void keepNames(const WorkedOut& worked) {
@@ -139,13 +148,33 @@ private:
             request_.processName = processName;
             tell("its process name");
         }
+        keepBus(worked.takeBus(overrides));
         const auto before = request_.infoPlistOverrides.size();
         request_.infoPlistOverrides.merge(overrides);
         if (request_.infoPlistOverrides.size() > before) tell("entries of its Info.plist");
     }
 
+    void keepBus(const WorkedOut::BusChoices& choices) {
+        if (request_.kind != ShortcutKind::app) return;
+        const auto& given = request_.infoPlistOverrides;
+        const bool isSharedGiven = request_.sharedBus || given.contains(ambrel::sharedBusKey);
+        if (choices.shared && !isSharedGiven) {
+            request_.sharedBus = choices.shared;
+            tell(*choices.shared ? "that it shares the session bus"
+                                 : "that it has names of its own on the session bus");
+        }
+        const bool isHidingGiven = request_.hideSecrets || given.contains(ambrel::hidesSecretsKey);
+        if (choices.hideSecrets && !isHidingGiven) {
+            request_.hideSecrets = choices.hideSecrets;
+            if (request_.sharedBus.value_or(false)) return; // it means nothing then
+            tell(*choices.hideSecrets ? "that secrets are hidden from it"
+                                      : "that secrets are shared with it");
+        }
+    }
+
     void keepArguments(const WorkedOut& worked) {
-        const bool areReplaced = !worked.isIn(old_.extraArgs);
+        const auto former = withoutGiven(worked.formerArguments(old_.extraArgs));
+        const bool areReplaced = former.empty() && !worked.isIn(old_.extraArgs);
         if (areReplaced && !request_.args.empty()) return;
         if (areReplaced && isSameTarget()) {
             request_.args = withoutGiven(old_.extraArgs);
@@ -156,9 +185,9 @@ private:
             request_.useProfile = UseProfile::no;
         }
         const auto own = withoutGiven(worked.ownArguments(old_.extraArgs));
-        if (own.empty()) return;
         request_.addedArgs.insert(request_.addedArgs.begin(), own.begin(), own.end());
-        tell(listed(own.size() == 1 ? "the argument" : "the arguments", own));
+        addListed(parts.kept, "the argument", own);
+        addListed(parts.dropped, "the argument", former);
     }
 
     /// One that is given again is not wanted twice.
@@ -176,16 +205,15 @@ private:
 
 } // namespace
 
-std::vector<std::string> keepParts(const InstanceRecord& replaced, CreateRequest& request,
-                                   const ambrel::UserPlaces& user,
-                                   const ambrel::Environment& environment) {
+KeptParts keepParts(const InstanceRecord& replaced, CreateRequest& request,
+                    const ambrel::UserPlaces& user, const ambrel::Environment& environment) {
     Keeper keeper(replaced, request);
     keeper.keepPlaces();
     keeper.keepLook();
     keeper.keepOffers();
     keeper.keepSharing();
     keeper.keepStart(WorkedOut::of(replaced.config, request.targetApp, user, environment));
-    return std::move(keeper.kept);
+    return std::move(keeper.parts);
 }
 
 } // namespace korvane

@@ -9,10 +9,12 @@
 #include "Ambrel/Platform/DetachedProcess.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/OutputFile.h"
+#include "Ambrel/Platform/Processes.h"
 #include "Ambrel/Wrapper/WrapperFactory.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Programs/Adoption.h"
+#include "Manager/Programs/SessionBus.h"
 #include "Manager/Rules/InstanceHome.h"
 #include "Manager/Rules/InstanceLookup.h"
 #include "Manager/Rules/MissingTarget.h"
@@ -164,7 +166,7 @@ std::vector<std::string> lastLines(std::string_view text) {
 class Start {
 public:
     Start(const InstanceRecord& record, const UserPlaces& user)
-        : record_(record), user_(user), ranBefore_(runs()), output_(tryOpenOutput(record, user)) {}
+        : record_(record), user_(user), before_(look()), output_(tryOpenOutput(record, user)) {}
 
     Opened run(const Path& runner, const std::vector<std::string>& arguments,
                std::chrono::milliseconds looking) {
@@ -181,15 +183,47 @@ public:
             throw endedAtOnce(what + std::to_string(status), Remedy::none);
         }
         if (isDocument) return Opened::handedOn;
-        if (runs()) return ranBefore_ ? Opened::ranAlready : Opened::runs;
+        if (programRuns()) return before_.hasProgram ? Opened::ranAlready : Opened::runs;
         if (record_.config.kind != ShortcutKind::app) return Opened::ended;
         throw endedAtOnce("ended at once with status 0, and nothing of it runs: it may have handed "
-                          "over to a copy of its program that runs outside the instance",
+                          "over to a copy of its program that runs outside the instance" +
+                              std::string(sharesBus() ? whySharing : ""),
                           Remedy::keepApart);
     }
 
 private:
-    bool runs() const { return !Running::now(user_).of(record_).none(); }
+    static constexpr const char* whySharing =
+        ", with which it shares the names on the session bus (sharedBus)";
+
+    bool sharesBus() const {
+        return busChoice(record_.config.infoPlistOverrides, ambrel::sharedBusKey).value_or(false);
+    }
+
+    RunningProcesses look() const { return Running::now(user_).of(record_); }
+
+    /// What serves a program on the session bus stays for a moment after it, and for longer where
+    /// somebody has windows by it: that is waited for.
+    bool programRuns() const {
+        constexpr std::chrono::seconds longest(5);
+        const auto deadline = ambrel::ProcessHandle::Clock::now() + longest;
+        while (true) {
+            std::vector<ambrel::ProcessHandle> held;
+            for (const int id : look().ids) {
+                if (isNew(id)) addHandle(id, held);
+            }
+            const auto found = look();
+            if (found.hasProgram) return true;
+            if (std::ranges::none_of(found.ids, [this](int id) { return isNew(id); })) return false;
+            if (held.empty()) continue; // it came between the two looks
+            if (!ambrel::ProcessHandle::waitForAny(held, deadline)) return true;
+        }
+    }
+
+    bool isNew(int id) const { return std::ranges::find(before_.ids, id) == before_.ids.end(); }
+
+    static void addHandle(int id, std::vector<ambrel::ProcessHandle>& held) {
+        if (auto process = ambrel::ProcessHandle::open(id)) held.push_back(std::move(*process));
+    }
 
     Refusal endedAtOnce(const std::string& what, Remedy remedy) const {
         constexpr std::size_t enoughForLines = 65536;
@@ -200,7 +234,7 @@ private:
 
     const InstanceRecord& record_;
     const UserPlaces& user_;
-    bool ranBefore_;
+    RunningProcesses before_;
     std::optional<OutputFile> output_;
 };
 

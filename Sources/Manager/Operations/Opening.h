@@ -39,7 +39,8 @@ enum class Opened {
 /// ChildProcessError, Refusal hasNoEffect for words that nobody would take and badPath for an empty
 /// one, and endedAtOnce, with the last lines that were written since the start, for a start that
 /// ended with another status than 0, and for an application of which nothing runs after it: it had
-/// nothing to show, or has handed over to a copy of its program outside the instance.
+/// nothing to show, or has handed over to a copy of its program outside the instance. What only
+/// serves it on the session bus does not count, and is waited for to tell.
 Opened open(const ambrel::InstanceRecord& record, const ambrel::UserPlaces& user,
             const OpenRequest& request = {});
 

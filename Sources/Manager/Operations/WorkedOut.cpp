@@ -29,6 +29,16 @@ std::optional<std::string> valueIn(const StringMap& map, const std::string& key)
     return found == map.end() ? std::nullopt : std::optional(found->second);
 }
 
+/// `from` without as many of each text as `taken` has.
+std::vector<std::string> without(const std::vector<std::string>& taken,
+                                 std::vector<std::string> from) {
+    for (const auto& text : taken) {
+        const auto found = std::ranges::find(from, text);
+        if (found != from.end()) from.erase(found);
+    }
+    return from;
+}
+
 } // namespace
 
 WorkedOut WorkedOut::of(const InstanceConfig& config, const ambrel::Path& otherwise,
@@ -66,25 +76,35 @@ bool WorkedOut::isIn(const std::vector<std::string>& arguments) const {
 }
 
 std::vector<std::string> WorkedOut::missingIn(const std::vector<std::string>& arguments) const {
-    auto missing = plan.arguments;
-    for (const auto& argument : arguments) {
-        const auto found = std::ranges::find(missing, argument);
-        if (found != missing.end()) missing.erase(found);
-    }
-    return missing;
+    return without(arguments, plan.arguments);
 }
 
 std::vector<std::string> WorkedOut::ownArguments(const std::vector<std::string>& arguments) const {
-    auto own = arguments;
-    for (const auto& argument : plan.arguments) {
-        const auto found = std::ranges::find(own, argument);
-        if (found != own.end()) own.erase(found);
+    return without(formerArguments(arguments), without(plan.arguments, arguments));
+}
+
+/// An earlier version gave all of them or none.
+std::vector<std::string>
+WorkedOut::formerArguments(const std::vector<std::string>& arguments) const {
+    if (!plan.profile) return {};
+    const auto& former = plan.profile->former.arguments;
+    const auto rest = without(plan.arguments, arguments);
+    return without(rest, former).empty() ? former : std::vector<std::string>();
+}
+
+std::vector<std::string> WorkedOut::formerVariables(const InstanceConfig& config) const {
+    std::vector<std::string> names;
+    if (!plan.profile) return names;
+    for (const auto& [name, value] : plan.profile->former.environment) {
+        const bool isWorked = valueIn(plan.environment, name) == value;
+        if (!isWorked && valueIn(config.environment, name) == value) names.push_back(name);
     }
-    return own;
+    return names;
 }
 
 StringMap WorkedOut::ownVariables(const InstanceConfig& config) const {
     auto own = config.environment;
+    for (const auto& variable : formerVariables(config)) own.erase(variable);
     const auto name = valueIn(config.infoPlistOverrides, ambrel::processNameKey);
     std::erase_if(own, [&](const auto& entry) {
         const bool isName =
@@ -94,6 +114,18 @@ StringMap WorkedOut::ownVariables(const InstanceConfig& config) const {
         return isName || wasName || valueIn(plan.environment, entry.first) == entry.second;
     });
     return own;
+}
+
+WorkedOut::BusChoices WorkedOut::takeBus(StringMap& overrides) const {
+    const auto take = [&](const char* key, bool worked) {
+        const auto choice = busChoice(overrides, key);
+        overrides.erase(key);
+        return choice == worked ? std::nullopt : choice;
+    };
+    const BusChoices choices{take(ambrel::sharedBusKey, plan.bus.isShared),
+                             take(ambrel::hidesSecretsKey, plan.bus.hidesSecrets)};
+    if (overridesFor(plan.bus).contains(ambrel::busNamesKey)) overrides.erase(ambrel::busNamesKey);
+    return choices;
 }
 
 std::optional<std::string> WorkedOut::takeNames(StringMap& overrides) const {

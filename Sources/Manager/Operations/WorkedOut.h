@@ -28,10 +28,21 @@ struct WorkedOut {
     bool isIn(const std::vector<std::string>& arguments) const;
     /// Those that are worked out and not among `arguments`.
     std::vector<std::string> missingIn(const std::vector<std::string>& arguments) const;
-    /// `arguments` without those that are worked out.
+    /// `arguments` without those that are worked out, or were by an earlier version of the profile.
     std::vector<std::string> ownArguments(const std::vector<std::string>& arguments) const;
-    /// The variables of `config` without those that are worked out.
+    /// Those of `arguments` that are not worked out any more.
+    std::vector<std::string> formerArguments(const std::vector<std::string>& arguments) const;
+    /// The variables of `config` without those that are worked out, or were.
     ambrel::StringMap ownVariables(const ambrel::InstanceConfig& config) const;
+    /// Those that are not worked out any more, by their names.
+    std::vector<std::string> formerVariables(const ambrel::InstanceConfig& config) const;
+    /// Takes what is said of the session's bus out of `overrides`, and returns what was not worked
+    /// out. Names that are shared stay there where none are worked out.
+    struct BusChoices {
+        std::optional<bool> shared;
+        std::optional<bool> hideSecrets;
+    };
+    BusChoices takeBus(ambrel::StringMap& overrides) const;
     /// Takes the names of process and windows out of `overrides`, and returns a process name that
     /// was not worked out, now or before.
     std::optional<std::string> takeNames(ambrel::StringMap& overrides) const;

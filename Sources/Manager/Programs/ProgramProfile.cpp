@@ -1,5 +1,6 @@
 #include "Manager/Programs/ProgramProfile.h"
 
+#include "Ambrel/Base/BusName.h"
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Formats/Json.h"
 #include "Ambrel/Platform/FileSystem.h"
@@ -28,6 +29,25 @@ WindowName windowNameFrom(const json::Value& value, const std::string& path) {
             .startupWmClass = keys.optional<std::string>("startupWMClass")};
 }
 
+BusUse busFrom(const json::Value& value, const std::string& path) {
+    const json::KeyedContainer keys(value, path);
+    const auto names = [&](const char* key) {
+        return keys.optional<std::vector<std::string>>(key).value_or(std::vector<std::string>());
+    };
+    return {.isShared = keys.optional<bool>("shared").value_or(false),
+            .hidesSecrets = keys.optional<bool>("hideSecrets").value_or(false),
+            .call = names("call"),
+            .own = names("own"),
+            .handsOver = keys.optional<bool>("handsOver")};
+}
+
+FormerStart formerFrom(const json::Value& value, const std::string& path) {
+    const json::KeyedContainer keys(value, path);
+    return {.arguments = keys.optional<std::vector<std::string>>("extraArgs")
+                             .value_or(std::vector<std::string>()),
+            .environment = keys.optional<StringMap>("environment").value_or(StringMap())};
+}
+
 /// The user's own profiles come first, so that they can correct installed ones.
 std::vector<Path> profileFolders(const ambrel::UserPlaces& user) {
     std::vector<Path> folders;
@@ -54,17 +74,27 @@ Refusal unusable(const Path& file, const std::string& reason, Remedy remedy) {
                    remedy);
 }
 
+/// Of one that is not usable.
+std::string whyUnusable(const ProgramProfile& profile) {
+    for (const auto& names : {profile.bus.call, profile.bus.own}) {
+        const auto bad = std::ranges::find_if_not(names, ambrel::isWellKnownBusName);
+        if (bad != names.end()) return inQuotes(*bad) + " cannot be a name on the session bus.";
+    }
+    return "No program can be started with its arguments or variables.";
+}
+
 ProgramProfile read(const Path& file, Remedy remedy) {
+    ProgramProfile profile;
     try {
-        auto profile = ProgramProfile::decode(fileSystem::read(file));
-        profile.file = file;
-        if (isUsable(profile)) return profile;
+        profile = ProgramProfile::decode(fileSystem::read(file));
     } catch (const ambrel::DecodingError& error) {
         throw unusable(file, error.description() + ".", remedy);
     } catch (const ambrel::FileError& error) {
         throw unusable(file, error.description() + ".", remedy);
     }
-    throw unusable(file, "No program can be started with its arguments or variables.", remedy);
+    profile.file = file;
+    if (isUsable(profile)) return profile;
+    throw unusable(file, whyUnusable(profile), remedy);
 }
 
 ProgramProfile readFor(const Path& file, const std::string& bundleId) {
@@ -79,8 +109,12 @@ ProgramProfile readFor(const Path& file, const std::string& bundleId) {
 /// What a profile can say of the windows' name.
 constexpr const char* windowNameKeys[] = {"arguments", "environment", "processName",
                                           "startupWMClass"};
+/// What it can say of the session's bus.
+constexpr const char* busKeys[] = {"call", "handsOver", "hideSecrets", "own", "shared"};
 /// What it can say else, beside the keys of every profile.
-constexpr const char* addedKeys[] = {"environment", "windowName"};
+constexpr const char* addedKeys[] = {"bus", "environment", "former", "windowName"};
+/// What it can say of what it had said before.
+constexpr const char* formerKeys[] = {"environment", "extraArgs"};
 
 json::Value valueOf(const WindowName& name) {
     json::Value value = json::Value::object();
@@ -88,6 +122,23 @@ json::Value valueOf(const WindowName& name) {
     if (!name.environment.empty()) value["environment"] = name.environment;
     if (name.byProcessName) value["processName"] = true;
     if (name.startupWmClass) value["startupWMClass"] = *name.startupWmClass;
+    return value;
+}
+
+json::Value valueOf(const BusUse& bus) {
+    json::Value value = json::Value::object();
+    if (bus.isShared) value["shared"] = true;
+    if (bus.hidesSecrets) value["hideSecrets"] = true;
+    if (!bus.call.empty()) value["call"] = bus.call;
+    if (!bus.own.empty()) value["own"] = bus.own;
+    if (bus.handsOver) value["handsOver"] = *bus.handsOver;
+    return value;
+}
+
+json::Value valueOf(const FormerStart& former) {
+    json::Value value = json::Value::object();
+    if (!former.arguments.empty()) value["extraArgs"] = former.arguments;
+    if (!former.environment.empty()) value["environment"] = former.environment;
     return value;
 }
 
@@ -102,6 +153,10 @@ ProgramProfile ProgramProfile::decode(std::string_view text) {
     if (const auto* name = keys.find("windowName")) {
         result.windowName = windowNameFrom(*name, keys.pathOf("windowName"));
     }
+    if (const auto* bus = keys.find("bus")) result.bus = busFrom(*bus, keys.pathOf("bus"));
+    if (const auto* former = keys.find("former")) {
+        result.former = formerFrom(*former, keys.pathOf("former"));
+    }
     return result;
 }
 
@@ -109,6 +164,8 @@ std::string ProgramProfile::encodedJSON() const {
     auto value = json::parse(profile.encodedJSON());
     if (!environment.empty()) value["environment"] = environment;
     if (windowName) value["windowName"] = valueOf(*windowName);
+    if (bus != BusUse()) value["bus"] = valueOf(bus);
+    if (former != FormerStart()) value["former"] = valueOf(former);
     return json::write(value);
 }
 
@@ -116,7 +173,7 @@ bool isUsable(const ProgramProfile& profile) {
     const auto name = profile.windowName.value_or(WindowName());
     return std::ranges::all_of(profile.profile.extraArgs, isUsableText) &&
            std::ranges::all_of(name.arguments, isUsableText) && areUsable(profile.environment) &&
-           areUsable(name.environment);
+           areUsable(name.environment) && isUsable(profile.bus);
 }
 
 std::vector<std::string> profileKeys() {
@@ -124,6 +181,8 @@ std::vector<std::string> profileKeys() {
     const auto every = json::parse(ambrel::AppProfile().encodedJSON());
     for (const auto& [key, ignored] : every.items()) keys.push_back(key);
     for (const auto* key : windowNameKeys) keys.push_back(std::string("windowName.") + key);
+    for (const auto* key : busKeys) keys.push_back(std::string("bus.") + key);
+    for (const auto* key : formerKeys) keys.push_back(std::string("former.") + key);
     return keys;
 }
 
@@ -140,7 +199,9 @@ std::vector<std::string> unknownKeys(std::string_view text) {
     };
     const auto root = json::parse(text);
     look(root, "");
-    if (root.contains("windowName")) look(root["windowName"], "windowName.");
+    for (const std::string part : {"bus", "former", "windowName"}) {
+        if (root.contains(part)) look(root[part], part + ".");
+    }
     return unknown;
 }
 

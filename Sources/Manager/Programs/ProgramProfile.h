@@ -3,6 +3,7 @@
 #include "Ambrel/Application/AppProfile.h"
 #include "Ambrel/Base/Path.h"
 #include "Ambrel/Instance/InstanceConfig.h"
+#include "Manager/Programs/SessionBus.h"
 
 #include <optional>
 #include <string>
@@ -17,6 +18,9 @@ inline constexpr std::string_view desktopIdPlaceholder = "{{desktopId}}";
 /// The same with "_" for each ".", as programs have it that make an X resource name of it.
 inline constexpr std::string_view underscoredIdPlaceholder = "{{desktopIdUnderscored}}";
 
+/// The same with a capital letter in front, as GTK makes a class of a program's name.
+inline constexpr std::string_view capitalizedIdPlaceholder = "{{desktopIdCapitalized}}";
+
 /// How a program's windows are given the name of its instance. In all texts the placeholders
 /// stand for the instance's desktop id.
 struct WindowName {
@@ -26,23 +30,35 @@ struct WindowName {
     std::optional<std::string> startupWmClass; ///< the name that windows have; absent: the id
 };
 
-/// A profile with what this manager adds to its format: variables for the environment and the name
-/// of windows.
+/// What earlier versions of a profile gave, and this one does not: nobody's own in an instance that
+/// was made with one of them.
+struct FormerStart {
+    std::vector<std::string> arguments;
+    ambrel::StringMap environment;
+
+    bool operator==(const FormerStart&) const = default;
+};
+
+/// A profile with what this manager adds to its format: variables for the environment, the name of
+/// windows, how the program stands to the session's bus, and what it had said before.
 struct ProgramProfile {
     ambrel::AppProfile profile;
     ambrel::StringMap environment;        ///< values with the placeholder for the instance home
     std::optional<WindowName> windowName; ///< absent: told by the program's libraries
-    ambrel::Path file;                    ///< where it was read
+    BusUse bus;
+    FormerStart former;
+    ambrel::Path file; ///< where it was read
 
-    /// Throws DecodingError. The added keys "environment" and "windowName" may be missing.
+    /// Throws DecodingError. The added keys "environment", "windowName",
+    /// "bus" and "former" may be missing.
     static ProgramProfile decode(std::string_view json);
     /// The same as JSON text, pretty-printed with sorted keys; the added keys where they say
     /// something. Throws EncodingError when a text is not UTF-8.
     std::string encodedJSON() const;
 };
 
-/// Whether programs can be started as the profile says: no text in it has a NUL character, and its
-/// variables have names.
+/// Whether programs can be started as the profile says: no text in it has a NUL character, its
+/// variables have names, and its names on the bus can be such.
 bool isUsable(const ProgramProfile& profile);
 
 /// The keys in the text of a profile that mean nothing, as paths; `json` is one that decodes.

@@ -3,6 +3,7 @@
 #include "Ambrel/Application/AppEngine.h"
 #include "Ambrel/Instance/InstanceConfig.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
+#include "Ambrel/Platform/UserPlaces.h"
 
 #include <string>
 #include <vector>
@@ -33,10 +34,24 @@ WindowNaming windowNamingOf(const ambrel::Path& started, const ambrel::Path& pro
 /// launcher of ours that passes one on; empty for anything else.
 std::vector<std::string> launcherVariables(const ambrel::Path& started);
 
-/// Whether `program` is of the kind that registers on the session bus when it starts, and by
-/// default leaves its work to a copy that is registered already. On Linux by what it calls
-/// (GApplication).
+/// Whether programs of this system meet by name on a bus of the user's session; not on macOS.
+bool meetOnBus() noexcept;
+
+/// Whether `program` has the session bus start another one, as gapplication does.
+bool isStarterByBus(const ambrel::Path& program);
+
+/// Whether `program` is of the kind that takes a name on the session bus when it starts, as those
+/// do that leave their work to a copy which has the name already. On Linux by what it calls.
 bool registersOnBus(const ambrel::Path& program);
+
+/// Whether the session bus knows a service of the name `name`, which it starts for whoever asks.
+bool isServiceOnBus(const std::string& name, const ambrel::UserPlaces& user,
+                    const ambrel::Environment& environment);
+
+/// Whether `program` has a socket by which its copies may find each other wherever their homes are,
+/// and does not leave that to the session bus. On Linux by what it calls (QLocalServer,
+/// KDBusService).
+bool mayMeetBySocket(const ambrel::Path& program);
 
 /// The arguments that give the windows of programs with this engine the name `name`; none where the
 /// engine has no such arguments, and on macOS, where windows go by their bundle.

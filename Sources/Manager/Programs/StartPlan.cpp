@@ -27,13 +27,22 @@ std::string replacing(std::string text, std::string_view what, const std::string
     return text;
 }
 
-std::string withDesktopId(const std::string& text, const std::string& desktopId) {
-    auto underscored = desktopId;
-    std::replace(underscored.begin(), underscored.end(), '.', '_');
-    // For an instance that is not there yet both placeholders stay, which are not the same.
-    if (desktopId == desktopIdPlaceholder) underscored = underscoredIdPlaceholder;
-    return replacing(replacing(text, desktopIdPlaceholder, desktopId), underscoredIdPlaceholder,
-                     underscored);
+std::string underscored(std::string id) {
+    std::replace(id.begin(), id.end(), '.', '_');
+    return id;
+}
+
+std::string capitalized(std::string id) {
+    if (!id.empty() && id.front() >= 'a' && id.front() <= 'z') id.front() += 'A' - 'a';
+    return id;
+}
+
+std::string withDesktopId(std::string text, const std::string& desktopId) {
+    // For an instance that is not there yet all placeholders stay, which are not the same.
+    if (desktopId == desktopIdPlaceholder) return text;
+    text = replacing(std::move(text), desktopIdPlaceholder, desktopId);
+    text = replacing(std::move(text), underscoredIdPlaceholder, underscored(desktopId));
+    return replacing(std::move(text), capitalizedIdPlaceholder, capitalized(desktopId));
 }
 
 /// What `adopt` has noted under `key`.
@@ -105,18 +114,33 @@ void addProfile(StartPlan& plan, ProgramProfile found, const AppBundle& app,
                           found.profile.extraArgs.end());
     for (const auto& [key, value] : found.environment)
         plan.environment.insert_or_assign(key, value);
+    plan.bus = found.bus;
     plan.profile = std::move(found);
 }
 
-/// A profile with arguments says by which a program does without the bus; one that says nothing of
-/// arguments was tried with a program that needs none, unless the bus starts it.
-bool mayHandOver(const StartPlan& plan, const AppBundle& app) {
+/// A profile with arguments may say by which a program does without the bus. One without was tried
+/// with names of the instance's own, unless it says how its program is without them.
+bool mayHandOver(const StartPlan& plan, const AppBundle& app, const ambrel::UserPlaces& user,
+                 const ambrel::Environment& environment) {
+    if (plan.bus.handsOver) return *plan.bus.handsOver;
     const bool isKnown =
         plan.profile && plan.profile->profile.confidence != ambrel::Confidence::broken;
     if (isKnown && !plan.profile->profile.extraArgs.empty()) return false;
     const auto value = adoptedValue(app, adoptedActivatableKey);
     if (value && value->exactBoolean().value_or(false)) return true;
-    return !isKnown && installedProgram::registersOnBus(programOf(app));
+    return installedProgram::isServiceOnBus(app.bundleId, user, environment) ||
+           installedProgram::registersOnBus(programOf(app));
+}
+
+StartPlan::Meeting meetingOf(const StartPlan& plan, const AppBundle& app) {
+    const bool isKnown =
+        plan.profile && plan.profile->profile.confidence != ambrel::Confidence::broken;
+    if (isKnown) return {};
+    const auto engine = WrapperFactory::detectEngine(app.url, app.bundleId);
+    const bool isEclipse = engine == WrapperFactory::AppEngine::eclipse;
+    return {.bySocket = installedProgram::mayMeetBySocket(programOf(app)),
+            .byWindow = isEclipse,
+            .unseen = plan.asksAccountForHome && !isEclipse};
 }
 
 /// A launcher is told by variables what it is to call its program.
@@ -143,7 +167,8 @@ StartPlan planStart(const AppBundle& app, const std::string& desktopId, UseProfi
     addHome(plan, app);
     auto found = use == UseProfile::yes ? findProfile(app.bundleId, user) : std::nullopt;
     if (found) addProfile(plan, std::move(*found), app, environment);
-    plan.mayHandOver = mayHandOver(plan, app);
+    plan.mayHandOver = mayHandOver(plan, app, user, environment);
+    plan.meeting = meetingOf(plan, app);
     if (use == UseProfile::no) return plan;
     const bool isSaid = plan.profile && plan.profile->windowName;
     addWindowName(plan, isSaid ? *plan.profile->windowName : windowNameFor(app), desktopId);
@@ -155,6 +180,30 @@ bool isAdopted(const AppBundle& app) { return adoptedPath(app, adoptedProgramKey
 
 Path programOf(const AppBundle& app) {
     return adoptedPath(app, adoptedProgramKey).value_or(app.executableURL());
+}
+
+void requireOwnNames(const AppBundle& app, const BusStanding& standing) {
+    if (standing.hasOwnNames() || !installedProgram::isStarterByBus(programOf(app))) return;
+    const std::string name{ambrel::paths::stem(app.url)};
+    throw Refusal(Refusal::Kind::startedByBus, app.url,
+                  inQuotes(name) +
+                      " is started by the session bus: without names of its own there it would "
+                      "open with your own home instead of the instance's.");
+}
+
+BusStanding busStandingOf(const ambrel::InstanceConfig& config,
+                          const ambrel::UserPlaces& user) noexcept {
+    std::optional<BusUse> profile;
+    try {
+        const bool isShared =
+            busChoice(config.infoPlistOverrides, ambrel::sharedBusKey).value_or(false);
+        const auto app = isShared ? AppBundle::read(config.targetAppURL()) : std::nullopt;
+        const auto found = app ? findProfile(app->bundleId, user) : std::nullopt;
+        if (found) profile = found->bus;
+    } catch (const std::exception&) {
+        // A profile that cannot be read says nothing, and it is told of where it is used.
+    }
+    return busStanding(config.infoPlistOverrides, config.environment, profile);
 }
 
 std::string profileSentence(const StartPlan& plan) {

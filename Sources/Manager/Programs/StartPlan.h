@@ -20,11 +20,21 @@ struct StartPlan {
     std::optional<std::string> processName; ///< absent: the program is started by its own name
     std::vector<std::string> nameVariables; ///< those in `environment` that name the windows
     std::optional<std::string> windowClass; ///< the windows' name where none of these decides it
+    BusUse bus;                             ///< as the profile has it
     bool keepsWindowName = false;    ///< nothing is known that names the windows after the instance
     bool asksAccountForHome = false; ///< and is told of the instance's by a variable
-    /// Whether a copy that runs may do what the instance was started for: by what its entry and the
-    /// program itself tell, and no profile tells otherwise.
+    /// Whether a copy that runs may do what the instance was started for where they meet on the
+    /// session bus: as the profile says, else by what its entry, the services of the bus and the
+    /// program itself tell.
     bool mayHandOver = false;
+    /// By what else than the session bus copies of a program may find each other, where no profile
+    /// tells otherwise.
+    struct Meeting {
+        bool bySocket = false; ///< in the temporary folder
+        bool byWindow = false; ///< on X11
+        bool unseen = false;   ///< nothing can be told of programs of this kind
+    };
+    Meeting meeting;
     std::optional<ProgramProfile> profile; ///< reconciled with `signature`
     std::string signature;                 ///< the environment here; empty when not known
 };
@@ -39,6 +49,15 @@ bool isAdopted(const ambrel::AppBundle& app);
 
 /// The program behind `app`: what an adopted program's launcher starts, else its executable.
 ambrel::Path programOf(const ambrel::AppBundle& app);
+
+/// Throws Refusal startedByBus where the session bus starts the program of `app`, and an instance
+/// that stands so has no names of its own: it would open with the user's own home.
+void requireOwnNames(const ambrel::AppBundle& app, const BusStanding& standing);
+
+/// How the instance `config` stands to the session's bus. The profile of its application is looked
+/// up only to tell whose wish it is. Never fails.
+BusStanding busStandingOf(const ambrel::InstanceConfig& config,
+                          const ambrel::UserPlaces& user) noexcept;
 
 /// One sentence on the plan's profile: whose it is and how far it can be trusted here.
 std::string profileSentence(const StartPlan& plan);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Ambrel/Application/AdoptedProgram.h"
+
 /// Keys of our own in property lists, beside ambrel::processNameKey.
 namespace korvane {
 
@@ -11,7 +13,7 @@ inline constexpr const char* windowClassKey = "KorvaneWindowClass";
 /// menu's categories that its entry names (Desktop Menu Specification), and the types of files and
 /// addresses that it opens, the last two as lists with ";" between their words. Whether the session
 /// bus can start it.
-inline constexpr const char* adoptedProgramKey = "KorvaneProgram";
+using ambrel::adoptedProgramKey;
 inline constexpr const char* adoptedTerminalKey = "KorvaneTerminal";
 inline constexpr const char* adoptedCategoriesKey = "KorvaneCategories";
 inline constexpr const char* adoptedMimeTypesKey = "KorvaneMimeTypes";

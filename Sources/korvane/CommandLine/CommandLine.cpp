@@ -98,8 +98,14 @@ void refuseWithoutEffect(const std::string& option, const Verb& verb,
     throw UsageError(option + " means nothing to " + verb.about + ": it belongs to: " + commands);
 }
 
-[[noreturn]] void refuseExtras(const CLI::App& app, const Verb& verb,
-                               const std::vector<Verb>& verbs, const Surroundings& surroundings) {
+bool isBehindDashes(const std::string& word, const std::vector<std::string>& words) {
+    const auto dashes = std::ranges::find(words, "--");
+    return std::find(dashes, words.end(), word) != words.end();
+}
+
+[[noreturn]] void refuseExtras(const CLI::App& app, const std::vector<std::string>& words,
+                               const Verb& verb, const std::vector<Verb>& verbs,
+                               const Surroundings& surroundings) {
     auto extras = app.remaining();
     std::erase(extras, "--");
     const auto first = extras.empty() ? std::string("--") : extras.front();
@@ -107,9 +113,9 @@ void refuseWithoutEffect(const std::string& option, const Verb& verb,
     refuseWithoutEffect(name, verb, verbs, surroundings);
     const auto meant = name.starts_with("--") ? guess(name, optionNames(app)) : "";
     throw UsageError(inQuotes(first) + " is not expected here." + meant +
-                     (first.starts_with('-') ? " What begins with \"-\" but is no option goes "
-                                               "behind \"--\"."
-                                             : "") +
+                     (first.starts_with('-') && !isBehindDashes(first, words)
+                          ? " What begins with \"-\" but is no option goes behind \"--\"."
+                          : "") +
                      " See: korvane " + verb.name + " --help");
 }
 
@@ -127,7 +133,7 @@ int parseAndRun(const Verb& verb, const std::vector<Verb>& verbs,
         return 0;
     } catch (const CLI::ParseError& error) {
         // A mistyped option also leaves a required word missing; it is the better thing to name.
-        if (app.remaining_size() > 0) refuseExtras(app, verb, verbs, surroundings);
+        if (app.remaining_size() > 0) refuseExtras(app, words, verb, verbs, surroundings);
         throw UsageError(ambrel::utf8::oneLine(error.what()) + ". See: korvane " + verb.name +
                          " --help");
     }

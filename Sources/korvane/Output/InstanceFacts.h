@@ -2,6 +2,7 @@
 
 #include "Ambrel/Instance/InstanceRegistry.h"
 #include "Ambrel/Platform/UserPlaces.h"
+#include "Manager/Programs/SessionBus.h"
 
 #include <string>
 #include <vector>
@@ -18,5 +19,9 @@ struct InstanceFact {
 /// What is told of an instance, in order; what does not apply is left out.
 std::vector<InstanceFact> factsOf(const ambrel::InstanceRecord& record,
                                   const ambrel::UserPlaces& user);
+
+/// What is told of how an application's instance stands to the session's bus; nothing where
+/// programs do not meet on one.
+std::vector<InstanceFact> factsOf(const BusStanding& standing);
 
 } // namespace korvane

@@ -6,6 +6,7 @@
 #include "Manager/Base/Refusal.h"
 #include "Manager/Operations/Editing.h"
 #include "Manager/Operations/WorkedOut.h"
+#include "Manager/Programs/ProgramTraits.h"
 #include "Manager/Programs/StartPlan.h"
 #include "Manager/Rules/FieldEffect.h"
 #include "Manager/Rules/UserText.h"
@@ -59,8 +60,22 @@ constexpr bool areBundleKeysAll() {
 static_assert(areBundleKeysAll(), "what an edit does not change and what it refuses differ");
 
 constexpr std::string_view environmentPrefix = "environment.";
-/// The one override that the launch heeds, and so the one that an edit takes.
+/// An override that the launch heeds, and so one that an edit takes.
 const std::string processNameField = std::string("infoPlistOverrides.") + ambrel::processNameKey;
+
+/// What is said of the session's bus, by words that are shorter than their keys among the
+/// overrides.
+constexpr std::pair<std::string_view, const char*> busFields[] = {
+    {"sharedBus", ambrel::sharedBusKey},
+    {"hideSecrets", ambrel::hidesSecretsKey},
+};
+
+/// The key of the override behind `key`; null for other keys.
+const char* busOverrideOf(const std::string& key) {
+    const auto* found =
+        std::ranges::find(busFields, key, [](const auto& entry) { return entry.first; });
+    return found == std::ranges::end(busFields) ? nullptr : found->second;
+}
 
 /// Refuses `key` where `name` is it, or its beginning up to a dot.
 void refuseIfSame(const std::string& key, const std::string& name, const std::string& instead) {
@@ -198,8 +213,25 @@ std::optional<std::string> variableOf(const std::string& key) {
     return variable;
 }
 
+void setBus(InstanceConfig& config, const Given& given) {
+    bool choice = false;
+    read(given, choice);
+    setBusChoice(config.infoPlistOverrides, busOverrideOf(given.key), choice);
+}
+
+/// The default is what the profile says.
+void unsetBus(InstanceConfig& config, const std::string& key, const ambrel::UserPlaces& user,
+              const ambrel::Environment& environment) {
+    const auto* const override = busOverrideOf(key);
+    const bool isApp = config.kind == ambrel::ShortcutKind::app;
+    const auto worked =
+        isApp ? overridesFor(requireStart(config, user, environment).bus) : StringMap();
+    setBusChoice(config.infoPlistOverrides, override, busChoice(worked, override));
+}
+
 /// Whether the kind heeds it is a question of the whole map for one of its entries.
 void requireHeededKey(const std::string& key, ambrel::ShortcutKind kind) {
+    if (busOverrideOf(key) != nullptr) requireBusHeeded(key, kind);
     refuseBundleKey(key == processNameField ? "" : key);
     const auto field = key == processNameField ? "targetAppPath"
                        : variableOf(key)       ? "environment"
@@ -215,6 +247,9 @@ std::vector<std::string> keys() {
         if (field.edit.form != Form::byCreatingAgain) keys.emplace_back(field.key);
     });
     keys.push_back(processNameField);
+    if (installedProgram::meetOnBus()) {
+        for (const auto& [key, override] : busFields) keys.emplace_back(key);
+    }
     return keys;
 }
 
@@ -247,7 +282,9 @@ void set(InstanceConfig& config, const std::string& assignment, const ambrel::Us
         setProcessName(config, value);
         return;
     }
-    if (const auto variable = variableOf(key)) {
+    if (busOverrideOf(key) != nullptr) {
+        setBus(config, {key, value, Form::value, user});
+    } else if (const auto variable = variableOf(key)) {
         config.environment[*variable] = value;
     } else {
         withField(key, [&](const auto& field) {
@@ -264,6 +301,10 @@ void unset(InstanceConfig& config, const std::string& key, const ambrel::UserPla
             throw Refusal("The instance has no process name.");
         }
         setProcessName(config, std::nullopt);
+        return;
+    }
+    if (busOverrideOf(key) != nullptr) {
+        unsetBus(config, key, user, environment);
         return;
     }
     if (const auto variable = variableOf(key)) {

@@ -97,6 +97,8 @@ void setStart(const CreateOptions& options, CreateRequest& request) {
     request.addedArgs = options.addArgs;
     request.environment = mapFrom(options.environment, "--env");
     request.processName = options.processName;
+    request.sharedBus = options.sharedBus;
+    request.hideSecrets = options.hideSecrets;
     request.useProfile = options.noProfile ? UseProfile::no : UseProfile::yes;
     if (options.noShareFolders) request.shareUserFolders = false;
     request.infoPlistOverrides = mapFrom(options.plist, "--plist");

@@ -34,6 +34,8 @@ struct CreateOptions {
     bool terminal = false;
     std::optional<bool> browser;
     std::optional<bool> openWith;
+    std::optional<bool> sharedBus;
+    std::optional<bool> hideSecrets;
     bool menuBar = false;
     bool menuBarTemplate = false;
     bool noShareFolders = false;

@@ -4,6 +4,7 @@
 #include "Manager/Base/Quoting.h"
 #include "Manager/Desktop/Registration.h"
 #include "Manager/Operations/Creation.h"
+#include "Manager/Programs/ProgramTraits.h"
 #include "Manager/Rules/FieldEffect.h"
 #include "korvane/CommandLine/Options.h"
 #include "korvane/Output/JsonOutput.h"
@@ -46,6 +47,15 @@ void declarePlaces(CLI::App& app, CreateOptions& given) {
                   "Replace the instance of this name; what is not given stays");
 }
 
+/// How it stands to the session's bus.
+void declareBus(CLI::App& app, CreateOptions& given) {
+    if (!installedProgram::meetOnBus()) return;
+    options::choiceOf(app, "--shared-bus,!--no-shared-bus", given.sharedBus,
+                      "Share your names on the session bus, or have names of its own there");
+    options::choiceOf(app, "--hide-secrets,!--no-hide-secrets", given.hideSecrets,
+                      "Hide the passwords that your session keeps, or share them");
+}
+
 void declareAppStart(CLI::App& app, CreateOptions& given) {
     using options::texts;
     options::choice<ambrel::Strategy>(app, "--strategy", given.strategy);
@@ -57,6 +67,7 @@ void declareAppStart(CLI::App& app, CreateOptions& given) {
         ->type_name("NAME");
     options::flag(app, "--no-profile", given.noProfile,
                   "Use neither the application's profile nor a name of their own for its windows");
+    declareBus(app, given);
 }
 
 void declareCommandStart(CLI::App& app, CreateOptions& given) {
@@ -125,6 +136,12 @@ std::vector<std::pair<std::string, std::string>> unofferedBy(ShortcutKind kind) 
                                "--hide-icon means nothing on this system, which has no Dock; an "
                                "instance leaves the menu with: korvane unregister NAME");
     }
+    if (kind == ShortcutKind::app && !installedProgram::meetOnBus()) {
+        for (const std::string option : {"--shared-bus", "--hide-secrets"}) {
+            unoffered.emplace_back(option, option + " means nothing on this system, where programs "
+                                                    "do not meet by name on a session bus.");
+        }
+    }
     if (kind != ShortcutKind::command) return unoffered;
     for (const std::string option : {"--arg", "--add-arg"}) {
         unoffered.emplace_back(option, option + " means nothing to a command: its arguments stand "
@@ -152,7 +169,8 @@ bool isOnOrigin(const Notice& notice) {
     using Kind = Notice::Kind;
     return notice.kind == Kind::profileUsed || notice.kind == Kind::profileIsBroken ||
            notice.kind == Kind::argumentsOfProfileUnused || notice.kind == Kind::keptOfReplaced ||
-           notice.kind == Kind::homeExisted || notice.kind == Kind::mayBeDefault;
+           notice.kind == Kind::droppedOfReplaced || notice.kind == Kind::homeExisted ||
+           notice.kind == Kind::mayBeDefault;
 }
 
 void tellAboutHome(const Created& created, const Surroundings& surroundings) {

@@ -3,6 +3,7 @@
 #include "Manager/Operations/Inspection.h"
 #include "Manager/Programs/ApplicationLookup.h"
 #include "korvane/CommandLine/Options.h"
+#include "korvane/Output/InstanceFacts.h"
 #include "korvane/Output/JsonOutput.h"
 #include "korvane/Output/Table.h"
 
@@ -27,6 +28,7 @@ void writeJson(const Inspection& found, const Surroundings& surroundings) {
         {"infoPlistOverrides", found.infoPlistOverrides},
     };
     if (!found.engine.proof.empty()) object["engineProof"] = json::text(found.engine.proof);
+    for (const auto& fact : factsOf(found.bus)) object[fact.word] = json::text(fact.text);
     if (found.profile) object["profile"] = json::profile(*found.profile);
     json::write(object, surroundings.results);
 }
@@ -48,6 +50,7 @@ void writeTable(const Inspection& found, const Surroundings& surroundings) {
     for (const auto& argument : found.arguments) table.add({"extraArgs", argument});
     addMap(table, "environment", found.environment);
     addMap(table, "infoPlistOverrides", found.infoPlistOverrides);
+    for (const auto& [word, text] : factsOf(found.bus)) table.add({word, text});
     if (found.profile) {
         const auto& profile = found.profile->profile;
         table.add({"profile",

@@ -28,6 +28,14 @@ void addWindowName(Table& table, const WindowName& name) {
     if (name.startupWmClass) table.add({"windowName.startupWMClass", *name.startupWmClass});
 }
 
+void addBus(Table& table, const BusUse& bus) {
+    if (bus.isShared) table.add({"bus.shared", "true"});
+    if (bus.hidesSecrets) table.add({"bus.hideSecrets", "true"});
+    for (const auto& name : bus.call) table.add({"bus.call", name});
+    for (const auto& name : bus.own) table.add({"bus.own", name});
+    if (bus.handsOver) table.add({"bus.handsOver", *bus.handsOver ? "true" : "false"});
+}
+
 /// In the words of the file, which is what is to be corrected.
 void writeTable(const ProgramProfile& found, const Surroundings& surroundings) {
     const auto& profile = found.profile;
@@ -42,6 +50,9 @@ void writeTable(const ProgramProfile& found, const Surroundings& surroundings) {
     for (const auto& argument : profile.extraArgs) table.add({"extraArgs", argument});
     addMap(table, "environment", found.environment);
     if (found.windowName) addWindowName(table, *found.windowName);
+    addBus(table, found.bus);
+    for (const auto& argument : found.former.arguments) table.add({"former.extraArgs", argument});
+    addMap(table, "former.environment", found.former.environment);
     for (const auto& signature : profile.verifiedOn) table.add({"verifiedOn", signature});
     table.add({"confidence", std::string(rawValue(profile.confidence))});
     table.write(surroundings.results);

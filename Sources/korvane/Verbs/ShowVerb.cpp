@@ -26,7 +26,7 @@ void addPart(Table& table, const InstanceRecord& record, ConfigPart part) {
 void addState(Table& table, const InstanceRecord& record, const ambrel::UserPlaces& user) {
     const auto running = Running::now(user).of(record);
     std::string cell = running.none() ? "false" : "true";
-    if (!running.none()) cell += " (" + spokenProcesses(running.ids) + ")";
+    if (!running.none()) cell += ": " + spokenProcesses(running.ids, running.programs);
     table.add({"running", cell});
     if (const auto missing = missingTarget(record, user)) table.add({"missing", *missing});
 }

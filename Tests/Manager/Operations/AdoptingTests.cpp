@@ -50,12 +50,11 @@ TEST_CASE("an application that its name does not find is told by its path") {
     CHECK(referenceTo(adopted, scene.user) == adopted.bundle);
 }
 
-TEST_CASE("a program that may hand over to a running copy is told of") {
+TEST_CASE("that the session bus can start a program is no notice of its application") {
     const Adoptable scene;
     scene.entry("DBusActivatable=true\n");
 
-    CHECK(noticeOf(scene.adopt("org.example.Mail").notices, Notice::Kind::handsOverToRunningCopy)
-              .subject == "Mail Reader");
+    CHECK(scene.adopt("org.example.Mail").notices.empty());
 }
 
 TEST_CASE("what cannot become an application is refused, and nothing is made") {

@@ -187,6 +187,17 @@ TEST_CASE("an application of which nothing runs any more was not opened, whateve
     CHECK(contains(handedOver.sentence(), "status 0"));
     CHECK(contains(handedOver.sentence(), "handed over"));
     CHECK(handedOver.alternatives == Strings{"over to you"});
+    CHECK_FALSE(contains(handedOver.sentence(), "session bus"));
+}
+
+TEST_CASE("that an instance shares the session bus is told where it may have handed over") {
+    const Openable scene;
+    auto record = scene.madeOfApp("exit 0");
+    record.config.infoPlistOverrides.emplace(ambrel::sharedBusKey, "true");
+
+    CHECK(contains(scene.refused(record).sentence(),
+                   "outside the instance, with which it shares the names on the session bus "
+                   "(sharedBus)."));
 }
 
 TEST_CASE("a launcher that leaves its program running has opened it") {

@@ -9,7 +9,6 @@
 #include "Manager/Programs/Linux/IconSearch.h"
 #include "Manager/Programs/Linux/ProgramFile.h"
 #include "Manager/Programs/PathSearch.h"
-#include "Manager/Programs/ProgramProfile.h"
 #include "Manager/Programs/Terminal.h"
 #include "Manager/Rules/UserText.h"
 
@@ -69,27 +68,6 @@ std::optional<Path> namingShellFor(const Adoption& adoption,
     return shell && shell->find_first_of(" \t\n") == Path::npos ? shell : std::nullopt;
 }
 
-/// Whether a profile says by which argument the program does without the bus.
-bool isKeptApart(const std::string& identifier, const ambrel::UserPlaces& user) {
-    try {
-        const auto found = findProfile(identifier, user);
-        return found && !found->profile.extraArgs.empty() &&
-               found->profile.confidence != ambrel::Confidence::broken;
-    } catch (const Refusal&) {
-        return false; // "create" will say what is wrong with it
-    }
-}
-
-void warnOfBus(Adoption& adoption, const ambrel::UserPlaces& user) {
-    if (!adoption.isActivatable || isKeptApart(adoption.identifier, user)) return;
-    adoption.notices.push_back(
-        {.kind = Notice::Kind::handsOverToRunningCopy,
-         .subject = adoption.name,
-         .sentence = inQuotes(adoption.name) +
-                     " can be activated over the session bus: a second copy may hand over to a "
-                     "running one, and will not be kept apart then."});
-}
-
 void addNames(Adoption& adoption, const DesktopEntry& entry, const std::string& id) {
     const auto name = entry.string("Name").value_or("");
     adoption.name = bundleName(name.empty() ? id : name);
@@ -122,7 +100,6 @@ Adoption fromEntry(const Path& file, const ambrel::UserPlaces& user,
     adoption.icon = findIcon(entry.string("Icon").value_or(""), user, environment);
     adoption.namingShell = namingShellFor(adoption, environment);
     adoption.isActivatable = entry.isTrue("DBusActivatable");
-    warnOfBus(adoption, user);
     return adoption;
 }
 

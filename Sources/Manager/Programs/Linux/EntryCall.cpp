@@ -35,16 +35,6 @@ bool isSandboxed(const DesktopEntry& entry, const ProgramCall& call) {
            isSandboxLauncher(call.program) || isSandboxLauncher(startedBy(call).program);
 }
 
-/// "gapplication launch ID" asks the session bus for the program.
-bool isStartedByBus(const ProgramCall& call) {
-    const auto started = startedBy(call);
-    return paths::lastComponent(started.program) == "gapplication" && !started.arguments.empty() &&
-           started.arguments.front() == "launch";
-}
-
-constexpr const char* busReason =
-    "it is started by the session bus, with your own home instead of an instance's";
-
 } // namespace
 
 StartedProgram startedBy(const ProgramCall& call) {
@@ -99,11 +89,11 @@ ProgramCall requireCall(const DesktopEntry& entry, const Path& file,
         throw DesktopEntryError("its program is not installed: there is no " +
                                 inQuotes(entry.string("TryExec").value_or("")));
     }
+    // The name on the bus is that of the entry's file, by the rules for such entries.
     const bool isForBus = !entry.has("Exec") && entry.isTrue("DBusActivatable");
-    if (isForBus) throw DesktopEntryError(busReason);
+    if (isForBus) return {busStarter, {"launch", std::string(paths::stem(file))}, {}};
     auto call = entry.program(file);
     if (isSandboxed(entry, call)) throw DesktopEntryError(sandboxReason);
-    if (isStartedByBus(call)) throw DesktopEntryError(busReason);
     return call;
 }
 

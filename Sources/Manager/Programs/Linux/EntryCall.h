@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Ambrel/Application/AdoptedProgram.h"
 #include "Ambrel/Platform/ProcessEnvironment.h"
 #include "Manager/Programs/Linux/DesktopEntry.h"
 
@@ -29,9 +30,12 @@ bool isSandboxLauncher(const ambrel::Path& program);
 inline constexpr const char* sandboxReason =
     "its program comes as Flatpak or snap, which keep its data in a place of their own";
 
-/// The command of the entry in `file`. Throws DesktopEntryError where nothing would start, or not
+using ambrel::busStarter;
+
+/// The command of the entry in `file`; for one that the session bus starts, the one that asks it.
+/// Throws DesktopEntryError where nothing would start, or not
 /// as the user expects: the entry is none of an application, says that it is deleted or that its
-/// program is not installed, belongs to an instance, or is started by the session bus or a sandbox.
+/// program is not installed, belongs to an instance, or is started by a sandbox.
 ProgramCall requireCall(const DesktopEntry& entry, const ambrel::Path& file,
                         const ambrel::Environment& environment);
 

@@ -67,7 +67,8 @@ void addEntries(DynamicSection& section, Elf* elf, Elf_Scn* part, const GElf_Shd
     }
 }
 
-bool importsIn(Elf* elf, Elf_Scn* part, const GElf_Shdr& header, const std::string& name) {
+bool importsIn(Elf* elf, Elf_Scn* part, const GElf_Shdr& header,
+               const std::set<std::string>& names) {
     Elf_Data* const data = elf_getdata(part, nullptr);
     if (data == nullptr || header.sh_entsize == 0) return false;
     const auto count = header.sh_size / header.sh_entsize;
@@ -75,12 +76,12 @@ bool importsIn(Elf* elf, Elf_Scn* part, const GElf_Shdr& header, const std::stri
         GElf_Sym symbol;
         if (gelf_getsym(data, static_cast<int>(i), &symbol) == nullptr) return false;
         const char* found = elf_strptr(elf, header.sh_link, symbol.st_name);
-        if (symbol.st_shndx == SHN_UNDEF && found != nullptr && name == found) return true;
+        if (symbol.st_shndx == SHN_UNDEF && found != nullptr && names.contains(found)) return true;
     }
     return false;
 }
 
-bool requireLookForImport(const Path& file, const std::string& name) {
+bool requireLookForImport(const Path& file, const std::set<std::string>& names) {
     if (!ambrel::fileSystem::exists(file) || ambrel::fileSystem::isFolder(file)) return false;
     const auto fd = OwnedFd::open("read", file, O_RDONLY | O_NONBLOCK);
     elf_version(EV_CURRENT);
@@ -90,7 +91,7 @@ bool requireLookForImport(const Path& file, const std::string& name) {
     while ((part = elf_nextscn(elf.get(), part)) != nullptr) {
         GElf_Shdr header;
         const bool isTable = gelf_getshdr(part, &header) != nullptr && header.sh_type == SHT_DYNSYM;
-        if (isTable && importsIn(elf.get(), part, header, name)) return true;
+        if (isTable && importsIn(elf.get(), part, header, names)) return true;
     }
     return false;
 }
@@ -203,9 +204,9 @@ private:
 
 } // namespace
 
-bool importsFunction(const Path& program, const std::string& name) {
+bool importsAny(const Path& program, const std::set<std::string>& names) {
     try {
-        return requireLookForImport(program, name);
+        return requireLookForImport(program, names);
     } catch (const std::exception&) {
         return false; // what cannot be read tells nothing
     }

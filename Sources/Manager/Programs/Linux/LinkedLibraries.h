@@ -12,9 +12,9 @@ namespace korvane {
 /// are named, but not looked into.
 std::set<std::string> linkedLibraries(const ambrel::Path& program);
 
-/// Whether `program` itself, without its libraries, calls the function `name` of a shared library.
-/// False for what is no ELF file.
-bool importsFunction(const ambrel::Path& program, const std::string& name);
+/// Whether `program` itself, without its libraries, calls one of the functions `names` of shared
+/// libraries. False for what is no ELF file.
+bool importsAny(const ambrel::Path& program, const std::set<std::string>& names);
 
 /// Whether programs like this one find the shared library `name` where the loader looks by itself.
 /// What is there but no library, or one for other machines, does not count.

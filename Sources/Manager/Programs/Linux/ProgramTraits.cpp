@@ -3,9 +3,11 @@
 #include "Ambrel/Platform/ChildProcess.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/Pipe.h"
+#include "Manager/Programs/Linux/EntryCall.h"
 #include "Manager/Programs/Linux/LinkedLibraries.h"
 #include "Manager/Programs/Linux/PackageVersion.h"
 #include "Manager/Programs/Linux/ProgramFile.h"
+#include "Manager/Programs/Linux/ProgramFolders.h"
 #include "Manager/Programs/PathSearch.h"
 
 #include <algorithm>
@@ -66,6 +68,9 @@ bool isToolkit(const std::string& library, std::initializer_list<std::string_vie
                        [&](std::string_view name) { return library.starts_with(name); });
 }
 
+/// KDBusService(StartupOptions, QObject*)
+constexpr const char* serviceOfKde = "_ZN12KDBusServiceC1E6QFlagsINS_13StartupOptionEEP7QObject";
+
 /// Emacs looks for the image of its memory by its name, and ends without it.
 bool actsByItsName(const Path& program, const Path& file) {
     const auto name = paths::lastComponent(file);
@@ -117,9 +122,41 @@ std::vector<std::string> launcherVariables(const Path& started) {
     return {processNameVariable};
 }
 
+bool meetOnBus() noexcept { return true; }
+
+bool isStarterByBus(const Path& program) { return paths::lastComponent(program) == busStarter; }
+
 bool registersOnBus(const Path& program) {
+    static const std::set<std::string> takers{
+        "g_application_run",
+        "g_application_register",
+        "g_bus_own_name",
+        "g_bus_own_name_on_connection",
+        "dbus_bus_request_name",
+        "_ZN3Gio11Application3runEiPPc",                    // Gio::Application::run(int, char**)
+        "_ZN3Gtk11Application3runEiPPc",                    // Gtk::Application::run(int, char**)
+        "_ZN15QDBusConnection15registerServiceERK7QString", // (const QString&)
+        serviceOfKde};
     const auto file = fileSystem::resolved(program);
-    return file && importsFunction(*file, "g_application_run");
+    return file && importsAny(*file, takers);
+}
+
+bool isServiceOnBus(const std::string& name, const ambrel::UserPlaces& user,
+                    const Environment& environment) {
+    const bool isName = !name.empty() && name.find('/') == std::string::npos &&
+                        name.find('\0') == std::string::npos;
+    const auto folders = programDataFolders(user, environment);
+    return isName && std::ranges::any_of(folders, [&](const Path& folder) {
+               return fileSystem::exists(
+                   paths::join(folder, "dbus-1/services/" + name + ".service"));
+           });
+}
+
+bool mayMeetBySocket(const Path& program) {
+    const auto file = fileSystem::resolved(program);
+    // QLocalServer::listen(QString); a name that is no path means one in the temporary folder.
+    if (!file || !importsAny(*file, {"_ZN12QLocalServer6listenERK7QString"})) return false;
+    return !importsAny(*file, {serviceOfKde});
 }
 
 ambrel::StringMap separatingVariables() { return {{"GSETTINGS_BACKEND", "keyfile"}}; }
