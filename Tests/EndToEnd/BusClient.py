@@ -26,12 +26,15 @@ class BusClient:
         self._socket.connect(address.removeprefix("unix:path=").partition(",")[0])
         self._stream = self._socket.makefile("rb")
         self._serial = 0
+        self._shakeHands()
+        self._socket.sendall(b"BEGIN\r\n")
+        [self.name] = self.ask("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "Hello")
+
+    def _shakeHands(self):
         self._socket.sendall(b"\0AUTH EXTERNAL\r\n")
         self._expect(b"DATA")
         self._socket.sendall(b"DATA\r\n")
         self._expect(b"OK")
-        self._socket.sendall(b"BEGIN\r\n")
-        [self.name] = self.ask("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "Hello")
 
     def close(self):
         self._stream.close()
@@ -51,14 +54,14 @@ class BusClient:
     def send(self, destination, path, interface, member, signature="", *arguments):
         """The number of a call that may be answered later."""
         self._serial += 1
-        body = _Writer()
+        body = BusValues()
         for kind, argument in zip(singleTypes(signature), arguments, strict=True):
             body.write(kind, argument)
         fields = [(1, ("o", path)), (2, ("s", interface)), (3, ("s", member)),
                   (6, ("s", destination))]
         if signature:
             fields.append((_signature, ("g", signature)))
-        header = _Writer()
+        header = BusValues()
         header.data = struct.pack("<4BII", ord("l"), self.call, 0, 1, len(body.data),
                                   self._serial)
         header.write("a(yv)", fields)
@@ -85,11 +88,13 @@ class BusClient:
             raise AssertionError(f"the bus says {line}, not {word}")
 
 
-class _Writer:
-    """Values one after another, as they stand in a message. A variant is its type and a value."""
+class BusValues:
+    """Values one after another, as they stand in a message. A variant is its type and a value.
+    `order` is that of their bytes, as struct names it."""
 
-    def __init__(self):
+    def __init__(self, order="<"):
         self.data = b""
+        self._order = order
 
     def align(self, size):
         self.data += bytes(-len(self.data) % size)
@@ -110,9 +115,9 @@ class _Writer:
             for part, item in zip(singleTypes(kind[1:-1]), value, strict=True):
                 self.write(part, item)
         else:
-            code = {"y": "B", "b": "I", "i": "i", "u": "I", "d": "d"}[kind[0]]
+            code = {"y": "B", "b": "I", "h": "I", "i": "i", "u": "I", "d": "d"}[kind[0]]
             self.align(struct.calcsize(code))
-            self.data += struct.pack("<" + code, value)
+            self.data += struct.pack(self._order + code, value)
 
     def _writeArray(self, kind, items):
         self.align(4)
@@ -122,5 +127,5 @@ class _Writer:
         start = len(self.data)
         for item in items:
             self.write(kind, item)
-        size = struct.pack("<I", len(self.data) - start)
+        size = struct.pack(self._order + "I", len(self.data) - start)
         self.data = self.data[:place] + size + self.data[place + 4:]

@@ -14,7 +14,7 @@ _numbers = {"y": "B", "n": "h", "q": "H", "i": "i", "u": "I", "x": "q", "t": "Q"
 _alignments = {**{code: struct.calcsize(kind) for code, kind in _numbers.items()},
                "s": 4, "o": 4, "a": 4, "g": 1, "v": 1, "(": 8, "{": 8}
 _headerFields = {1: "path", 2: "interface", 3: "member", 4: "errorName", 5: "replySerial",
-                 7: "sender", 8: "signature"}
+                 6: "destination", 7: "sender", 8: "signature", 9: "descriptors"}
 
 
 @dataclasses.dataclass(frozen=True)
@@ -26,6 +26,10 @@ class Message:
     body: tuple
     replySerial: int = 0  # of the call that is answered
     errorName: str = ""
+    serial: int = 0
+    path: str = ""
+    destination: str = ""
+    descriptors: int = 0  # how many travel with it
 
 
 class BusMonitor:
@@ -73,9 +77,11 @@ def message(data, order, bodyStart):
              for code, value in _Values(data, order, 12).next("a(yv)")}
     values = _Values(data, order, bodyStart)
     body = tuple(values.next(kind) for kind in singleTypes(found.get("signature", "")))
+    [serial] = struct.unpack_from(order + "I", data, 8)
     return Message(data[1], found.get("interface", ""), found.get("member", ""),
                    found.get("sender", ""), body, found.get("replySerial", 0),
-                   found.get("errorName", ""))
+                   found.get("errorName", ""), serial, found.get("path", ""),
+                   found.get("destination", ""), found.get("descriptors", 0))
 
 
 class _Values:

@@ -153,6 +153,19 @@ def endPrograms(processes, windows):
         awaitCondition(lambda: process.poll() is not None, lambda: f"{name} does not end")
 
 
+def processOf(user, program):
+    """A process of the session itself."""
+    tag = f"DESKTOP_SESSION_TAG={user.session['DESKTOP_SESSION_TAG']}".encode()
+    for folder in pathlib.Path("/proc").glob("[0-9]*"):
+        try:
+            if (folder / "comm").read_text().strip() == program and \
+                    tag in (folder / "environ").read_bytes().split(b"\0"):
+                return int(folder.name)
+        except OSError:
+            continue
+    raise AssertionError(f"the session has no {program}")
+
+
 def isRunning(process):
     try:
         status = pathlib.Path(f"/proc/{process}/stat").read_text()

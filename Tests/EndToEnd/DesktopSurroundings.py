@@ -12,7 +12,8 @@ from Instances import InDesktop, WithInstances, placesOfTheManager
 
 
 class Settings(InDesktop):
-    """The service that writes dconf's settings belongs to the session: its home is the user's."""
+    """The session's service that writes dconf's settings has the user's home, an instance's own one
+    has the instance's."""
 
     schema = "org.gnome.desktop.interface"
     key = "cursor-size"
@@ -38,9 +39,20 @@ class Settings(InDesktop):
             self.assertEqual(kept.read_text(),
                              f"[org/gnome/desktop/interface]\n{self.key}={value}\n")
 
-    def test_a_backend_that_the_user_chose_stays_chosen(self):
+    def test_a_backend_that_the_user_chose_stays_chosen_and_keeps_them_in_the_instance(self):
         self.app = self.adopt("/usr/bin/gsettings")
+        self.user.run("gsettings", "set", self.schema, self.key, "32")
         self.instanceThatSets("Work", "48", "--env", "GSETTINGS_BACKEND=dconf")
+
+        self.runInstance("Work")
+
+        self.assertEqual(self.usersOwn(), "[/]\ncursor-size=32\n")
+        self.assertTrue((self.home("Work") / ".config" / "dconf" / "user").is_file())
+        self.assertFalse((self.home("Work") / ".config" / "glib-2.0").exists())
+
+    def test_a_backend_that_the_user_chose_writes_the_users_where_the_bus_is_shared(self):
+        self.app = self.adopt("/usr/bin/gsettings")
+        self.instanceThatSets("Work", "48", "--env", "GSETTINGS_BACKEND=dconf", "--shared-bus")
 
         self.runInstance("Work")
 

@@ -34,6 +34,8 @@ explained = {
         "touched by the bus's accessibility service, which belongs to no instance",
     r"RUNTIME/gvfsd?(/.*)?":
         "of the file services that the bus starts where they are installed, and no instance's",
+    r"RUNTIME/korvane(/bus(/[0-9a-f]{16}(/(socket|ending|bus(\.new)?))?)?)?":
+        "the socket of an instance's bus, which nobody else may open, and where the user's is",
     r"RUNTIME(/(bus|dbus-1(/services)?))?":
         "the folder of the session's sockets, and its bus",
     r"SESSION(/(display|authority(-[cln])?|bus\.conf|(own|services)(/.*)?|[\w-]+\.log))?":

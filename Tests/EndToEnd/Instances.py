@@ -83,8 +83,13 @@ class SharingDesktop(unittest.TestCase):
     desktopOptions = []  # those of run-in-desktop
 
     @classmethod
+    def prepareUser(cls):
+        """What the user has before the session is there, such as services."""
+
+    @classmethod
     def setUpClass(cls):
         cls.user = User()
         cls.addClassCleanup(cls.user.remove)
+        cls.prepareUser()
         cls.desktop = Desktop(cls.user, options=cls.desktopOptions)
         cls.addClassCleanup(cls.desktop.close)

@@ -100,6 +100,10 @@ class Panel:
             return area if area.width // _sizeOfSlot == count else None
         return awaitCondition(tray, lambda: f"not {count} icons: {self._tray()}")
 
+    def count(self):
+        """How many icons it shows now."""
+        return self._tray().width // _sizeOfSlot
+
     def slots(self, count=1):
         """The places of the icons from left to right, once there are as many as `count`."""
         tray = self.awaitIcons(count)

@@ -8,7 +8,7 @@ import signal
 import subprocess
 import unittest
 
-from Desktop import awaitCondition, isRunning
+from Desktop import awaitCondition, isRunning, processOf
 from Instances import InDesktop
 
 caller = pathlib.Path(os.environ["BUILD_FOLDER"], "Tests", "korvane-test-windows")
@@ -84,18 +84,6 @@ class OnX11(InDesktop):
         awaitCondition(lambda: self.stacking()[-len(order):] == list(order)
                        and self.active() == order[-1],
                        lambda: f"the order is {self.stacking()}, {self.active()} is active")
-
-    def processOf(self, program):
-        """A process of the session itself."""
-        tag = f"DESKTOP_SESSION_TAG={self.user.session['DESKTOP_SESSION_TAG']}".encode()
-        for folder in pathlib.Path("/proc").glob("[0-9]*"):
-            try:
-                if (folder / "comm").read_text().strip() == program and \
-                        tag in (folder / "environ").read_bytes().split(b"\0"):
-                    return int(folder.name)
-            except OSError:
-                continue
-        raise AssertionError(f"the session has no {program}")
 
     def test_windows_of_several_processes_come_in_the_order_in_which_they_lie(self):
         self.open("first", "other", "second", "another")
@@ -175,7 +163,7 @@ class OnX11(InDesktop):
 
     def test_a_window_manager_that_has_gone_is_no_error(self):
         self.open("first", "other")
-        manager = self.processOf("openbox")
+        manager = processOf(self.user, "openbox")
         os.kill(manager, signal.SIGKILL)
         awaitCondition(lambda: not isRunning(manager), lambda: "the window manager does not end")
 
@@ -186,7 +174,7 @@ class OnX11(InDesktop):
 
     def test_a_server_that_does_not_answer_holds_up_neither_the_call_nor_the_end(self):
         self.open("first", "other")
-        server = self.processOf("Xvfb")
+        server = processOf(self.user, "Xvfb")
         os.kill(server, signal.SIGSTOP)
         try:
             self.bring("first")
@@ -198,7 +186,7 @@ class OnX11(InDesktop):
 
     def test_a_server_that_answers_later_is_asked_for_the_last_that_was_wanted(self):
         self.open("first", "second", "other")
-        server = self.processOf("Xvfb")
+        server = processOf(self.user, "Xvfb")
         os.kill(server, signal.SIGSTOP)
         try:
             self.bring("first")
