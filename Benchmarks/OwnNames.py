@@ -9,7 +9,8 @@ import subprocess
 import sys
 import time
 
-patience = 30  # seconds
+from Measuring import await_, pss
+
 programs = {"GTK": ["mousepad", "eog", "gnome-calculator"],
             "Qt": ["featherpad", "konsole", "qterminal"]}
 roundTrips = 500  # in one go: each program has to be undisturbed for as long
@@ -40,21 +41,6 @@ class Instances:
     def stop(self, own):
         subprocess.run([self.bin / "korvane", "stop", self.names[own]], stdout=subprocess.DEVNULL,
                        stderr=subprocess.DEVNULL)
-
-
-def await_(condition, what):
-    last = time.monotonic() + patience
-    while not (found := condition()):
-        if time.monotonic() > last:
-            sys.exit(f"there is no {what} after {patience} seconds")
-        time.sleep(0.01)
-    return found
-
-
-def pss(process):
-    """A process's own memory and its share of what is shared, in kB."""
-    rollup = pathlib.Path(f"/proc/{process}/smaps_rollup").read_text()
-    return int(rollup.split("\nPss:")[1].split()[0])
 
 
 def helperBeside(runner):

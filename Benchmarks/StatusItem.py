@@ -7,7 +7,8 @@ import subprocess
 import sys
 import time
 
-patience = 30  # seconds
+from Measuring import await_, pss
+
 settled = 10  # every tenth round looks at the memory
 settling = 0.5  # seconds until that: the panel has read and drawn everything then
 
@@ -24,15 +25,6 @@ def seconds(runner):
     started = time.monotonic()
     subprocess.run([runner], check=True)
     return time.monotonic() - started
-
-
-def await_(condition, what):
-    last = time.monotonic() + patience
-    while not (found := condition()):
-        if time.monotonic() > last:
-            sys.exit(f"there is no {what} after {patience} seconds")
-        time.sleep(0.01)
-    return found
 
 
 class Waiting:
@@ -53,10 +45,7 @@ class Waiting:
         return float(text) - self._started
 
     def memory(self):
-        """The runner's own memory and its share of what is shared, in kB."""
-        rollup = pathlib.Path(f"/proc/{self._process.pid}/smaps_rollup").read_text()
-        told = {line.split()[0]: int(line.split()[1]) for line in rollup.splitlines()[1:]}
-        return told["Pss:"]
+        return pss(self._process.pid)
 
     def end(self):
         self._process.communicate(b"\n")

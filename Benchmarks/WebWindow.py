@@ -12,6 +12,8 @@ import sys
 import threading
 import time
 
+from Measuring import pss
+
 page = b"""<!DOCTYPE html>
 <html lang="en"><head><meta charset="utf-8"><title>Inbox</title>
 <style>body { font: 16px sans-serif; margin: 2em } li { margin: .5em }</style></head>
@@ -68,12 +70,9 @@ def memory(process):
     shares = []
     for one in tree(process):
         try:
-            rollup = pathlib.Path(f"/proc/{one}/smaps_rollup").read_text()
-            name = pathlib.Path(f"/proc/{one}/comm").read_text().strip()
+            shares.append((pathlib.Path(f"/proc/{one}/comm").read_text().strip(), pss(one)))
         except OSError:
             continue  # it has ended meanwhile
-        shares += [(name, int(line.split()[1])) for line in rollup.splitlines()
-                   if line.startswith("Pss:")]
     return sum(share for _, share in shares), shares
 
 
