@@ -73,6 +73,7 @@ target_sources(RunnerTests PRIVATE
     korvane-runner/Desktop/Linux/LauncherBadgeTests.cpp
     korvane-runner/Desktop/Linux/NotificationBannersTests.cpp
     korvane-runner/Desktop/Linux/PrivateBus.cpp
+    korvane-runner/Desktop/Linux/RealBus.cpp
     korvane-runner/Desktop/Linux/SessionBusTests.cpp
     korvane-runner/Desktop/Linux/StatusNotifierIconTests.cpp
     korvane-runner/Desktop/Linux/StatusNotifierItemTests.cpp
@@ -131,10 +132,10 @@ add_doctest(BusProxyTests
     korvane-runner/Bus/Linux/ProgramPagesTests.cpp
     korvane-runner/Bus/Linux/ProxyWorld.cpp
     korvane-runner/Bus/Linux/RawClient.cpp
-    korvane-runner/Bus/Linux/RealBus.cpp
     korvane-runner/Bus/Linux/ServiceFoldersTests.cpp
     korvane-runner/Bus/Linux/StartedServicesTests.cpp
     korvane-runner/Bus/Messages.cpp
+    korvane-runner/Desktop/Linux/RealBus.cpp
 )
 target_link_libraries(BusProxyTests PRIVATE KorvaneHosts)
 
@@ -155,6 +156,7 @@ add_doctest(BusHelperTests
     korvane-runner/Bus/Linux/KilledHelperTests.cpp
     korvane-runner/Bus/Linux/WithoutHelperTests.cpp
     korvane-runner/Desktop/Linux/PrivateBus.cpp
+    korvane-runner/Desktop/Linux/RealBus.cpp
     korvane-runner/Signals.cpp
 )
 target_link_libraries(BusHelperTests PRIVATE KorvaneHosts PkgConfig::glib)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "RealBus.h"
 #include "korvane-runner/Bus/Linux/BusProxy.h"
+#include "korvane-runner/Desktop/Linux/RealBus.h"
 
 #include <doctest/doctest.h>
 #include <map>

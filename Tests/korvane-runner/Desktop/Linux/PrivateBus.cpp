@@ -1,20 +1,10 @@
 #include "PrivateBus.h"
 
-#include "Support/Waiting.h"
+#include <doctest/doctest.h>
 
 namespace korvane::test {
 
 namespace {
-
-std::string configuration(const Path& socket) {
-    return "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
-           " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
-           "<busconfig><type>session</type><listen>unix:path=" +
-           socket +
-           "</listen><auth>EXTERNAL</auth><policy context=\"default\">"
-           "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-           "<allow own=\"*\"/></policy></busconfig>\n";
-}
 
 struct Asked {
     GVariant* answer = nullptr;
@@ -39,18 +29,6 @@ std::string takenName(GError* error) {
 using Heard = std::function<void(const std::string&)>;
 
 } // namespace
-
-PrivateBus::PrivateBus() {
-    const auto config = writeFile(tmp_ / "bus.conf", configuration(tmp_ / "bus"));
-    const auto ready = makeFifo(tmp_ / "ready");
-    const auto command =
-        "exec dbus-daemon --nofork --nopidfile --nosyslog --config-file=" + quoted(config) +
-        " --print-address=3 3>" + quoted(ready);
-    daemon_ = std::make_unique<RunningProgram>(ProgramSetup{.command = {"/bin/sh", "-c", command}});
-    REQUIRE_FALSE(readFile(ready).empty());
-    address_ = "unix:path=" + (tmp_ / "bus");
-    variable_ = std::make_unique<ScopedVariable>("DBUS_SESSION_BUS_ADDRESS", address_);
-}
 
 // GIO has one connection to the session's bus, for as long as any reference to it is left: the next
 // test would get it. What is left is dropped in the default context.

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "RealBus.h"
 #include "Support/Environment.h"
-#include "Support/Programs.h"
-#include "Support/TempDir.h"
 
 #include <functional>
 #include <gio/gio.h>
@@ -12,26 +11,23 @@
 
 namespace korvane::test {
 
-/// A session bus that is that of this process until the end of the scope, when nothing of the
-/// process may use it any more. It starts no services.
+/// A bus that is the session's for this process until the end of the scope, when nothing of the
+/// process may use it any more.
 class PrivateBus {
 public:
-    /// Returns when it can be connected to.
-    PrivateBus();
+    PrivateBus() = default;
     PrivateBus(const PrivateBus&) = delete;
     PrivateBus& operator=(const PrivateBus&) = delete;
     ~PrivateBus();
 
     /// Ends it under its clients.
-    void end() { daemon_.reset(); }
+    void end() { bus_.end(); }
 
-    const std::string& address() const { return address_; }
+    std::string address() const { return "unix:path=" + bus_.socket(); }
 
 private:
-    TempDir tmp_;
-    std::unique_ptr<RunningProgram> daemon_;
-    std::string address_;
-    std::unique_ptr<ScopedVariable> variable_;
+    RealBus bus_;
+    ScopedVariable variable_{"DBUS_SESSION_BUS_ADDRESS", address()};
 };
 
 /// Another program on the bus: a connection of its own, served by the default context of this
