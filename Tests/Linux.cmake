@@ -132,6 +132,7 @@ add_doctest(BusProxyTests
     korvane-runner/Bus/Linux/ProgramPagesTests.cpp
     korvane-runner/Bus/Linux/ProxyWorld.cpp
     korvane-runner/Bus/Linux/RawClient.cpp
+    korvane-runner/Bus/Linux/Receiving.cpp
     korvane-runner/Bus/Linux/ServiceFoldersTests.cpp
     korvane-runner/Bus/Linux/StartedServicesTests.cpp
     korvane-runner/Bus/Messages.cpp

@@ -1,5 +1,7 @@
 #include "korvane-runner/Bus/Linux/OutputQueue.h"
 
+#include "Receiving.h"
+
 #include <array>
 #include <doctest/doctest.h>
 #include <sys/socket.h>
@@ -24,25 +26,10 @@ struct Sockets {
 
     /// What one call reads, and behind it the number of descriptors.
     std::string readOnce() const {
-        std::array<char, 4096> room{};
-        alignas(cmsghdr) std::array<char, CMSG_SPACE(mostDescriptors * sizeof(int))> control{};
-        iovec part{room.data(), room.size()};
-        msghdr message{};
-        message.msg_iov = &part;
-        message.msg_iovlen = 1;
-        message.msg_control = control.data();
-        message.msg_controllen = control.size();
-        const auto size = ::recvmsg(other.get(), &message, MSG_CMSG_CLOEXEC);
-        if (size < 0) return "nothing";
-        std::size_t count = 0;
-        if (auto* header = CMSG_FIRSTHDR(&message)) {
-            count = (header->cmsg_len - CMSG_LEN(0)) / sizeof(int);
-            for (std::size_t i = 0; i < count; ++i) {
-                ::close(reinterpret_cast<int*>(CMSG_DATA(header))[i]);
-            }
-        }
-        return std::string(room.data(), static_cast<std::size_t>(size)) + " " +
-               std::to_string(count);
+        std::string bytes;
+        Descriptors descriptors;
+        if (receiveOnce(other, 4096, bytes, descriptors) < 0) return "nothing";
+        return bytes + " " + std::to_string(descriptors.size());
     }
 
     ambrel::OwnedFd one;

@@ -1,5 +1,7 @@
 #include "RawClient.h"
 
+#include "Receiving.h"
+
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -99,27 +101,8 @@ void RawClient::send(std::string_view bytes, const std::vector<int>& descriptors
 
 /// Whether there may be more.
 bool RawClient::read() {
-    std::array<char, 65536> room{};
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(mostDescriptors * sizeof(int))> control{};
-    iovec part{room.data(), room.size()};
-    msghdr message{};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    message.msg_control = control.data();
-    message.msg_controllen = control.size();
-    const auto size = ::recvmsg(socket_.get(), &message, MSG_CMSG_CLOEXEC | MSG_DONTWAIT);
-    if (size <= 0) return size < 0 && errno == EAGAIN;
-    buffer_.append(room.data(), static_cast<std::size_t>(size));
-    for (auto* header = CMSG_FIRSTHDR(&message); header != nullptr;
-         header = CMSG_NXTHDR(&message, header)) {
-        const auto count = (header->cmsg_len - CMSG_LEN(0)) / sizeof(int);
-        for (std::size_t i = 0; i < count; ++i) {
-            int number = -1;
-            std::memcpy(&number, CMSG_DATA(header) + i * sizeof(int), sizeof number);
-            descriptors_.emplace_back(number);
-        }
-    }
-    return true;
+    const auto size = receiveOnce(socket_, 65536, buffer_, descriptors_);
+    return size > 0 || (size < 0 && errno == EAGAIN);
 }
 
 void RawClient::need(std::size_t size) {
