@@ -53,7 +53,10 @@ void BusStage::runCommand(const std::string& command) {
     wrapper.configure(config);
 }
 
-void BusStage::act(const Strings& steps) { runCommand(actorCommand(steps)); }
+BusStage& BusStage::act(const Strings& steps) {
+    runCommand(actorCommand(steps));
+    return *this;
+}
 
 void BusStage::addService(const std::string& name, const Strings& steps) const {
     addCommandService(name, actorCommand(steps));

@@ -19,8 +19,8 @@ public:
     /// Kills what a failed test has left.
     ~BusStage();
 
-    /// The application's program does these steps from the next start on.
-    void act(const Strings& steps);
+    /// The application's program does these steps from the next start on. Returns this stage.
+    BusStage& act(const Strings& steps);
     /// Its program is that command.
     void runCommand(const std::string& command);
     /// What is called by `name` is started to do these steps.

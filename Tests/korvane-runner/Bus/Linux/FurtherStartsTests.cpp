@@ -15,14 +15,13 @@ TEST_CASE("a second start has the bus of the first, whichever ends first") {
         CAPTURE(firstEndsFirst);
         const auto first = makeFifo(stage.gate("first"));
         const auto second = makeFifo(stage.gate("second"));
-        stage.act({"own:org.example.Name", "wait:" + first, "own:org.example.Other", "exit:1"});
-        Started one(stage);
-        REQUIRE(stage.report.line() == owned);
+        StartedActor one(
+            stage, owned,
+            {"own:org.example.Name", "wait:" + first, "own:org.example.Other", "exit:1"});
         const auto address = stage.address();
-        stage.act(
+        StartedActor two(
+            stage, answered,
             {"ping:org.freedesktop.DBus", "wait:" + second, "own:org.example.Name", "exit:2"});
-        Started two(stage);
-        REQUIRE(stage.report.line() == answered);
         CHECK(stage.address() == address);
 
         if (firstEndsFirst) {

@@ -28,9 +28,8 @@ std::multiset<std::string> surroundings(const Path& report) {
 
 TEST_CASE("the names of an application's programs are its own on the user's bus") {
     BusStage stage;
-    stage.act({"own:org.example.Name", "wait:" + makeFifo(stage.gate("gate")), "exit:0"});
-    Started runner(stage);
-    REQUIRE(stage.report.line() == owned);
+    StartedActor runner(stage, owned,
+                        {"own:org.example.Name", "wait:" + makeFifo(stage.gate("gate")), "exit:0"});
 
     CHECK(stage.namesOnBus() ==
           Strings{privatePrefix(stage.config.bundleId) + ".org.example.Name"});
@@ -97,9 +96,8 @@ TEST_CASE("the limit of descriptors is a program's and a service's from before, 
 TEST_CASE("a helper keeps no library that only the start has needed") {
     BusStage stage;
     const auto gate = makeFifo(stage.gate("gate"));
-    stage.act({"own:org.example.Name", "wait:" + gate, "exit:0"});
-    Started runner(stage);
-    REQUIRE(stage.report.line() == owned); // it serves programs, and so has started its own
+    // It serves programs, and so has started its own.
+    StartedActor runner(stage, owned, {"own:org.example.Name", "wait:" + gate, "exit:0"});
 
     const auto helper = stage.helperBeside(runner.id());
     CHECK_FALSE(contains(readFile("/proc/" + std::to_string(helper) + "/maps"), "libplist"));

@@ -35,6 +35,11 @@ void expectBoth(BusStage& stage, const std::string& one, const std::string& othe
     CHECK(std::set{first, second} == std::set{one, other});
 }
 
+StartedActor::StartedActor(BusStage& stage, const std::string& word, const Strings& steps)
+    : Started(stage.act(steps)) {
+    REQUIRE(stage.report.line() == word);
+}
+
 void configureProbe(BusStage& stage, int last) {
     stage.runCommand("exec " + quoted(probe) + " signals " + quoted(stage.report.path()) + " " +
                      std::to_string(last));

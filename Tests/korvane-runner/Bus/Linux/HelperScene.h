@@ -13,6 +13,11 @@ inline const std::string answered = "ping ()";
 /// What two processes say, in any order.
 void expectBoth(BusStage& stage, const std::string& one, const std::string& other);
 
+/// A runner whose program does these steps. When this is constructed it has said `word`, its first.
+struct StartedActor : Started {
+    StartedActor(BusStage& stage, const std::string& word, const Strings& steps);
+};
+
 /// The program says each signal that it gets, until `last` ends it.
 void configureProbe(BusStage& stage, int last);
 

@@ -16,6 +16,11 @@ using namespace korvane::test;
 
 namespace {
 
+/// What an actor does that waits at the gate, and asks for a name then.
+Strings waitingAt(const Path& gate) {
+    return {"say:there", "wait:" + gate, "own:org.example.Name", "exit:0"};
+}
+
 /// How much memory the process has addresses for, in bytes. No sanitized process can be bounded so.
 [[maybe_unused]] rlim_t memoryOf(int process) {
     rlim_t pages = 0;
@@ -62,9 +67,9 @@ TEST_CASE("what a program leaves behind keeps its names, and the runner ends wit
 TEST_CASE("what a program leaves behind has its names though its first thread has ended") {
     BusStage stage;
     const auto gate = makeFifo(stage.gate("gate"));
-    stage.act({"fork:3", "detach", "say:there", "wait:" + gate, "own:org.example.Left", "exit:0"});
-    Started runner(stage);
-    REQUIRE(stage.report.line() == "there");
+    StartedActor runner(
+        stage, "there",
+        {"fork:3", "detach", "say:there", "wait:" + gate, "own:org.example.Left", "exit:0"});
     CHECK(runner.waitStatus() == 3);
 
     stage.open(gate);
@@ -80,10 +85,9 @@ TEST_CASE("a helper that cannot look at what a program leaves behind stays for i
     BusStage stage;
     const auto first = makeFifo(stage.gate("first"));
     const auto gate = makeFifo(stage.gate("gate"));
-    stage.act(
+    StartedActor runner(
+        stage, "there",
         {"say:there", "wait:" + first, "fork:3", "wait:" + gate, "own:org.example.Left", "exit:0"});
-    Started runner(stage);
-    REQUIRE(stage.report.line() == "there");
     const int helper = stage.helperBeside(runner.id());
     rlimit before{};
     REQUIRE(::prlimit(helper, RLIMIT_NOFILE, nullptr, &before) == 0);
@@ -103,9 +107,7 @@ TEST_CASE("a helper that cannot look at what a program leaves behind stays for i
 TEST_CASE("what is sent to all of a terminal's group ends no helper") {
     BusStage stage;
     const auto gate = makeFifo(stage.gate("gate"));
-    stage.act({"say:there", "wait:" + gate, "own:org.example.Name", "exit:0"});
-    Started runner(stage);
-    REQUIRE(stage.report.line() == "there");
+    StartedActor runner(stage, "there", waitingAt(gate));
 
     for (const int signal : {SIGINT, SIGQUIT, SIGHUP, SIGTSTP, SIGTTOU, SIGPIPE, SIGUSR1}) {
         REQUIRE(::kill(stage.helperBeside(runner.id()), signal) == 0);
@@ -121,9 +123,7 @@ TEST_CASE("what is sent to all of a terminal's group ends no helper") {
 TEST_CASE("a helper without memory for one program serves the others") {
     BusStage stage;
     const auto gate = makeFifo(stage.gate("gate"));
-    stage.act({"say:there", "wait:" + gate, "own:org.example.Name", "exit:0"});
-    Started runner(stage);
-    REQUIRE(stage.report.line() == "there");
+    StartedActor runner(stage, "there", waitingAt(gate));
     const int helper = stage.helperBeside(runner.id());
     constexpr rlim_t mebibyte = 1024 * 1024;
     const rlimit little{memoryOf(helper) + mebibyte, RLIM_INFINITY};
@@ -172,9 +172,7 @@ TEST_CASE("who waits to be let in when the program ends is let in, also without 
 TEST_CASE("a runner that is killed costs the program nothing") {
     BusStage stage;
     const auto gate = makeFifo(stage.gate("gate"));
-    stage.act({"say:there", "wait:" + gate, "own:org.example.Name", "exit:0"});
-    Started runner(stage);
-    REQUIRE(stage.report.line() == "there");
+    StartedActor runner(stage, "there", waitingAt(gate));
 
     runner.send(SIGKILL);
     CHECK(WIFSIGNALED(runner.wait()));
