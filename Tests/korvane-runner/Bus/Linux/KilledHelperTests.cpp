@@ -56,6 +56,13 @@ void killFirstChild(int process) {
     } while (WIFSTOPPED(status));
 }
 
+/// Returns when the helper has ended.
+void killHelperBeside(const Started& runner, const BusStage& stage) {
+    const int helper = stage.helperBeside(runner.id());
+    REQUIRE(::kill(helper, SIGKILL) == 0);
+    awaitEnd(helper);
+}
+
 } // namespace
 
 TEST_CASE("a helper that is killed leaves the runner with the program, its signals and status") {
@@ -95,9 +102,7 @@ TEST_CASE("a child from before is not taken for the program of a helper that was
 TEST_CASE("the socket of a helper that was killed is in nobody's way") {
     BusStage stage;
     const auto gate = makeFifo(stage.gate("gate"));
-    stage.act({"say:there", "wait:" + gate, "exit:0"});
-    Started runner(stage);
-    REQUIRE(stage.report.line() == "there");
+    StartedActor runner(stage, "there", {"say:there", "wait:" + gate, "exit:0"});
     REQUIRE(::kill(stage.helperBeside(runner.id()), SIGKILL) == 0);
     stage.open(gate);
     CHECK(runner.waitStatus() == 0);
@@ -117,17 +122,13 @@ TEST_CASE("a start after a helper was killed gives the instance its names back")
     const auto first = makeFifo(stage.gate("first"));
     const auto second = makeFifo(stage.gate("second"));
     const auto third = makeFifo(stage.gate("third"));
-    stage.act({"own:org.example.Name", "wait:" + first, "exit:1"});
-    Started one(stage);
-    REQUIRE(stage.report.line() == owned);
-    stage.act({"say:there", "wait:" + second, "own:org.example.Other", "exit:2"});
-    Started two(stage); // by a lease of the first
-    REQUIRE(stage.report.line() == "there");
+    StartedActor one(stage, owned, {"own:org.example.Name", "wait:" + first, "exit:1"});
+    // By a lease of the first.
+    StartedActor two(stage, "there",
+                     {"say:there", "wait:" + second, "own:org.example.Other", "exit:2"});
     const auto address = stage.address();
 
-    const int helper = stage.helperBeside(one.id());
-    REQUIRE(::kill(helper, SIGKILL) == 0);
-    awaitEnd(helper);
+    killHelperBeside(one, stage);
     stage.act({"own:org.example.Name", "wait:" + third, "exit:3"});
     Started three(stage);
 
@@ -149,22 +150,16 @@ TEST_CASE("a second start serves the bus when the helper of the first was killed
     const auto first = makeFifo(stage.gate("first"));
     const auto second = makeFifo(stage.gate("second"));
     const auto third = makeFifo(stage.gate("third"));
-    stage.act({"own:org.example.Name", "wait:" + first, "exit:1"});
-    Started one(stage);
-    REQUIRE(stage.report.line() == owned);
+    StartedActor one(stage, owned, {"own:org.example.Name", "wait:" + first, "exit:1"});
     stage.addService("org.example.Service", {"own:org.example.Service", "serve"});
-    stage.act({"say:there", "wait:" + second, "own:org.example.Other", "ping:org.example.Service",
-               "exit:2"});
-    Started two(stage); // by a lease of the first
-    REQUIRE(stage.report.line() == "there");
-    stage.act({"own:org.example.Third", "wait:" + third, "exit:3"});
-    Started three(stage);
-    REQUIRE(stage.report.line() == owned);
+    // By a lease of the first, as the third.
+    StartedActor two(stage, "there",
+                     {"say:there", "wait:" + second, "own:org.example.Other",
+                      "ping:org.example.Service", "exit:2"});
+    StartedActor three(stage, owned, {"own:org.example.Third", "wait:" + third, "exit:3"});
     const auto address = stage.address();
 
-    const int helper = stage.helperBeside(one.id());
-    REQUIRE(::kill(helper, SIGKILL) == 0);
-    awaitEnd(helper);
+    killHelperBeside(one, stage);
     while (!isAnswering(stage.socketFolder() + "/socket")) std::this_thread::yield();
     stage.open(second);
 
@@ -191,9 +186,7 @@ TEST_CASE("a service whose helper was killed is told nothing but the end of its 
     const int service = std::stoi(stage.report.line());
     expectBoth(stage, owned, answered);
 
-    const int helper = stage.helperBeside(runner.id());
-    REQUIRE(::kill(helper, SIGKILL) == 0);
-    awaitEnd(helper);
+    killHelperBeside(runner, stage);
     stage.open(gate);
     CHECK(runner.waitStatus() == 4);
 
