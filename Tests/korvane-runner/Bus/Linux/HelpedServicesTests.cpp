@@ -8,6 +8,22 @@
 using namespace ambrel;
 using namespace korvane::test;
 
+namespace {
+
+/// Another instance, whose program ends later than any before, has lost its service when this
+/// returns.
+void startAndEndOther() {
+    BusStage other;
+    other.config.bundleId = "org.example.other";
+    other.addService("org.example.Service", {"own:org.example.Service", "serve"});
+    other.act({"ping:org.example.Service", "exit:0"});
+    Started later(other);
+    CHECK(later.waitStatus() == 0);
+    other.awaitHelpers();
+}
+
+} // namespace
+
 TEST_CASE("a service's child is the service's, also with an environment of its own") {
     BusStage stage;
     const auto gate = makeFifo(stage.gate("gate"));
@@ -65,14 +81,7 @@ TEST_CASE("a service with windows stays when the program ends, and others for it
     expectBoth(stage, owned, answered);
     CHECK(runner.waitStatus() == 0);
 
-    // Another instance, whose program ends later, has lost its service by now.
-    BusStage other;
-    other.config.bundleId = "org.example.other";
-    other.addService("org.example.Service", {"own:org.example.Service", "serve"});
-    other.act({"ping:org.example.Service", "exit:0"});
-    Started later(other);
-    CHECK(later.waitStatus() == 0);
-    other.awaitHelpers();
+    startAndEndOther();
 
     CHECK(stage.namesOnBus().size() == 2);
     stage.open(gate);
@@ -154,14 +163,7 @@ TEST_CASE("what a service with windows leaves behind is not ended with it") {
         if (!row.isProgram) stage.open(stage.gate("program"));
         CHECK(runner.waitStatus() == 0);
 
-        // Another instance, whose program ends later, has lost its service by now.
-        BusStage other;
-        other.config.bundleId = "org.example.other";
-        other.addService("org.example.Service", {"own:org.example.Service", "serve"});
-        other.act({"ping:org.example.Service", "exit:0"});
-        Started later(other);
-        CHECK(later.waitStatus() == 0);
-        other.awaitHelpers();
+        startAndEndOther();
 
         REQUIRE(stage.runners().size() == 1);
         stage.open(job);
