@@ -29,6 +29,12 @@ bool isWriteEndOf(const ambrel::OwnedFd& write, const PipeEnds& pipe) {
     return ::write(write.get(), "x", 1) == 1 && ::read(pipe.read.get(), &byte, 1) == 1;
 }
 
+/// That the pipe's end has come with the message, and nothing else.
+void checkBrings(const Received& message, const PipeEnds& pipe) {
+    REQUIRE(message.descriptors.size() == 1);
+    CHECK(isWriteEndOf(message.descriptors[0], pipe));
+}
+
 RawMessage withDescriptors(std::uint32_t count, std::size_t body = 0) {
     auto message = callTo("org.example.Editor").withNumber(9, count);
     message.flags = noReplyExpected; // so that the bus takes the same serial again
@@ -69,8 +75,7 @@ TEST_CASE("descriptors arrive with their messages, and none is left here") {
         CHECK(programs.editor.receive().descriptors.empty());
         const auto one = programs.editor.receive();
         CHECK(one.header.bodyLength == 300'004);
-        REQUIRE(one.descriptors.size() == 1);
-        CHECK(isWriteEndOf(one.descriptors[0], third));
+        checkBrings(one, third);
     }
     CHECK(openDescriptors() == descriptors);
 }
@@ -102,8 +107,7 @@ TEST_CASE("descriptors reach the user's own programs, and come from there") {
     users.send(back.bytes(), {atUsers.descriptors[0].get()});
     const auto atOwn = own.receive();
 
-    REQUIRE(atOwn.descriptors.size() == 1);
-    CHECK(isWriteEndOf(atOwn.descriptors[0], pipe));
+    checkBrings(atOwn, pipe);
 }
 
 TEST_CASE("descriptors that no message counts are closed, and not taken for the next one's") {
@@ -122,8 +126,7 @@ TEST_CASE("descriptors that no message counts are closed, and not taken for the 
         programs.caller.send(withDescriptors(1).bytes(), {meant.write.get(), surplus.write.get()});
 
         const auto message = programs.editor.receive();
-        REQUIRE(message.descriptors.size() == 1);
-        CHECK(isWriteEndOf(message.descriptors[0], meant));
+        checkBrings(message, meant);
     }
     CHECK(openDescriptors() == descriptors);
 }
@@ -140,8 +143,7 @@ TEST_CASE("descriptors that come before the end of their message are not too lat
 
     const auto message = programs.editor.receive();
     CHECK(message.body() == Bytes().array(std::string(100'000, 'x')).str());
-    REQUIRE(message.descriptors.size() == 1);
-    CHECK(isWriteEndOf(message.descriptors[0], pipe));
+    checkBrings(message, pipe);
 }
 
 TEST_CASE("a message without all of its descriptors ends the connection") {
