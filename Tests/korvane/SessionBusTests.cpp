@@ -102,25 +102,18 @@ TEST_CASE("a person has the last word over a profile, and a replacement keeps it
 TEST_CASE("a replacement keeps what was chosen for the bus, and says so") {
     const Fixture fixture;
     const auto& manager = fixture.manager;
-    const auto told = [&](Strings more) {
-        more.insert(more.begin(), {"create", "app", "Work", "Mail", "--runner", KORVANE_TEST_RUNNER,
-                                   "--replace"});
-        const auto done = manager.run(more);
-        REQUIRE(done.status == 0);
-        return done.error;
-    };
 
     fixture.create({"--shared-bus"});
-    CHECK(says(told({}), "Kept of what was there: that it shares the session bus."));
+    CHECK(says(fixture.replace(), "Kept of what was there: that it shares the session bus."));
     CHECK(fixture.shown().bus == "shared (asked for)");
-    CHECK_FALSE(contains(told({"--no-shared-bus", "--hide-secrets"}), "Kept"));
-    CHECK(says(told({}), "Kept of what was there: that secrets are hidden from it."));
+    CHECK_FALSE(contains(fixture.replace({"--no-shared-bus", "--hide-secrets"}), "Kept"));
+    CHECK(says(fixture.replace(), "Kept of what was there: that secrets are hidden from it."));
     CHECK(fixture.shown() == Standing{"names of its own", "hidden", ""});
     // What a profile said is worked out anew.
     fixture.writeBus({{"call", {"org.example.Old"}}});
-    told({});
+    fixture.replace();
     fixture.writeBus({{"call", {"org.example.New"}}});
-    told({});
+    fixture.replace();
     CHECK(fixture.shown().names == "call org.example.New");
     CHECK(manager.configOf(manager.create({"command", "Work", "--replace", aProgram}))
               .infoPlistOverrides.contains("KorvaneHidesSecrets") == false);
@@ -153,11 +146,6 @@ TEST_CASE("sharing the bus warns where the program hands over, or secrets were h
         REQUIRE(done.status == 0);
         return done.error;
     };
-    const auto create = [&](Strings more) {
-        more.insert(more.begin(), {"create", "app", "Work", "Mail", "--runner", KORVANE_TEST_RUNNER,
-                                   "--replace"});
-        return told(more);
-    };
     const std::string handsOver = "warning: \"Mail\" registers on the session bus: while another";
     const std::string unhidden = "warning: hideSecrets means nothing to this instance: it shares "
                                  "the names on the session bus, so that its programs meet what "
@@ -166,7 +154,7 @@ TEST_CASE("sharing the bus warns where the program hands over, or secrets were h
                                 "names on the session bus.";
 
     fixture.writeBus({{"handsOver", true}});
-    CHECK_FALSE(contains(create({"--hide-secrets"}), "warning"));
+    CHECK_FALSE(contains(fixture.replace({"--hide-secrets"}), "warning"));
     const auto sharing = told({"edit", "Work", "--set", "sharedBus=true"});
     CHECK(says(sharing, handsOver));
     CHECK(says(sharing, unhidden));
@@ -176,15 +164,16 @@ TEST_CASE("sharing the bus warns where the program hands over, or secrets were h
     CHECK(says(told({"edit", "Work", "--set", "environment.DBUS_SESSION_BUS_ADDRESS=x"}),
                "its environment sets DBUS_SESSION_BUS_ADDRESS, so"));
     told({"edit", "Work", "--unset", "environment.DBUS_SESSION_BUS_ADDRESS"});
-    const auto replaced = create({"--shared-bus"});
+    const auto replaced = fixture.replace({"--shared-bus"});
     CHECK(says(replaced, unhidden));
     CHECK_FALSE(contains(replaced, "that secrets are hidden from it"));
     manager.result({"delete", "Work"});
-    CHECK(says(create({"--shared-bus", "--plist", "KorvaneBusNames=call org.example.A"}), unnamed));
-    CHECK_FALSE(contains(create({"--no-shared-bus"}), "means nothing"));
+    CHECK(says(fixture.replace({"--shared-bus", "--plist", "KorvaneBusNames=call org.example.A"}),
+               unnamed));
+    CHECK_FALSE(contains(fixture.replace({"--no-shared-bus"}), "means nothing"));
     fixture.writeBus({{"hideSecrets", true}, {"call", {"org.example.A"}}});
     manager.result({"delete", "Work"});
-    const auto ofProfile = create({"--shared-bus"});
+    const auto ofProfile = fixture.replace({"--shared-bus"});
     CHECK(says(ofProfile, unhidden));
     CHECK_FALSE(contains(ofProfile, unnamed));
 }

@@ -26,6 +26,14 @@ struct StartPlanFixture {
         more.insert(more.begin(), {"app", "Work", "Mail"});
         return manager.configOf(manager.create(more));
     }
+    /// What create says with --replace.
+    std::string replace(Strings more = {}) const {
+        more.insert(more.begin(), {"create", "app", "Work", "Mail", "--runner", KORVANE_TEST_RUNNER,
+                                   "--replace"});
+        const auto done = manager.run(more);
+        REQUIRE(done.status == 0);
+        return done.error;
+    }
     /// Adopts a built program, which then is the application.
     ambrel::InstanceConfig createOf(const Path& program, const Strings& more = {}) const {
         const auto into =

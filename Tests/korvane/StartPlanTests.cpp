@@ -76,13 +76,6 @@ TEST_CASE("a replacement leaves out what an earlier profile gave, and keeps what
     profile["environment"] = {{"OLD", "1"}, {"CHANGED", "1"}};
     fixture.writeProfile(profile);
     fixture.create({"--add-arg", "--mine", "--env", "MINE=1"});
-    const auto told = [&](Strings more) {
-        more.insert(more.begin(), {"create", "app", "Work", "Mail", "--runner", KORVANE_TEST_RUNNER,
-                                   "--replace"});
-        const auto done = manager.run(more);
-        REQUIRE(done.status == 0);
-        return done.error;
-    };
     const auto config = [&] { return manager.configOf(manager.applications() + "/Work.app"); };
 
     profile["former"] = {{"extraArgs", {"--old", "--apart"}},
@@ -90,7 +83,7 @@ TEST_CASE("a replacement leaves out what an earlier profile gave, and keeps what
     profile["extraArgs"] = {"--new"};
     profile["environment"] = {{"CHANGED", "2"}};
     fixture.writeProfile(profile);
-    const auto first = told({});
+    const auto first = fixture.replace();
     CHECK(says(first,
                "Not kept, because an earlier profile had given it: the variables CHANGED OLD, "
                "the arguments --old --apart."));
@@ -99,8 +92,8 @@ TEST_CASE("a replacement leaves out what an earlier profile gave, and keeps what
     CHECK(config().environment ==
           ambrel::StringMap{{"CHANGED", "2"}, {"GSETTINGS_BACKEND", "keyfile"}, {"MINE", "1"}});
     // What is the user's own by now, or only a part of what was given, stays.
-    CHECK_FALSE(contains(told({"--add-arg", "--old", "--env", "OLD=2"}), "Not kept"));
-    CHECK_FALSE(contains(told({}), "Not kept"));
+    CHECK_FALSE(contains(fixture.replace({"--add-arg", "--old", "--env", "OLD=2"}), "Not kept"));
+    CHECK_FALSE(contains(fixture.replace(), "Not kept"));
     CHECK(config().extraArgs == Strings{"--new", "--mine", "--old"});
     CHECK(config().environment.at("OLD") == "2");
 }
