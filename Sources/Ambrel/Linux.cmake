@@ -18,6 +18,7 @@ target_sources(Ambrel PRIVATE
     Platform/Linux/PngDecoder.cpp
     Platform/Linux/PngEncoder.cpp
     Platform/Linux/ProcessEnd.cpp
+    Platform/Linux/ProcessFiles.cpp
     Platform/Linux/ProcessName.cpp
     Platform/Linux/Processes.cpp
     Platform/Linux/PropertyList.cpp

@@ -1,11 +1,10 @@
 #include "Ambrel/Platform/Processes.h"
 
+#include "Ambrel/Platform/Linux/ProcessFiles.h"
 #include "Ambrel/Platform/Posix/PollUntil.h"
-#include "Ambrel/Platform/Posix/Retry.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <csignal>
 #include <dirent.h>
 #include <fcntl.h>
@@ -23,34 +22,12 @@ namespace ambrel {
 
 namespace {
 
+using namespace processFiles;
+
 struct CloseFolder {
     void operator()(DIR* folder) const noexcept { ::closedir(folder); }
 };
 using OpenFolder = std::unique_ptr<DIR, CloseFolder>;
-
-std::optional<long> numberIn(std::string_view text) {
-    long number = 0;
-    const auto* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || rest == text.data()) return std::nullopt;
-    return number;
-}
-
-/// All that a file of /proc holds; nothing when the process has gone or may not be looked at,
-/// which is the ordinary case and no failure.
-std::string contentOf(int folder, const char* name) {
-    const OwnedFd file(
-        retryInterrupted([&] { return ::openat(folder, name, O_RDONLY | O_CLOEXEC); }));
-    std::string content;
-    if (!file) return content;
-    std::array<char, 8192> buffer{};
-    while (true) {
-        const auto count =
-            retryInterrupted([&] { return ::read(file.get(), buffer.data(), buffer.size()); });
-        if (count <= 0) return content;
-        content.append(buffer.data(), static_cast<std::size_t>(count));
-    }
-}
 
 /// The value of "NAME:\tVALUE" in the status of a process. No name can fake a line: there the
 /// kernel escapes it.
@@ -88,16 +65,6 @@ std::optional<HeldFile> heldFile(int folder, const char* link) {
     return file;
 }
 
-/// The value of the first entry that begins with `name`, which ends in "=".
-std::optional<std::string> valueIn(std::string_view environment, std::string_view name) {
-    while (!environment.empty()) {
-        const auto entry = environment.substr(0, environment.find('\0'));
-        if (entry.starts_with(name)) return std::string(entry.substr(name.size()));
-        environment.remove_prefix(std::min(entry.size() + 1, environment.size()));
-    }
-    return std::nullopt;
-}
-
 std::optional<ProcessSeen> look(int processes, const char* name) {
     const OwnedFd folder(::openat(processes, name, O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!folder) return std::nullopt;
@@ -113,8 +80,8 @@ std::optional<ProcessSeen> look(int processes, const char* name) {
     seen.output = heldFile(folder.get(), "fd/1");
     seen.error = heldFile(folder.get(), "fd/2");
     const auto environment = contentOf(folder.get(), "environ");
-    seen.home = valueIn(environment, "HOME=");
-    seen.isStartedByBus = valueIn(environment, "DBUS_STARTER_BUS_TYPE=") == "session";
+    seen.home = variableIn(environment, "HOME");
+    seen.isStartedByBus = variableIn(environment, "DBUS_STARTER_BUS_TYPE") == "session";
     return seen;
 }
 

@@ -1,12 +1,11 @@
 #include "korvane-runner/Bus/Linux/ProcessFamily.h"
 
+#include "Ambrel/Base/TextParts.h"
 #include "Ambrel/Instance/BundleLayout.h"
-#include "Ambrel/Platform/OwnedFd.h"
+#include "Ambrel/Platform/Linux/ProcessFiles.h"
 #include "Ambrel/Platform/Posix/Retry.h"
 
-#include <algorithm>
 #include <array>
-#include <charconv>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -18,33 +17,11 @@ namespace korvane::runner::bus {
 namespace {
 
 using namespace ambrel;
+using namespace ambrel::processFiles;
 
 struct CloseFolder {
     void operator()(DIR* folder) const noexcept { ::closedir(folder); }
 };
-
-/// Nothing for a process that has gone or may not be looked at, which is the ordinary case.
-std::string contentOf(const std::string& path) {
-    const OwnedFd file(
-        retryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC); }));
-    std::string content;
-    if (!file) return content;
-    std::array<char, 4096> buffer{};
-    while (true) {
-        const auto count =
-            retryInterrupted([&] { return ::read(file.get(), buffer.data(), buffer.size()); });
-        if (count <= 0) return content;
-        content.append(buffer.data(), static_cast<std::size_t>(count));
-    }
-}
-
-std::optional<int> numberIn(std::string_view text) {
-    int number = 0;
-    const auto* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || rest == text.data()) return std::nullopt;
-    return number;
-}
 
 /// The words of "PID (NAME) STATE PARENT ..." behind the name, which may be anything.
 std::vector<std::string_view> fieldsOf(std::string_view stat) {
@@ -52,10 +29,15 @@ std::vector<std::string_view> fieldsOf(std::string_view stat) {
     const auto end = stat.rfind(") ");
     if (end == std::string_view::npos) return fields;
     for (auto rest = stat.substr(end + 2); !rest.empty();) {
-        fields.push_back(rest.substr(0, rest.find(' ')));
-        rest.remove_prefix(std::min(fields.back().size() + 1, rest.size()));
+        fields.push_back(takeUntil(rest, ' '));
     }
     return fields;
+}
+
+/// What a file of /proc tells of a process.
+std::string told(int process, const char* file) {
+    const auto path = "/proc/" + std::to_string(process) + "/" + file;
+    return contentOf(AT_FDCWD, path.c_str());
 }
 
 /// As wait(2) would tell it.
@@ -70,10 +52,11 @@ int waitStatusOf(const siginfo_t& info) {
 std::optional<RunningProcess> runningProcess(int id) {
     constexpr std::size_t parent = 1;
     constexpr std::size_t start = 19;
-    const auto stat = contentOf("/proc/" + std::to_string(id) + "/stat");
+    const auto stat = told(id, "stat");
     const auto fields = fieldsOf(stat);
     if (fields.size() <= start) return std::nullopt;
-    return RunningProcess{id, numberIn(fields[parent]).value_or(0), std::string(fields[start])};
+    const auto parentId = static_cast<int>(numberIn(fields[parent]).value_or(0));
+    return RunningProcess{id, parentId, std::string(fields[start])};
 }
 
 std::vector<RunningProcess> runningProcesses() {
@@ -83,7 +66,8 @@ std::vector<RunningProcess> runningProcesses() {
     while (const dirent* entry = ::readdir(folder.get())) {
         const auto id = numberIn(entry->d_name);
         if (!id) continue;
-        if (auto process = runningProcess(*id)) processes.push_back(std::move(*process));
+        auto process = runningProcess(static_cast<int>(*id));
+        if (process) processes.push_back(std::move(*process));
     }
     return processes;
 }
@@ -127,16 +111,7 @@ bool isOfOtherInstance(int process) {
 }
 
 std::optional<std::string> startVariableOf(int process, std::string_view name) {
-    const auto content = contentOf("/proc/" + std::to_string(process) + "/environ");
-    std::string_view rest = content;
-    while (!rest.empty()) {
-        const auto entry = rest.substr(0, rest.find('\0'));
-        if (entry.size() > name.size() && entry.starts_with(name) && entry[name.size()] == '=') {
-            return std::string(entry.substr(name.size() + 1));
-        }
-        rest.remove_prefix(std::min(entry.size() + 1, rest.size()));
-    }
-    return std::nullopt;
+    return variableIn(told(process, "environ"), name);
 }
 
 } // namespace korvane::runner::bus
