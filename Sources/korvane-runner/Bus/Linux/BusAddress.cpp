@@ -8,9 +8,7 @@
 #include <cstddef>
 #include <cstring>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 namespace korvane::runner::bus {
 
@@ -96,12 +94,6 @@ std::optional<BusAddress> parseOne(std::string_view text, std::string_view runti
     return found;
 }
 
-bool isOwnSocket(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode) &&
-           status.st_uid == ::geteuid();
-}
-
 } // namespace
 
 std::optional<BusAddress> BusAddress::parse(std::string_view text, std::string_view runtimeFolder) {
@@ -116,7 +108,7 @@ std::optional<BusAddress> BusAddress::ofSession(std::string_view variable,
     if (!variable.empty()) return parse(variable, runtimeFolder);
     if (!runtimeFolder.starts_with('/')) return std::nullopt;
     BusAddress usual{Kind::file, std::string(runtimeFolder) + "/bus"};
-    if (!canBe(usual) || !isOwnSocket(usual.name)) return std::nullopt;
+    if (!canBe(usual) || !isSocketOfUser(usual.name)) return std::nullopt;
     return usual;
 }
 

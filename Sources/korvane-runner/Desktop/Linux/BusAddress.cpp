@@ -1,11 +1,10 @@
 #include "korvane-runner/Desktop/Linux/BusAddress.h"
 
 #include "Ambrel/Platform/FileSystem.h"
+#include "Ambrel/Platform/SocketPath.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace korvane::runner {
 
@@ -35,13 +34,11 @@ void forgetLost(const char* variable) {
     }
 }
 
-/// The place of the bus where no address is told, as GIO judges it.
-bool hasSocketOfUser() {
+/// Whether a bus is where no address is told, as GIO judges it.
+bool isBusAtUsualPlace() {
     const char* folder = std::getenv("XDG_RUNTIME_DIR");
     if (folder == nullptr || *folder != '/') return false;
-    struct stat status {};
-    return ::stat((std::string(folder) + "/bus").c_str(), &status) == 0 &&
-           status.st_uid == ::geteuid() && S_ISSOCK(status.st_mode);
+    return isSocketOfUser(std::string(folder) + "/bus");
 }
 
 } // namespace
@@ -62,7 +59,7 @@ void forgetLostBuses() noexcept {
 
 bool hasSessionBusAddress() noexcept {
     const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
-    if (address == nullptr) return hasSocketOfUser();
+    if (address == nullptr) return isBusAtUsualPlace();
     return std::string_view(address).find("autolaunch:") == std::string_view::npos;
 }
 
