@@ -73,22 +73,21 @@ std::optional<std::string> StartedServices::start(const ServiceFile& service,
     return std::nullopt;
 }
 
-std::map<int, StartedServices::Service>::iterator StartedServices::latestOf(std::string_view name) {
-    auto latest = services_.end();
-    for (auto service = services_.begin(); service != services_.end(); ++service) {
-        if (service->second.name != name) continue;
-        if (latest == services_.end() || service->second.number > latest->second.number) {
-            latest = service;
-        }
+std::optional<int> StartedServices::processOf(std::string_view name) const {
+    std::optional<int> latest;
+    for (const auto& [process, service] : services_) {
+        if (service.name != name) continue;
+        if (!latest || service.number > services_.at(*latest).number) latest = process;
     }
     return latest;
 }
 
 bool StartedServices::askToEnd(std::string_view name) {
-    const auto latest = latestOf(name);
-    if (latest == services_.end()) return false;
-    latest->second.process.terminate();
-    latest->second.isAsked = true;
+    const auto latest = processOf(name);
+    if (!latest) return false;
+    auto& service = services_.at(*latest);
+    service.process.terminate();
+    service.isAsked = true;
     return true;
 }
 
@@ -139,17 +138,10 @@ void StartedServices::rememberDescendants() {
 std::optional<StartedServices::Ended> StartedServices::reap(int process) {
     const auto found = services_.find(process);
     if (found == services_.end()) return std::nullopt;
-    Ended ended{found->second.name, latestOf(found->second.name) == found};
+    Ended ended{found->second.name, processOf(found->second.name) == process};
     found->second.process.waitUntilExit();
     services_.erase(found);
     return ended;
-}
-
-std::optional<int> StartedServices::processOf(std::string_view name) const {
-    for (const auto& [process, service] : services_) {
-        if (service.name == name) return process;
-    }
-    return std::nullopt;
 }
 
 void StartedServices::sendSignal(int process, int signal) const noexcept {

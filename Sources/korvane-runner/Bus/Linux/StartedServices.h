@@ -41,7 +41,7 @@ public:
     /// service.
     std::optional<Ended> reap(int process);
 
-    /// The process that was started for `name` and runs.
+    /// The process that was started for `name`, the last of those that run.
     std::optional<int> processOf(std::string_view name) const;
     const ambrel::Environment& environment() const { return setup_.environment; }
     bool isService(int process) const { return services_.contains(process); }
@@ -61,7 +61,6 @@ private:
 
     using Lookup = std::function<std::optional<RunningProcess>(int id)>;
 
-    std::map<int, Service>::iterator latestOf(std::string_view name);
     bool isBelowService(const RunningProcess& process, const Lookup& lookup);
     bool isRemembered(const RunningProcess& process) const;
     ambrel::Environment environmentWith(const ServiceVariables& additions) const;
