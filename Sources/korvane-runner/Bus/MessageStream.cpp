@@ -48,7 +48,7 @@ std::string_view MessageStream::gather(std::string_view& bytes) {
 void MessageStream::consume(std::string_view& bytes) {
     if (kept_.empty()) bytes.remove_prefix(wanted_);
     kept_.clear();
-    if (kept_.capacity() > mostReserved) kept_ = {};
+    if (kept_.capacity() > mostReserved) std::string().swap(kept_); // nothing else gives it back
     stage_ = Stage::start;
     wanted_ = frameStart;
 }

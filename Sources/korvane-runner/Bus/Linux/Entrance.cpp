@@ -47,11 +47,11 @@ Entrance::Entrance(PollLoop& loop, Handlers handlers)
 
 void Entrance::listenOn(OwnedFd listening) {
     watch_ = {};
-    again_.clear();
     listening_ = std::move(listening);
+    again_.setAfter(pauseLength); // there may be no room or no memory to watch it
     watch_ =
         loop_.watch(listening_.get(), {.reading = true}, [this](PollLoop::Event) { acceptSome(); });
-    if (!watch_) pause();
+    if (watch_) again_.clear();
 }
 
 // Without descriptors nobody can be let in, and the socket would tell again and again who waits.

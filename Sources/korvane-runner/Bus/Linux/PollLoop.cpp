@@ -24,10 +24,7 @@ epoll_event eventFor(PollLoop::Interest interest, std::uint64_t id) {
 }
 
 PollLoop::Event eventOf(std::uint32_t events) {
-    const bool isOver = (events & (EPOLLHUP | EPOLLERR)) != 0;
-    return {.canRead = isOver || (events & EPOLLIN) != 0,
-            .canWrite = isOver || (events & EPOLLOUT) != 0,
-            .isOver = isOver};
+    return {.canRead = (events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0};
 }
 
 /// What is no memory for is one program's; others, whose work is not saved, are served here too.
@@ -48,10 +45,13 @@ PollLoop::~PollLoop() = default;
 
 PollLoop::Watch PollLoop::watch(int fd, Interest interest, Handler handler) {
     const auto id = ++lastId_;
+    // What is watched and has nobody to be told would be told again and again.
+    const auto source =
+        sources_.emplace(id, Source{fd, std::make_shared<Handler>(std::move(handler))}).first;
     auto event = eventFor(interest, id);
-    if (::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, fd, &event) != 0) return {};
-    sources_.emplace(id, Source{fd, std::make_shared<Handler>(std::move(handler))});
-    return {this, fd, id, interest};
+    if (::epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, fd, &event) == 0) return {this, fd, id, interest};
+    sources_.erase(source);
+    return {};
 }
 
 void PollLoop::forget(std::uint64_t id, int fd) noexcept {
@@ -84,18 +84,23 @@ void PollLoop::Watch::setInterest(Interest interest) {
 }
 
 PollLoop::Timer::Timer(PollLoop& loop, std::function<void()> handler)
-    : loop_(loop), handler_(std::make_shared<std::function<void()>>(std::move(handler))) {}
+    : loop_(loop), handler_(std::make_shared<std::function<void()>>(std::move(handler))) {
+    Timers own;
+    own.emplace(TimerKey{}, this);
+    node_ = own.extract(own.begin());
+}
 
-void PollLoop::Timer::set(Time time) {
+void PollLoop::Timer::set(Time time) noexcept {
     clear();
     time_ = time;
     id_ = ++loop_.lastId_;
-    loop_.timers_.emplace(TimerKey{time, id_}, this);
+    node_.key() = {time_, id_};
+    loop_.timers_.insert(std::move(node_));
 }
 
-void PollLoop::Timer::clear() {
+void PollLoop::Timer::clear() noexcept {
     if (id_ == 0) return;
-    loop_.timers_.erase({time_, id_});
+    node_ = loop_.timers_.extract({time_, id_});
     id_ = 0;
 }
 

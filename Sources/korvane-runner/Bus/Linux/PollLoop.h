@@ -26,12 +26,10 @@ public:
         bool writing = false;
         bool operator==(const Interest&) const = default;
     };
-    /// What has happened to it. Where there is an error or the other side has gone, both can be
-    /// tried, and tell it.
+    /// What has happened to it. It can be written to where nothing else is told.
     struct Event {
-        bool canRead = false;
-        bool canWrite = false;
-        bool isOver = false; ///< nothing more can be sent or received, but for what has come
+        bool canRead = false; ///< also where there is an error or the other side has gone: that
+                              ///< tells it
     };
     using Handler = std::function<void(Event)>;
 
@@ -63,10 +61,19 @@ public:
         Interest interest_{};
     };
 
-    /// An empty one where the system has no room for another.
+    /// An empty one where the system has no room for another. Throws std::bad_alloc, and nothing is
+    /// watched then.
     [[nodiscard]] Watch watch(int fd, Interest interest, Handler handler);
 
-    /// Calls something at a time. The loop has to outlive it.
+    class Timer;
+
+private:
+    using TimerKey = std::pair<Time, std::uint64_t>;
+    using Timers = std::map<TimerKey, Timer*>;
+
+public:
+    /// Calls something at a time. The loop has to outlive it. To be set takes no memory: it may be
+    /// what tries again when there was none.
     class Timer {
     public:
         Timer(PollLoop& loop, std::function<void()> handler);
@@ -75,9 +82,9 @@ public:
         ~Timer() { clear(); }
 
         /// Once, at `time`; instead of another that was set before.
-        void set(Time time);
-        void setAfter(Clock::duration duration) { set(Clock::now() + duration); }
-        void clear();
+        void set(Time time) noexcept;
+        void setAfter(Clock::duration duration) noexcept { set(Clock::now() + duration); }
+        void clear() noexcept;
         bool isSet() const { return id_ != 0; }
 
     private:
@@ -86,6 +93,7 @@ public:
         std::shared_ptr<std::function<void()>> handler_;
         Time time_{};
         std::uint64_t id_ = 0;
+        Timers::node_type node_; ///< its place among the loop's, while it is not set
     };
 
     /// Waits until something happens, at most as long as `limit`, and calls everybody that it
@@ -100,7 +108,6 @@ private:
         int fd;
         std::shared_ptr<Handler> handler;
     };
-    using TimerKey = std::pair<Time, std::uint64_t>;
 
     int millisecondsToWait(std::optional<Clock::duration> limit) const;
     void runTimers();
@@ -108,7 +115,7 @@ private:
 
     ambrel::OwnedFd epoll_;
     std::map<std::uint64_t, Source> sources_;
-    std::map<TimerKey, Timer*> timers_;
+    Timers timers_;
     std::uint64_t lastId_ = 0;
     bool isStopped_ = false;
 };

@@ -16,8 +16,11 @@ namespace {
 
 using namespace ambrel;
 
-/// The descriptors that came with what was read.
+/// The descriptors that came with what was read. Throws std::bad_alloc, and they are closed then.
 void takeDescriptors(msghdr& message, Descriptors& into) {
+    if (message.msg_controllen == 0) return;
+    std::array<OwnedFd, mostDescriptors> owned; // at once: until then they are nobody's
+    std::size_t all = 0;
     for (auto* header = CMSG_FIRSTHDR(&message); header != nullptr;
          header = CMSG_NXTHDR(&message, header)) {
         if (header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_RIGHTS) continue;
@@ -25,9 +28,11 @@ void takeDescriptors(msghdr& message, Descriptors& into) {
         for (std::size_t i = 0; i < count; ++i) {
             int number = -1;
             std::memcpy(&number, CMSG_DATA(header) + i * sizeof(int), sizeof(int));
-            into.emplace_back(number);
+            owned.at(all++) = OwnedFd(number);
         }
     }
+    into.insert(into.end(), std::make_move_iterator(owned.begin()),
+                std::make_move_iterator(owned.begin() + static_cast<std::ptrdiff_t>(all)));
 }
 
 } // namespace

@@ -40,7 +40,6 @@ public:
     void endInput();
     void endOutput();
     bool isInputOver() const { return isInputOver_; }
-    bool isOutputOver() const { return isOutputOver_; }
 
     /// Watches for what is of use: for more to read only where `isWanted`. What is over is not
     /// watched at all, since it would be told again and again.

@@ -1,11 +1,15 @@
 #include "korvane-runner/Bus/Linux/PollLoop.h"
 
+#include "Allocations.h"
+
 #include <array>
 #include <doctest/doctest.h>
 #include <fcntl.h>
+#include <new>
 #include <optional>
 #include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace korvane::test {
 
@@ -94,14 +98,56 @@ TEST_CASE("a watch that goes elsewhere goes on") {
 TEST_CASE("the other side's end is told of whatever is watched for") {
     ReadyPipe pipe;
     PollLoop loop;
-    bool isOver = false;
+    bool canRead = false;
     const auto watch =
-        loop.watch(pipe.read.get(), {}, [&](PollLoop::Event event) { isOver = event.isOver; });
+        loop.watch(pipe.read.get(), {}, [&](PollLoop::Event event) { canRead = event.canRead; });
 
+    loop.runOnce(0ms);
+    CHECK_FALSE(canRead);
     pipe.write = {};
     loop.runOnce();
 
-    CHECK(isOver);
+    CHECK(canRead);
+}
+
+TEST_CASE("what there is no memory to watch is not watched, and can be again") {
+    const ReadyPipe pipe;
+    PollLoop loop;
+    int failed = 0;
+    int told = 0;
+    PollLoop::Watch watch;
+    while (!watch) {
+        PollLoop::Handler handler = [&](PollLoop::Event) { ++told; };
+        allocationsLeft = ++failed;
+        try {
+            watch = loop.watch(pipe.read.get(), {.reading = true}, std::move(handler));
+        } catch (const std::bad_alloc&) {
+            loop.runOnce(0ms);
+            continue;
+        }
+        allocationsLeft = -1;
+    }
+
+    CHECK(failed > 1);
+    CHECK(told == 0);
+    loop.runOnce();
+    CHECK(told == 1);
+}
+
+TEST_CASE("a timer is set without any memory") {
+    PollLoop loop;
+    int told = 0;
+    PollLoop::Timer timer(loop, [&] { ++told; });
+
+    allocationsLeft = 1;
+    timer.setAfter(1h);
+    timer.setAfter(0ms);
+    const bool isNoneTaken = std::exchange(allocationsLeft, -1) == 1;
+    loop.runOnce();
+
+    CHECK(isNoneTaken);
+    CHECK(told == 1);
+    CHECK_FALSE(timer.isSet());
 }
 
 TEST_CASE("what cannot be watched is not") {
