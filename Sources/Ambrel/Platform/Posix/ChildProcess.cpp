@@ -7,6 +7,7 @@
 #include "Ambrel/Platform/Posix/ProcessEnd.h"
 #include "Ambrel/Platform/Posix/Retry.h"
 #include "Ambrel/Platform/Posix/Spawn.h"
+#include "Ambrel/Platform/Posix/WaitStatus.h"
 
 #include <csignal>
 #include <mutex>
@@ -159,7 +160,7 @@ struct ChildProcess::State {
     void tryReap(int options) {
         int word = 0;
         const auto reaped = retryInterrupted([&] { return ::waitpid(pid, &word, options); });
-        if (reaped == pid) status = WIFSIGNALED(word) ? WTERMSIG(word) : WEXITSTATUS(word);
+        if (reaped == pid) status = terminationStatusOf(word);
         if (reaped == -1) status = lostStatus;
     }
 
@@ -169,8 +170,6 @@ struct ChildProcess::State {
         const auto id = static_cast<id_t>(pid);
         retryInterrupted([&] { return ::waitid(P_PID, id, &info, WEXITED | WNOWAIT); });
     }
-
-    static constexpr int lostStatus = 1;
 };
 
 ChildProcess::ChildProcess(Setup setup)
@@ -227,7 +226,7 @@ void ChildProcess::waitUntilExit() {
 }
 
 int ChildProcess::terminationStatus() const {
-    return state_->pid > 0 ? state_->collect() : State::lostStatus;
+    return state_->pid > 0 ? state_->collect() : lostStatus;
 }
 
 bool ChildProcess::isRunning() const { return state_->pid > 0 && !state_->hasEnded(); }

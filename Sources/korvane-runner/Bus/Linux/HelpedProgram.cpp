@@ -2,6 +2,7 @@
 
 #include "Ambrel/Platform/Posix/ProcessEnd.h"
 #include "Ambrel/Platform/Posix/Retry.h"
+#include "Ambrel/Platform/Posix/WaitStatus.h"
 
 #include <csignal>
 #include <deque>
@@ -13,14 +14,6 @@
 namespace korvane::runner::bus {
 
 using namespace ambrel;
-
-namespace {
-
-constexpr int lostStatus = 1;
-
-int statusOf(int word) { return WIFSIGNALED(word) ? WTERMSIG(word) : WEXITSTATUS(word); }
-
-} // namespace
 
 struct HelpedProgram::State {
     HelperChannel channel;
@@ -81,7 +74,7 @@ struct HelpedProgram::State {
         int word = 0;
         const auto reaped = retryInterrupted([&] { return ::waitpid(program, &word, WNOHANG); });
         if (reaped == 0) return;
-        status = reaped == program ? statusOf(word) : lostStatus;
+        status = reaped == program ? terminationStatusOf(word) : lostStatus;
         watch(openPastEnd());
     }
 
