@@ -2,6 +2,7 @@
 
 #include "Ambrel/Base/BusName.h"
 #include "Ambrel/Base/TextParts.h"
+#include "Ambrel/Instance/OwnNames.h"
 #include "Manager/Base/Quoting.h"
 #include "Manager/Base/Refusal.h"
 #include "Manager/Programs/ProgramTraits.h"
@@ -20,8 +21,6 @@ namespace {
 
 constexpr std::string_view callWord = "call ";
 constexpr std::string_view ownWord = "own ";
-/// As GDBus, Qt and libdbus have it.
-constexpr const char* addressVariable = "DBUS_SESSION_BUS_ADDRESS";
 
 std::vector<std::string> partsOf(std::string_view list) {
     std::vector<std::string> parts;
@@ -48,7 +47,7 @@ void requireChoice(const StringMap& overrides, const char* key) {
 /// Of an instance without names of its own.
 std::string whyShared(const BusStanding& standing) {
     return standing.sharing == BusSharing::byVariable
-               ? std::string("its environment sets ") + addressVariable
+               ? std::string("its environment sets ") + ambrel::busAddressVariable
                : "it shares the names on the session bus";
 }
 
@@ -117,7 +116,7 @@ void requireBusHeeded(const std::string& name, ambrel::ShortcutKind kind) {
 BusStanding busStanding(const StringMap& overrides, const StringMap& environment,
                         const std::optional<BusUse>& profile) {
     BusStanding standing;
-    if (environment.contains(addressVariable)) {
+    if (environment.contains(ambrel::busAddressVariable)) {
         standing.sharing = BusSharing::byVariable;
     } else if (busChoice(overrides, ambrel::sharedBusKey).value_or(false)) {
         const bool isSaid = profile && profile->isShared;

@@ -3,6 +3,7 @@
 #include "Ambrel/Base/Utf8.h"
 #include "Ambrel/Home/FolderRelation.h"
 #include "Ambrel/Instance/BundleLayout.h"
+#include "Ambrel/Instance/OwnNames.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Launch/ProgramProcesses.h"
 #include "Ambrel/Platform/FileSystem.h"
@@ -31,13 +32,6 @@ namespace {
 bool isAnyLog(const std::optional<HeldFile>& file) {
     return file &&
            ambrel::paths::lastComponent(file->path) == ambrel::InstanceLauncher::instanceLogName;
-}
-
-/// Whether the instance has names of its own on the session bus, and so services by them.
-bool mayHaveServices(const ambrel::InstanceConfig& config) {
-    const auto shared = config.infoPlistOverrides.find(ambrel::sharedBusKey);
-    const bool isShared = shared != config.infoPlistOverrides.end() && shared->second == "true";
-    return config.kind == ambrel::ShortcutKind::app && !isShared;
 }
 
 /// A file by its place and by what it is now.
@@ -145,7 +139,7 @@ bool Running::isProgram(const ProcessSeen& process, const Signs& signs) const {
 
 RunningProcesses Running::of(const InstanceRecord& record) const {
     const auto signs = Signs::of(record, user_);
-    const bool hasServices = mayHaveServices(record.config);
+    const bool hasServices = ambrel::wantsOwnNames(record.config);
     std::set<int> members;
     for (const auto& known : known_) {
         if (belongs(known, signs)) members.insert(known.process->id);

@@ -11,23 +11,17 @@ namespace {
 
 using ambrel::InstanceConfig;
 
-std::string_view override(const InstanceConfig& config, const char* key) {
+std::string_view overrideOf(const InstanceConfig& config, const char* key) {
     const auto entry = config.infoPlistOverrides.find(key);
     return entry == config.infoPlistOverrides.end() ? std::string_view() : entry->second;
 }
 
 } // namespace
 
-bool wantsOwnNames(const InstanceConfig& config) {
-    return config.kind == ambrel::ShortcutKind::app &&
-           override(config, ambrel::sharedBusKey) != "true" &&
-           !config.environment.contains("DBUS_SESSION_BUS_ADDRESS");
-}
-
 NamePolicy configuredPolicy(const InstanceConfig& config) {
-    const bool hides = override(config, ambrel::hidesSecretsKey) == "true";
+    const bool hides = overrideOf(config, ambrel::hidesSecretsKey) == "true";
     NamePolicy policy(hides ? Secrets::hidden : Secrets::shared);
-    auto rest = override(config, ambrel::busNamesKey);
+    auto rest = overrideOf(config, ambrel::busNamesKey);
     while (!rest.empty()) {
         const auto words = ambrel::takeUntil(rest, ';');
         const auto start = std::min(words.find_first_not_of(' '), words.size());

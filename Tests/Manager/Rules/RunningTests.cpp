@@ -218,6 +218,9 @@ TEST_CASE("services that the bus has started for an instance are not its program
     work.config.infoPlistOverrides = {{ambrel::sharedBusKey, "true"}};
     CHECK(Running::now(scene.user).of(work).hasProgram);
     work.config.infoPlistOverrides = {};
+    work.config.environment = {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/a/bus/of/its/own"}};
+    CHECK(Running::now(scene.user).of(work).hasProgram);
+    work.config.environment = {};
     const Waiting program({{"HOME", scene.homeOf()}});
     CHECK(Running::now(scene.user).of(work).hasProgram);
 }

@@ -18,24 +18,6 @@ InstanceConfig applicationWith(const std::string& key, const std::string& value)
 
 } // namespace
 
-TEST_CASE("applications alone want names of their own, unless they are to share the user's") {
-    auto config = smallestConfig();
-    for (const auto kind :
-         {ShortcutKind::app, ShortcutKind::web, ShortcutKind::file, ShortcutKind::command}) {
-        config.kind = kind;
-        CHECK(wantsOwnNames(config) == (kind == ShortcutKind::app));
-    }
-    CHECK(!wantsOwnNames(applicationWith("KorvaneSharedBus", "true")));
-    CHECK(wantsOwnNames(applicationWith("KorvaneSharedBus", "false")));
-}
-
-TEST_CASE("an application whose configuration names a bus keeps to that") {
-    auto config = applicationWith("Other", "true");
-    config.environment["DBUS_SESSION_BUS_ADDRESS"] = "";
-
-    CHECK(!wantsOwnNames(config));
-}
-
 TEST_CASE("secrets are hidden where the configuration says so") {
     const std::string secrets = "org.freedesktop.secrets";
 

@@ -1,8 +1,10 @@
 #include "korvane-runner/Bus/Linux/BusHelper.h"
 
+#include "Ambrel/Instance/OwnNames.h"
 #include "Ambrel/Launch/InstanceLauncher.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/Posix/Retry.h"
+#include "Ambrel/Platform/Posix/WaitStatus.h"
 #include "Ambrel/Platform/PropertyList.h"
 #include "korvane-runner/Bus/Linux/HelpedProgram.h"
 #include "korvane-runner/Bus/Linux/HelperSurroundings.h"
@@ -108,7 +110,7 @@ void BusHelper::separate() {
 
 void BusHelper::prepareProgram() {
     auto environment = environment_;
-    environment["DBUS_SESSION_BUS_ADDRESS"] = bus_.address();
+    environment[busAddressVariable] = bus_.address();
     environment.erase("DBUS_STARTER_ADDRESS");
     environment.erase("DBUS_STARTER_BUS_TYPE");
     auto program = InstanceLauncher::prepare(instance_, user_, environment, {}, opened_);
@@ -172,8 +174,7 @@ void BusHelper::reapAll() {
             bus_.serviceEnded(ended->service->name, ended->status);
         }
         if (!ended->isProgram) continue;
-        const int word = ended->status;
-        runner_.noteEnd(WIFSIGNALED(word) ? WTERMSIG(word) : WEXITSTATUS(word));
+        runner_.noteEnd(terminationStatusOf(ended->status));
         programEnded();
     }
 }

@@ -2,6 +2,7 @@
 
 #include "Ambrel/Application/AdoptedProgram.h"
 #include "Ambrel/Base/TextParts.h"
+#include "Ambrel/Instance/OwnNames.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/Posix/Retry.h"
 #include "korvane-runner/Bus/ConfiguredNames.h"
@@ -26,21 +27,23 @@ using namespace ambrel;
 using namespace bus;
 using Kind = HelperMessage::Kind;
 
-constexpr const char* busVariable = "DBUS_SESSION_BUS_ADDRESS";
-
+/// Of any user: a bus that was told may be another's.
 bool hasSocket(const Path& path) {
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode);
 }
 
-/// Absent without a bus, or with an address from when there was one.
+/// Absent without a bus, or with an address from when there was one. Throws std::runtime_error for
+/// an address that nobody here can connect to.
 std::optional<BusAddress> findBus(const Environment& environment) {
-    const auto address = valueOf(environment, busVariable);
+    const auto address = valueOf(environment, busAddressVariable);
     auto found = BusAddress::ofSession(address, valueOf(environment, "XDG_RUNTIME_DIR"));
     if (!found && !address.empty()) {
         throw std::runtime_error("the bus has an address of a kind that is not known: " + address);
     }
-    if (found && found->kind == BusAddress::Kind::file && !hasSocket(found->name)) return {};
+    // Without an address it was found by its socket.
+    const bool isToldFile = found && !address.empty() && found->kind == BusAddress::Kind::file;
+    if (isToldFile && !hasSocket(found->name)) return std::nullopt;
     return found;
 }
 
@@ -49,7 +52,7 @@ std::optional<BusAddress> findBus(const Environment& environment) {
     ::_exit(0); // what this process would do at its end is the runner's to do
 }
 
-/// Throws FileError and std::runtime_error where there can be no helper; nothing runs then.
+/// The process beside this one, and what was so before it.
 struct Helper {
     HelperChannel channel;
     pid_t process;
@@ -77,6 +80,7 @@ std::vector<int> childrenFromBefore() {
     return hasChildren() ? childrenOfThisProcess() : std::vector<int>();
 }
 
+/// Throws FileError where there can be no helper; nothing runs then.
 Helper fork(const ResolvedInstance& instance, const UserPlaces& user, const Environment& inherited,
             const std::vector<std::string>& opened, const BusAddress& bus) {
     const auto prefix = privatePrefix(instance.config.bundleId);
@@ -124,13 +128,13 @@ void requireNoStartByBus(const InstanceConfig& config, const std::string& reason
 
 // Names of an instance's own within another's would be that one's, and end with it.
 void OwnBusNames::returnToUsersBus() noexcept {
-    const char* told = std::getenv(busVariable);
+    const char* told = std::getenv(busAddressVariable);
     if (told == nullptr) return;
     try {
         const auto bus = BusAddress::parse(told, {});
         const auto behind = bus ? busBehind(*bus) : std::nullopt;
         if (!behind) return;
-        ::setenv(busVariable, behind->text().c_str(), 1);
+        ::setenv(busAddressVariable, behind->text().c_str(), 1);
         ::unsetenv("DBUS_STARTER_ADDRESS");
         ::unsetenv("DBUS_STARTER_BUS_TYPE");
     } catch (const std::bad_alloc&) {

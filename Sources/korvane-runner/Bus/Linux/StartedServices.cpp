@@ -1,5 +1,6 @@
 #include "korvane-runner/Bus/Linux/StartedServices.h"
 
+#include "Ambrel/Instance/OwnNames.h"
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/FileSystem.h"
 #include "Ambrel/Platform/StartTokens.h"
@@ -14,7 +15,6 @@ namespace {
 
 using namespace ambrel;
 
-constexpr const char* busVariable = "DBUS_SESSION_BUS_ADDRESS";
 constexpr const char* starterVariable = "DBUS_STARTER_ADDRESS";
 
 /// As a shell finds it.
@@ -42,7 +42,7 @@ StartedServices::StartedServices(Setup setup, const DescriptorLimit& limit)
 Environment StartedServices::environmentWith(const ServiceVariables& additions) const {
     auto environment = setup_.environment;
     for (const auto& [name, value] : additions) environment[name] = value;
-    environment[busVariable] = setup_.address;
+    environment[busAddressVariable] = setup_.address;
     environment[starterVariable] = setup_.address;
     environment["DBUS_STARTER_BUS_TYPE"] = "session";
     return environment;
