@@ -70,19 +70,26 @@ void requireHeededChanges(const InstanceConfig& config, const InstanceConfig& wa
     });
 }
 
+/// Whether its profile says so is not asked.
+BusStanding standingOf(const InstanceConfig& config) {
+    return busStanding(config.infoPlistOverrides, config.environment, {});
+}
+
+/// Whether the change takes its own names from an application that had them.
+bool losesOwnNames(const InstanceConfig& before, const InstanceConfig& after) {
+    return after.kind == ambrel::ShortcutKind::app && standingOf(before).hasOwnNames() &&
+           !standingOf(after).hasOwnNames();
+}
+
 /// An instance whose program only the bus starts keeps its own names, if it has them.
-void requireStillApart(const InstanceConfig& config, const InstanceConfig& wanted,
-                       const UserPlaces& user) {
-    const auto standing = busStandingOf(wanted, user);
-    if (standing.hasOwnNames() || !busStandingOf(config, user).hasOwnNames()) return;
-    if (wanted.kind != ambrel::ShortcutKind::app) return;
+void requireStillApart(const InstanceConfig& config, const InstanceConfig& wanted) {
+    if (!losesOwnNames(config, wanted)) return;
     const auto app = ambrel::AppBundle::read(wanted.targetAppURL());
-    if (app) requireOwnNames(*app, standing);
+    if (app) requireOwnNames(*app, standingOf(wanted));
 }
 
 /// What is said of the session's bus by the wanted overrides, where they say something new.
-void requireNewBusSettings(const InstanceConfig& config, const InstanceConfig& wanted,
-                           const UserPlaces& user) {
+void requireNewBusSettings(const InstanceConfig& config, const InstanceConfig& wanted) {
     const auto isNew = [&](const char* key) {
         const auto found = wanted.infoPlistOverrides.find(key);
         if (found == wanted.infoPlistOverrides.end()) return false;
@@ -98,8 +105,8 @@ void requireNewBusSettings(const InstanceConfig& config, const InstanceConfig& w
         requireBusHeeded(name, config.kind);
         requireBusSettings(wanted.infoPlistOverrides);
     }
-    requireStillApart(config, wanted, user);
-    if (isNew(ambrel::hidesSecretsKey)) requireSecretsHideable(busStandingOf(wanted, user));
+    requireStillApart(config, wanted);
+    if (isNew(ambrel::hidesSecretsKey)) requireSecretsHideable(standingOf(wanted));
 }
 
 void requireNewAddress(const InstanceConfig& config, const InstanceConfig& wanted) {
@@ -238,11 +245,8 @@ std::vector<Notice> noticesOnDropped(const InstanceRecord& before, const Instanc
 /// is known.
 std::vector<Notice> noticesOnSharing(const InstanceConfig& before, const InstanceConfig& after,
                                      const UserPlaces& user, const Environment& environment) {
-    const auto standing = busStandingOf(after, user);
-    const bool hadNames = busStandingOf(before, user).hasOwnNames();
-    const bool isApp = after.kind == ambrel::ShortcutKind::app;
-    if (!isApp || !hadNames || standing.hasOwnNames()) return {};
-    auto notices = noticesOnUnheeded(standing);
+    if (!losesOwnNames(before, after)) return {};
+    auto notices = noticesOnUnheeded(standingOf(after));
     try {
         const auto app = ambrel::AppBundle::read(after.targetAppURL());
         if (!app) return notices;
@@ -318,7 +322,7 @@ Edited change(const InstanceRecord& record, const InstanceConfig& asked, const U
     const auto wanted = checkedConfig(record, asked);
     requireSameBundle(record.config, wanted);
     requireHeededChanges(record.config, wanted);
-    requireNewBusSettings(record.config, wanted, user);
+    requireNewBusSettings(record.config, wanted);
     requireNewAddress(record.config, wanted);
     requireUsableHome(record, wanted, user);
     if (wanted.displayName != record.config.displayName) requireRenamable(record, user);
