@@ -214,6 +214,8 @@ private:
             const auto found = look();
             if (found.hasProgram) return true;
             if (std::ranges::none_of(found.ids, [this](int id) { return isNew(id); })) return false;
+            const bool isTooLate = ambrel::ProcessHandle::Clock::now() >= deadline;
+            if (isTooLate) return true;
             if (held.empty()) continue; // it came between the two looks
             if (!ambrel::ProcessHandle::waitForAny(held, deadline)) return true;
         }
