@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
 #include <new>
 
 namespace korvane::runner::bus {
@@ -71,11 +72,12 @@ void ClientLink::retryLater() {
     retryAfter_ = std::min<std::chrono::milliseconds>(retryAfter_ * 2, longestRetry);
 }
 
-/// Where there is no memory for what one program says or is told, that one ends.
+/// Where there is no memory for what one program says or is told, or anything else fails that
+/// nobody has foreseen, that one ends, and not all.
 template <class Step> void ClientLink::attempt(const Step& step) noexcept {
     try {
         step();
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
         fail();
     }
 }
