@@ -2,6 +2,7 @@
 
 #include "Ambrel/Platform/LibraryError.h"
 
+#include <algorithm>
 #include <dlfcn.h>
 
 namespace ambrel {
@@ -31,7 +32,9 @@ void LazyLibrary::open() {
 
 void LazyLibrary::close() noexcept {
     const std::lock_guard lock(mutex_);
-    if (handle_ != nullptr) dlclose(handle_);
+    if (handle_ == nullptr) return;
+    std::fill_n(table_, count_, nullptr);
+    dlclose(handle_);
     handle_ = nullptr;
 }
 
