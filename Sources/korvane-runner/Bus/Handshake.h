@@ -8,8 +8,8 @@
 namespace korvane::runner::bus {
 
 /// Where in what a program writes the messages begin (D-Bus Specification, "Authentication
-/// Protocol"). Before them it has words with the bus, which
-/// pass as they are: the identity and the descriptors that they agree on are the bus's.
+/// Protocol"). Before them it has words with the bus, which pass as they are: the identity and the
+/// descriptors that they agree on are the bus's.
 class ClientHandshake {
 public:
     /// How many of the next bytes belong to it; behind them, where there are more, the first

@@ -11,8 +11,8 @@ class WireWriter;
 
 /// In bytes, as the D-Bus Specification has it, header included.
 inline constexpr std::size_t longestMessage = 128 * 1024 * 1024;
-/// The longest header that is collected of what a program of the instance writes. The protocol
-/// allows 64 MiB; nothing that programs send comes near this limit.
+/// The longest header that is collected of what a program of the instance writes. A bus allows 64
+/// MiB; nothing that programs send comes near this limit.
 inline constexpr std::size_t longestOwnHeader = 64 * 1024;
 /// How much of a message has to be there before its length is known.
 inline constexpr std::size_t frameStart = 16;

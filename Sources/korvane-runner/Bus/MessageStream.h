@@ -2,7 +2,6 @@
 
 #include "korvane-runner/Bus/MessageHeader.h"
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 

@@ -13,9 +13,8 @@ enum class ByteOrder : char { little = 'l', big = 'B' };
 inline constexpr std::size_t longestArray = 64 * 1024 * 1024;
 
 /// Takes values off a message of a stranger (D-Bus Specification, "Marshaling"), and checks them as
-/// a bus does. After the first one
-/// that is not right, all others are empty or zero and fault() says what was wrong, so that one
-/// question at the end suffices.
+/// a bus does. After the first one that is not right, all others are empty or zero and fault() says
+/// what was wrong, so that one question at the end suffices.
 class WireReader {
 public:
     /// `bytes` begin at a multiple of 8 in the message, and what is read are views of them.

@@ -23,7 +23,7 @@ int hexDigit(char c) {
     return -1;
 }
 
-/// Bytes that stand as they are in an address. The protocol lets others pass, too.
+/// Bytes that stand as they are in an address. Those who read one let others pass, too.
 bool isPlain(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
            std::string_view("-_/\\*.").find(c) != std::string_view::npos;

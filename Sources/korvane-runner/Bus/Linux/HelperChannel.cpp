@@ -3,6 +3,7 @@
 #include "Ambrel/Platform/FileError.h"
 #include "Ambrel/Platform/Posix/Retry.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>

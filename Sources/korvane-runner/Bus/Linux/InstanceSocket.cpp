@@ -7,6 +7,7 @@
 #include "Ambrel/Platform/SocketPath.h"
 #include "korvane-runner/Bus/Linux/BusProxy.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -26,10 +27,10 @@ namespace {
 using namespace ambrel;
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* socketName = "socket";
-constexpr const char* hiddenName = "ending";
-constexpr const char* busName = "bus";
-constexpr const char* newBusName = "bus.new";
+constexpr const char* socketFile = "socket";
+constexpr const char* hiddenSocketFile = "ending";
+constexpr const char* busFile = "bus";
+constexpr const char* newBusFile = "bus.new";
 constexpr mode_t othersRights = 077;
 
 /// What the library of the bus itself connects to: it refuses longer paths that the system takes.
@@ -101,16 +102,16 @@ sockaddr_un addressOf(const Path& path) {
 /// Tells whoever is started by a program of the instance where the user's bus is. In one step, for
 /// the socket may be known already.
 void writeBus(const SocketPlace& place, const OwnedFd& folder) {
-    const auto path = paths::join(place.folderPath(), busName);
+    const auto path = paths::join(place.folderPath(), busFile);
     const auto text = place.bus.text();
-    ::unlinkat(folder.get(), newBusName, 0);
-    const OwnedFd file(::openat(folder.get(), newBusName,
+    ::unlinkat(folder.get(), newBusFile, 0);
+    const OwnedFd file(::openat(folder.get(), newBusFile,
                                 O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!file) throwFileError("write", path);
     const auto written =
         retryInterrupted([&] { return ::write(file.get(), text.data(), text.size()); });
     if (written != static_cast<ssize_t>(text.size())) throwFileError("write", path);
-    if (::renameat(folder.get(), newBusName, folder.get(), busName) != 0) {
+    if (::renameat(folder.get(), newBusFile, folder.get(), busFile) != 0) {
         throwFileError("write", path);
     }
 }
@@ -118,12 +119,12 @@ void writeBus(const SocketPlace& place, const OwnedFd& folder) {
 OwnedFd newListening(const SocketPlace& place, const OwnedFd& folder) {
     const auto path = place.socketPath();
     const auto address = addressOf(path);
-    for (const char* name : {socketName, hiddenName}) ::unlinkat(folder.get(), name, 0);
+    for (const char* name : {socketFile, hiddenSocketFile}) ::unlinkat(folder.get(), name, 0);
     OwnedFd listening(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!listening) throwFileError("make", path);
     const auto* generic = reinterpret_cast<const sockaddr*>(&address);
     if (::bind(listening.get(), generic, sizeof address) != 0) throwFileError("make", path);
-    const bool listens = ::fchmodat(folder.get(), socketName, 0600, 0) == 0 &&
+    const bool listens = ::fchmodat(folder.get(), socketFile, 0600, 0) == 0 &&
                          ::listen(listening.get(), SOMAXCONN) == 0;
     if (!listens) throwFileError("make", path);
     return listening;
@@ -203,14 +204,14 @@ ServedSocket::ServedSocket(SocketPlace place, OwnedFd folder)
 }
 
 std::optional<BusAddress> busBehind(const BusAddress& bus) {
-    if (bus.kind != BusAddress::Kind::file || paths::lastComponent(bus.name) != socketName) {
+    if (bus.kind != BusAddress::Kind::file || paths::lastComponent(bus.name) != socketFile) {
         return std::nullopt;
     }
     const Path path(paths::deletingLastComponent(bus.name));
     const OwnedFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!isOursAlone(folder, S_IFDIR)) return std::nullopt;
     const OwnedFd file(
-        ::openat(folder.get(), busName, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+        ::openat(folder.get(), busFile, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
     if (!isOursAlone(file, S_IFREG)) return std::nullopt;
     std::array<char, 1024> text{}; // a socket's path is short
     const auto size =
@@ -220,15 +221,15 @@ std::optional<BusAddress> busBehind(const BusAddress& bus) {
 }
 
 void ServedSocket::hide() const noexcept {
-    ::renameat(folder_.get(), socketName, folder_.get(), hiddenName);
+    ::renameat(folder_.get(), socketFile, folder_.get(), hiddenSocketFile);
 }
 
 void ServedSocket::show() const noexcept {
-    ::renameat(folder_.get(), hiddenName, folder_.get(), socketName);
+    ::renameat(folder_.get(), hiddenSocketFile, folder_.get(), socketFile);
 }
 
 void ServedSocket::remove() const noexcept {
-    for (const char* name : {socketName, hiddenName, busName, newBusName}) {
+    for (const char* name : {socketFile, hiddenSocketFile, busFile, newBusFile}) {
         ::unlinkat(folder_.get(), name, 0);
     }
     // Before the lock goes, and only where it is ours still: whoever waits for it looks again.
