@@ -179,6 +179,8 @@ class Endings(WebTests):
                 document.cookie = `clicks=${value}; Max-Age=100000`;
                 new Notification(`Click ${value}`);
                 report(['click', value]);
+                let moments = 0;
+                setInterval(() => new Notification(`Moment ${++moments}`), 40);
             });
             addEventListener('load', () =>
                 report(['load', localStorage.getItem('clicks'), document.cookie]));""")
@@ -188,11 +190,18 @@ class Endings(WebTests):
         self.assertEqual(self.site.awaitReport(1), ["load", None, ""])
         instance.click()
         self.site.awaitReport(2)
+        # What a page says to the instance and to its site goes two ways.
+        instance.awaitBanner("Click 1")
 
         end(instance)
         self.assertEqual(instance.ended()[:2], (0, ""))
 
-        self.assertEqual(instance.lines(), ["badge: cleared", "notify: Click 1 — "])
+        # There is always a line that waits to be written. What has a banner was heard of.
+        lines = instance.lines()
+        moments = [f"notify: Moment {number} — " for number in range(1, len(lines) - 1)]
+        self.assertEqual(lines, ["badge: cleared", "notify: Click 1 — ", *moments])
+        shown = [f"notify: {banner.summary} — " for banner in instance.banners()]
+        self.assertEqual([line for line in shown if line not in lines], [])
         instance.start()
         self.assertEqual(self.site.awaitReport(3), ["load", "1", "clicks=1"])
 
