@@ -71,6 +71,11 @@ class OneByOne(InDesktop):
                          f"{copy} ended with {process.poll()}")
         return process
 
+    def awaitNotes(self, copy, *expected):
+        """Until a copy has written this; a start that hands over to it does not wait for it."""
+        awaitCondition(lambda: self.notes(copy)[1] == list(expected),
+                       lambda: f"{copy} has {self.notes(copy)}, not {expected}")
+
     def test_each_start_opens_a_copy_of_its_own_and_a_second_reaches_it(self):
         for order in (["own", "One", "Two"], ["Two", "One", "own"]):
             with self.subTest(order):
@@ -80,9 +85,8 @@ class OneByOne(InDesktop):
                     second = self.begin(copy)
                     self.assertEqual(second.communicate(), ("", ""))
                     self.assertEqual(second.returncode, 0)
-                    processes, told = self.notes(copy)
-                    self.assertEqual(told, ["started", "activated", "activated"])
-                    self.assertEqual(len(processes), 1)
+                    self.awaitNotes(copy, "started", "activated", "activated")
+                    self.assertEqual(len(self.notes(copy)[0]), 1)
 
                 self.assertEqual([start.poll() for start in starts.values()], [None] * 3)
                 self.endAll(starts)
@@ -104,7 +108,7 @@ class OneByOne(InDesktop):
         self.start("gio", "launch", self.show("One")["desktopEntry"], letter)
         awaitCondition(lambda: self.notes("One")[1][2:], lambda: "One is told nothing")
 
-        self.assertEqual(self.notes("own")[1][2:], [f"opened {letter}"])
+        self.awaitNotes("own", "started", "activated", f"opened {letter}")
         self.assertEqual(self.notes("Two")[1][2:], [])
         [told] = self.notes("One")[1][2:]
         self.assertEqual(os.path.realpath(told.removeprefix("opened ")), str(letter))
