@@ -38,9 +38,13 @@ class Frames(WebTests):
             self.assertIn(f"_NET_WM_ACTION_{action}", told)
 
     def test_the_frame_is_remembered_and_does_not_wander(self):
+        self.site.page("/", """addEventListener('load', () => report(innerWidth));
+            addEventListener('resize', () => report(innerWidth));""", title="Page")
         instance = self.started()
         self.user.run("wmctrl", "-i", "-r", instance.window().identifier, "-e", "0,123,45,900,600")
         awaitCondition(lambda: instance.frame()[2:] == (900, 600), lambda: str(instance.frame()))
+        # The screen has the new size before the instance does, whose page is told last.
+        awaitCondition(lambda: 900 in self.site.reports, lambda: str(self.site.reports))
         chosen = instance.frame()
         instance.close()
         self.assertEqual(instance.ended()[:2], (0, ""))
