@@ -57,6 +57,7 @@ class ByQuit(StatusItemTests):
 
         item.choose(f"Quit {instance.name}")
         item.choose(f"Quit {instance.name}")
+        item.entries()  # told after what was chosen has been done
         self.assertEqual(instance.log(), "ready\n")
         self.assertTrue(item.isThere())
         os.kill(program, signal.SIGCONT)
