@@ -1,12 +1,27 @@
 #!/usr/bin/env python3
 """Files that a site hands out: they land in the user's own downloads under names of their own."""
 
+import os
+import pathlib
 import unittest
 
 from Desktop import awaitCondition
 from EndToEnd import changes, contents
 from WebInstances import WebTests
 from WebSite import Answer
+
+
+def contentOf(file):
+    """None when it has gone since it was listed: what is being loaded gets its name at the end."""
+    try:
+        return file.read_bytes()
+    except FileNotFoundError:
+        return None
+
+
+def filesNamed(name, folder):
+    """Those in the folder and below it, where folders may come and go meanwhile."""
+    return [pathlib.Path(path, name) for path, _, files in os.walk(folder) if name in files]
 
 
 class Downloads(WebTests):
@@ -38,7 +53,7 @@ class Downloads(WebTests):
         folder = folder or self.folder
 
         def found():
-            return {file.name: file.read_bytes() for file in folder.iterdir()
+            return {file.name: contentOf(file) for file in folder.iterdir()
                     if file.name != "note.txt"}
         awaitCondition(lambda: found() == expected,
                        lambda: f"in {folder}: {list(found())}")
@@ -96,8 +111,8 @@ class Downloads(WebTests):
             }}""")
 
         def saved():
-            return sorted(int(file.read_bytes()) for file in self.folder.iterdir()
-                          if file.name != "note.txt" and file.stat().st_size)
+            return sorted(int(content) for file in self.folder.iterdir()
+                          if file.name != "note.txt" and (content := contentOf(file)))
         awaitCondition(lambda: saved() == list(range(len(names))),
                        lambda: f"{saved()}: {list(self.folder.iterdir())}")
         self.assertEqual([file for file in self.folder.iterdir() if file.name.startswith(".")], [])
@@ -159,8 +174,8 @@ class Downloads(WebTests):
 
         instance = self.startedWith("download('/file')", shareUserFolders=False)
 
-        awaitCondition(lambda: [file for file in instance.home.rglob("file.bin")
-                                if file.read_bytes() == b"the content"],
+        awaitCondition(lambda: [file for file in filesNamed("file.bin", instance.home)
+                                if contentOf(file) == b"the content"],
                        lambda: "it is nowhere in the home")
         self.awaitFiles({})
 
@@ -172,8 +187,9 @@ class Downloads(WebTests):
         self.startedWith("download('/file')")
 
         def found():
-            return [file for file in self.user.home.rglob("file.bin")
-                    if "KorvaneInstances" not in file.parts and not file.is_symlink()]
+            return [file for file in filesNamed("file.bin", self.user.home)
+                    if "KorvaneInstances" not in file.parts and not file.is_symlink()
+                    and contentOf(file) == b"the content"]
         awaitCondition(found, lambda: "it is nowhere")
         for file in found():
             self.addCleanup(self.removeWithFolder, file)
