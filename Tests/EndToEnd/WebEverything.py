@@ -69,7 +69,7 @@ class Everything(WebTests):
         expected = ["badge: cleared", banner, *counts, "notify: All titles — "]
 
         def lines():
-            return wholeLines(log).splitlines()
+            return wholeLines(log).splitlines() if os.path.isfile(log) else []
         awaitCondition(lambda: len(lines()) >= visits * len(expected),
                        lambda: f"{len(lines())} lines")
         told = lines()[(visits - 1) * len(expected):]
@@ -80,7 +80,7 @@ class Everything(WebTests):
         shown = (f"Visit {visits}", "&lt;b&gt;bold&lt;/b&gt; &amp; &lt;i&gt;granted")
         awaitCondition(lambda: shown in self.banners(name), lambda: str(self.banners(name)))
         awaitCondition(lambda: self.badges(name)[-1:] == [titles], lambda: self.badges(name)[-3:])
-        self.assertLess(len(self.badges(name)), titles)
+        self.assertLess(len(self.badges(name)), visits * titles)
 
     def visitTwice(self):
         for visits in [1, 2]:
