@@ -231,7 +231,10 @@ class Titles(PageTests):
         self.logOf("", title="Before")
         self.started.awaitTitle("Before")
 
-        self.logAfterTheStart("")
+        # The window would be titled when the page is shown, which comes after it is loaded.
+        self.visit("""addEventListener('pageshow', () => setTimeout(() => {
+            new Notification(theEnd); follow(); }));""")
+        self.linesOfThePage()
 
         self.assertEqual(self.started.title(), "Before")
 
