@@ -234,9 +234,10 @@ class Endings(WebTests):
 
     def test_a_page_that_never_stops_does_not_keep_the_window(self):
         self.site.page("/busy", "report('busy').then(() => { while (true); });")
-        for end in [lambda instance: instance.close(),
-                    lambda instance: os.kill(instance.pid(), signal.SIGTERM)]:
+        for number, end in enumerate([lambda instance: instance.close(),
+                                      lambda instance: os.kill(instance.pid(), signal.SIGTERM)], 1):
             instance = self.startedAt("/busy")
+            self.site.awaitReport(number)
             instance.window()
 
             end(instance)
