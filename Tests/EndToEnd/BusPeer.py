@@ -129,11 +129,11 @@ class BusPeer(BusClient):
         return self.next(lambda told: told.kind == self.signal and told.member == member)
 
     def heard(self, member):
-        """What came with each such signal that was sent before this call; they are taken."""
+        """What came with each message of this member that was sent before this call; they are
+        taken."""
         # The bus answers in the order in which it sends.
         self.askBus("GetId")
-        found = [told for told in self.kept
-                 if told.kind == self.signal and told.member == member]
+        found = [told for told in self.kept if told.member == member]
         self.kept = [told for told in self.kept if told not in found]
         return [told.body for told in found]
 
@@ -171,10 +171,6 @@ class BusPeer(BusClient):
     def takeDescriptors(self, count):
         taken, self.descriptors = self.descriptors[:count], self.descriptors[count:]
         return taken
-
-    def hasEnded(self):
-        """Waits for the other side to close; nothing may come any more."""
-        return self._socket.recv(1) == b""
 
     def _hasInput(self):
         return bool(self._data) or bool(select.select([self._socket], [], [], 0)[0])

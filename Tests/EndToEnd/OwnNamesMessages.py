@@ -23,6 +23,8 @@ class HostileTests(OwnNamesTests):
         super().setUp()
         self.agent = self.startedApart()
         self.path = self.agent.address.removeprefix("unix:path=").partition(",")[0]
+        self.first = self.inside(self.agent)
+        self.first.askBus("GetId")  # which is answered when the start is over
 
     def pair(self):
         """Two programs of the instance, of which the second owns the name as the user does."""
