@@ -9,7 +9,7 @@ import subprocess
 import sys
 import time
 
-from Measuring import await_, pss
+from Measuring import await_, patience, pss
 
 programs = {"GTK": ["mousepad", "eog", "gnome-calculator"],
             "Qt": ["featherpad", "konsole", "qterminal"]}
@@ -121,7 +121,8 @@ def measureWindow(bin, rounds, kind):
         runner = subprocess.Popen([instances.runners[own]], stdout=subprocess.DEVNULL,
                                   stderr=subprocess.DEVNULL)
         while not windows.ids() - before:
-            pass
+            if runner.poll() is not None or time.monotonic() - begin > patience:
+                sys.exit(f"{program} shows no window")
         taken = time.monotonic() - begin
         windows.close()
         if own:
