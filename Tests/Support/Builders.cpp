@@ -12,6 +12,13 @@ InstanceConfig smallestConfig() {
     return config;
 }
 
+InstanceConfig applicationWithOverride(const std::string& key, const std::string& value) {
+    auto config = smallestConfig();
+    config.kind = ShortcutKind::app;
+    config.infoPlistOverrides[key] = value;
+    return config;
+}
+
 InstanceConfig commandConfig(const Path& home, const std::string& commandPath,
                              const std::vector<std::string>& arguments) {
     auto config = smallestConfig();

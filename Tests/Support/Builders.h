@@ -11,6 +11,8 @@ namespace korvane::test {
 
 /// The smallest record of an application instance.
 ambrel::InstanceConfig smallestConfig();
+/// One with this in its property list.
+ambrel::InstanceConfig applicationWithOverride(const std::string& key, const std::string& value);
 /// A command instance with its home in `home`.
 ambrel::InstanceConfig commandConfig(const Path& home, const std::string& commandPath,
                                      const std::vector<std::string>& arguments = {});

@@ -7,17 +7,6 @@ namespace korvane::test {
 
 using namespace ambrel;
 
-namespace {
-
-InstanceConfig applicationWith(const std::string& key, const std::string& value) {
-    auto config = smallestConfig();
-    config.kind = ShortcutKind::app;
-    config.infoPlistOverrides[key] = value;
-    return config;
-}
-
-} // namespace
-
 TEST_CASE("applications alone want names of their own, unless they are to share the user's") {
     auto config = smallestConfig();
     for (const auto kind :
@@ -25,12 +14,12 @@ TEST_CASE("applications alone want names of their own, unless they are to share 
         config.kind = kind;
         CHECK(wantsOwnNames(config) == (kind == ShortcutKind::app));
     }
-    CHECK(!wantsOwnNames(applicationWith("KorvaneSharedBus", "true")));
-    CHECK(wantsOwnNames(applicationWith("KorvaneSharedBus", "false")));
+    CHECK(!wantsOwnNames(applicationWithOverride("KorvaneSharedBus", "true")));
+    CHECK(wantsOwnNames(applicationWithOverride("KorvaneSharedBus", "false")));
 }
 
 TEST_CASE("an application whose configuration names a bus keeps to that") {
-    auto config = applicationWith("Other", "true");
+    auto config = applicationWithOverride("Other", "true");
     config.environment["DBUS_SESSION_BUS_ADDRESS"] = "";
 
     CHECK(!wantsOwnNames(config));

@@ -7,17 +7,6 @@ using namespace ambrel;
 using namespace korvane::runner::bus;
 using namespace korvane::test;
 
-namespace {
-
-InstanceConfig applicationWith(const std::string& key, const std::string& value) {
-    auto config = smallestConfig();
-    config.kind = ShortcutKind::app;
-    config.infoPlistOverrides[key] = value;
-    return config;
-}
-
-} // namespace
-
 TEST_CASE("secrets are hidden where the configuration says so") {
     const std::string secrets = "org.freedesktop.secrets";
 
@@ -25,14 +14,14 @@ TEST_CASE("secrets are hidden where the configuration says so") {
     CHECK(usual.isShared(secrets, NameUse::call));
     CHECK(!usual.isHidden(secrets));
 
-    const auto hiding = configuredPolicy(applicationWith("KorvaneHidesSecrets", "true"));
+    const auto hiding = configuredPolicy(applicationWithOverride("KorvaneHidesSecrets", "true"));
     CHECK(!hiding.isShared(secrets, NameUse::call));
     CHECK(hiding.isHidden(secrets));
 }
 
 TEST_CASE(
     "configured names are shared for calling and owning apart, and what is none is left out") {
-    const auto policy = configuredPolicy(applicationWith(
+    const auto policy = configuredPolicy(applicationWithOverride(
         "KorvaneBusNames", "call org.example.Called;own org.example.Owned; call org.example.Late;;"
                            "org.example.None;have org.example.Some;call org.*"));
 
