@@ -170,6 +170,10 @@ class Mousepad(InDesktop):
             awaitCondition(lambda: second.poll() is not None,
                            lambda: f"the second start of {copy} is a copy of its own")
             self.assertEqual(second.returncode, 0)
+        # Another tab, which the window is called after then.
+        expected = {"own": ["Untitled 2"], "One": ["Untitled 2"], "Two": ["Untitled 1"]}
+        awaitCondition(lambda: self.shownIn(copies) == expected,
+                       lambda: f"the windows show {self.shownIn(copies)}")
 
         now = self.desktop.windowsOf(copies)
         owners = {copy: {window.process for window in some} for copy, some in now.items()}
@@ -178,6 +182,12 @@ class Mousepad(InDesktop):
         self.assertEqual(len(now["Two"]), 1)
         self.assertEqual([process.poll() for process in copies.values()], [None] * 3)
         self.assertTrue(all(isRunning(process) for some in owners.values() for process in some))
+
+    def shownIn(self, copies):
+        """What the windows of each copy show, by their titles."""
+        return {copy: [self.desktop.titleOf(window).strip('"').partition(" - ")[0]
+                       for window in some]
+                for copy, some in self.desktop.windowsOf(copies).items()}
 
 
 if __name__ == "__main__":
