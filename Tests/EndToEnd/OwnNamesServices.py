@@ -23,6 +23,7 @@ failing = "app.korvane.test.Failing"    # one that ends with status 3
 missing = "app.korvane.test.Missing"    # one whose program is not there
 served = "app.korvane.test.Served"      # one that is the program that its entry is about
 plain = "app.korvane.test.Plain"        # one that says quickly that it runs, and takes no name
+talking = "app.korvane.test.Talking"    # one that says something before it comes
 
 
 class Services(OwnNamesTests):
@@ -37,6 +38,8 @@ class Services(OwnNamesTests):
         writeService(cls.user, failing, "/bin/sh -c 'exit 3'")
         writeService(cls.user, missing, "/nowhere/at/all")
         writeService(cls.user, served)
+        say = writeProgram(cls.user, "say", "#!/bin/sh\necho some words\necho more words >&2\n")
+        writeService(cls.user, talking, [say])
 
     def call(self, peer, name, **more):
         return peer.ask(name, "/", peerInterface, "Ping", **more)
@@ -229,6 +232,16 @@ class Services(OwnNamesTests):
         environment = serviceIn(home, desk)["environment"]
         self.assertEqual([environment.get(name) for name in (
             "DESKTOP_STARTUP_ID", "XDG_ACTIVATION_TOKEN")], [None, None])
+
+    def test_what_a_service_says_is_in_the_log_of_its_instance_alone(self):
+        (agent, home), (other, homeOfOther) = self.startedWithHome(), self.startedWithHome()
+        self.call(self.inside(agent), talking)
+
+        for each in (agent, other):
+            each.leave()
+            self.assertEqual(each.ended(), (0, "", ""))
+        logs = [(folder / "korvane-instance.log").read_text() for folder in (home, homeOfOther)]
+        self.assertEqual(logs, ["some words\nmore words\nthe last words\n", "the last words\n"])
 
     def test_names_without_a_service_are_owned_by_whoever_asks_while_one_is_started(self):
         agent, home = self.startedWithHome()
