@@ -286,7 +286,8 @@ class ServiceIsTheProgram(OwnNamesTests):
         # Quickly: a service that nobody uses ends soon after the program.
         pid = f"sed 's/.*\"pid\": \\([0-9]*\\).*/\\1/' '{told}'"
         return self.user.start("sh", "-c", f"'{os.environ['KORVANE']}' run '{made['name']}' "
-                               f">/dev/null; echo ended $?; kill -0 $({pid}) && echo runs")
+                               f">/dev/null; echo ended $?; until [ -e '{told}' ]; do "
+                               f"sleep 0.02; done; kill -0 $({pid}) && echo runs")
 
     def test_a_start_lasts_as_long_as_the_service_that_the_entry_is_named_after(self):
         made = self.create("Serving", served)
