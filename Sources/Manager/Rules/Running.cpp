@@ -130,11 +130,14 @@ std::vector<int> Running::waiting(const Signs& signs) const {
 
 /// Whether `process`, which belongs to the instance, means that its program runs. A runner waits
 /// for that, and where there is a second one below the first, the program may be a service of the
-/// bus.
+/// bus, which is below that one. With nothing below it is what is going to be a service, and is
+/// still called like whoever starts it.
 bool Running::isProgram(const ProcessSeen& process, const Signs& signs) const {
     if (!signs.isRunnerOf(process)) return !process.isStartedByBus;
     const auto* above = descent_.find(process.parent);
-    return above != nullptr && signs.isRunnerOf(*above);
+    return above != nullptr && signs.isRunnerOf(*above) &&
+           std::ranges::find(descent_.processes(), process.id, &ProcessSeen::parent) !=
+               descent_.processes().end();
 }
 
 RunningProcesses Running::of(const InstanceRecord& record) const {

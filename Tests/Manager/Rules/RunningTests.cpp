@@ -225,6 +225,38 @@ TEST_CASE("services that the bus has started for an instance are not its program
     CHECK(Running::now(scene.user).of(work).hasProgram);
 }
 
+TEST_CASE("a process beside the runner means that the program runs while something is below it") {
+    const RunningScene scene;
+    auto work = scene.made();
+    work.config.kind = ambrel::ShortcutKind::app;
+    const Path runner = work.bundleURL + "/Contents/MacOS/runner";
+    REQUIRE(::unlink(runner.c_str()) == 0);
+    copyProgram("/bin/sh", runner);
+    const auto ready = makeFifo(scene.tmp / "ready");
+    const auto go = makeFifo(scene.tmp / "go");
+    const Path below = scene.tmp / "below";
+    const auto start =
+        writeFile(scene.tmp / "start", quoted(runner) + " " + quoted(below) + "\ntrue\n");
+    const auto waits = "echo $$ >" + quoted(ready) + "\nread x <" + quoted(go) + "\n";
+    const auto hasProgram = [&] {
+        RunningProgram program({.command = {runner, start}});
+        readFile(ready);
+        const bool has = Running::now(scene.user).of(work).hasProgram;
+        writeFile(go, "x\n");
+        CHECK(program.wait().status == 0);
+        return has;
+    };
+
+    writeFile(below, waits);
+    CHECK_FALSE(hasProgram());
+
+    const auto end = makeFifo(scene.tmp / "end");
+    const auto service = "/bin/sh -c " + quoted("read x <" + quoted(end));
+    writeFile(below, "DBUS_STARTER_BUS_TYPE=session " + service + " >/dev/null 2>&1 &\n" + waits);
+    CHECK(hasProgram());
+    writeFile(end, "x\n");
+}
+
 TEST_CASE("what must not happen under a running instance is refused with how to stop it") {
     const RunningScene scene;
     const auto work = scene.made();
