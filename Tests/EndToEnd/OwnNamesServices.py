@@ -311,9 +311,12 @@ class ServiceIsTheProgram(OwnNamesTests):
 
     def test_a_program_that_has_only_left_a_service_is_not_said_to_run(self):
         entry = self.user.home / ".local/share/applications/app.korvane.test.Left.desktop"
-        entry.write_text("[Desktop Entry]\nType=Application\nName=Left\n"
-                         f"Exec=/usr/bin/dbus-send --session --type=method_call --dest={bus} / "
-                         f"{bus}.StartServiceByName string:{plain} uint32:0\n")
+        leaves = writeProgram(self.user, "leaves", f"""#!/bin/sh
+dbus-send --session --type=method_call --dest={bus} / {bus}.StartServiceByName \\
+    string:{plain} uint32:0
+until [ -e "$HOME/{plain}.json" ]; do sleep 0.02; done
+""")
+        entry.write_text(f"[Desktop Entry]\nType=Application\nName=Left\nExec={leaves}\n")
         made = self.create("Leaving", "app.korvane.test.Left")
 
         start = self.user.start(os.environ["KORVANE"], "open", made["name"])
