@@ -210,17 +210,13 @@ std::optional<InstanceRecord> requireReplaceable(const Path& place, Existing exi
     return record;
 }
 
-/// What a profile says or an instance had before may have no effect; nobody was promised any.
-void requireHiding(const CreateRequest& asked, const CreationPlan& plan) {
+/// That secrets are hidden where a profile or the instance from before says so may have no effect;
+/// nobody was promised any.
+void requireUsableStanding(const CreateRequest& asked, const CreationPlan& plan) {
     const auto& wrapper = plan.wrapper;
-    if (!asked.hideSecrets.value_or(false)) return;
-    requireSecretsHideable(busStanding(wrapper.infoPlistOverrides, wrapper.environment, {}));
-}
-
-void requireApart(const CreationPlan& plan) {
-    const auto& wrapper = plan.wrapper;
-    if (!plan.target) return;
-    requireOwnNames(*plan.target, busStanding(wrapper.infoPlistOverrides, wrapper.environment, {}));
+    const auto standing = busStanding(wrapper.infoPlistOverrides, wrapper.environment, {});
+    if (asked.hideSecrets.value_or(false)) requireSecretsHideable(standing);
+    if (plan.target) requireOwnNames(*plan.target, standing);
 }
 
 /// The configuration as far as it decides whether another instance is in the way.
@@ -323,8 +319,7 @@ CreationPlan planCreation(const CreateRequest& request, const UserPlaces& user,
     const auto& bundleId = plan.request.bundleId;
     wrapper.bundleId = bundleId ? *bundleId : freeBundleId(plan, instances, user, environment);
     planStartFor(plan, ambrel::desktopId(*wrapper.bundleId), user, environment);
-    requireHiding(request, plan);
-    requireApart(plan);
+    requireUsableStanding(request, plan);
     requirePossible(plan, instances, user, environment);
     plan.reference = nameAmong(instances, {plan.bundle, claimsOf(wrapper)}, user);
     if (plan.replaced) plan.replacedSize = sizeOfTree(plan.bundle);

@@ -118,14 +118,17 @@ void addProfile(StartPlan& plan, ProgramProfile found, const AppBundle& app,
     plan.profile = std::move(found);
 }
 
+/// Whether a profile tells how a copy of the program is kept apart.
+bool isKnown(const StartPlan& plan) {
+    return plan.profile && plan.profile->profile.confidence != ambrel::Confidence::broken;
+}
+
 /// A profile with arguments may say by which a program does without the bus. One without was tried
 /// with names of the instance's own, unless it says how its program is without them.
 bool mayHandOver(const StartPlan& plan, const AppBundle& app, const ambrel::UserPlaces& user,
                  const ambrel::Environment& environment) {
     if (plan.bus.handsOver) return *plan.bus.handsOver;
-    const bool isKnown =
-        plan.profile && plan.profile->profile.confidence != ambrel::Confidence::broken;
-    if (isKnown && !plan.profile->profile.extraArgs.empty()) return false;
+    if (isKnown(plan) && !plan.profile->profile.extraArgs.empty()) return false;
     const auto value = adoptedValue(app, adoptedActivatableKey);
     if (value && value->exactBoolean().value_or(false)) return true;
     return installedProgram::isServiceOnBus(app.bundleId, user, environment) ||
@@ -133,9 +136,7 @@ bool mayHandOver(const StartPlan& plan, const AppBundle& app, const ambrel::User
 }
 
 StartPlan::Meeting meetingOf(const StartPlan& plan, const AppBundle& app) {
-    const bool isKnown =
-        plan.profile && plan.profile->profile.confidence != ambrel::Confidence::broken;
-    if (isKnown) return {};
+    if (isKnown(plan)) return {};
     const auto engine = WrapperFactory::detectEngine(app.url, app.bundleId);
     const bool isEclipse = engine == WrapperFactory::AppEngine::eclipse;
     return {.bySocket = installedProgram::mayMeetBySocket(programOf(app)),
