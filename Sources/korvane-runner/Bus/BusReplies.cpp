@@ -82,8 +82,6 @@ Verdict BusReplies::names(const std::optional<PendingReply>& pending, const Mess
 /// What stands in place of the body of a method return; absent where it stays.
 std::optional<std::string> BusReplies::bodyOf(const PendingReply& pending,
                                               const MessageHeader& header, std::string_view body) {
-    const auto process = client_.bus.owners.processOf(pending.name);
-    const auto number = static_cast<std::uint32_t>(process.value_or(0));
     switch (pending.kind) {
     case BusCallKind::hello:
         noteUniqueName(header, body);
@@ -92,14 +90,33 @@ std::optional<std::string> BusReplies::bodyOf(const PendingReply& pending,
         client_.isMonitor = true;
         return std::nullopt;
     case BusCallKind::process:
-        if (!process || header.signature != "u") return std::nullopt;
-        return writtenBody(header.order, alone(number));
     case BusCallKind::credentials:
-        if (!process || header.signature != "a{sv}") return std::nullopt;
-        return credentialsOf(header, body, number);
-    default:
-        return std::nullopt;
+        return processBody(pending, header, body);
+    case BusCallKind::name:
+    case BusCallKind::start:
+    case BusCallKind::rule:
+    case BusCallKind::environment:
+    case BusCallKind::allRules:
+    case BusCallKind::activatableNames:
+        break;
     }
+    return std::nullopt;
+}
+
+/// Likewise, of what tells whose process a name is: programs of the instance are told their own.
+std::optional<std::string> BusReplies::processBody(const PendingReply& pending,
+                                                   const MessageHeader& header,
+                                                   std::string_view body) const {
+    const auto process = client_.bus.owners.processOf(pending.name);
+    if (!process) return std::nullopt;
+    const auto number = static_cast<std::uint32_t>(*process);
+    if (pending.kind == BusCallKind::process && header.signature == "u") {
+        return writtenBody(header.order, alone(number));
+    }
+    if (pending.kind == BusCallKind::credentials && header.signature == "a{sv}") {
+        return credentialsOf(header, body, number);
+    }
+    return std::nullopt;
 }
 
 /// Takes the name that the bus gives the client, where it is one: it is written into messages.

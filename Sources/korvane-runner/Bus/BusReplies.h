@@ -27,6 +27,8 @@ private:
                   std::string_view body) const;
     std::optional<std::string> bodyOf(const PendingReply& pending, const MessageHeader& header,
                                       std::string_view body);
+    std::optional<std::string> processBody(const PendingReply& pending, const MessageHeader& header,
+                                           std::string_view body) const;
     void noteUniqueName(const MessageHeader& header, std::string_view body);
 
     BusClient& client_;

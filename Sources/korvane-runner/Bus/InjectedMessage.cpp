@@ -18,7 +18,7 @@ public:
         writer_.byte(static_cast<std::uint8_t>(order));
         writer_.byte(static_cast<std::uint8_t>(type));
         writer_.byte(noReplyExpected);
-        writer_.byte(1);
+        writer_.byte(protocolVersion);
         writer_.number(static_cast<std::uint32_t>(body_.size()));
         writer_.number(serial);
         fields_ = writer_.beginArray('(');

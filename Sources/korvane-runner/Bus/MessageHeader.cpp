@@ -10,7 +10,6 @@ namespace korvane::runner::bus {
 
 namespace {
 
-constexpr char protocolVersion = 1;
 constexpr std::string_view localPath = "/org/freedesktop/DBus/Local";
 constexpr std::string_view localInterface = "org.freedesktop.DBus.Local";
 

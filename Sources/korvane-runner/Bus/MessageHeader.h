@@ -9,6 +9,8 @@ namespace korvane::runner::bus {
 
 class WireWriter;
 
+/// Of the protocol, as every message tells it.
+inline constexpr std::uint8_t protocolVersion = 1;
 /// In bytes, as the D-Bus Specification has it, header included.
 inline constexpr std::size_t longestMessage = 128 * 1024 * 1024;
 /// The longest header that is collected of what a program of the instance writes. A bus allows 64
