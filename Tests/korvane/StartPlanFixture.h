@@ -27,9 +27,10 @@ struct StartPlanFixture {
         return manager.configOf(manager.create(more));
     }
     /// What create says with --replace.
-    std::string replace(Strings more = {}) const {
-        more.insert(more.begin(), {"create", "app", "Work", "Mail", "--runner", KORVANE_TEST_RUNNER,
-                                   "--replace"});
+    std::string replace(const Strings& more = {}) const { return replaceBy("Mail", more); }
+    std::string replaceBy(const std::string& program, Strings more = {}) const {
+        more.insert(more.begin(), {"create", "app", "Work", program, "--runner",
+                                   KORVANE_TEST_RUNNER, "--replace"});
         const auto done = manager.run(more);
         REQUIRE(done.status == 0);
         return done.error;

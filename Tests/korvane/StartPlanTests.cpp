@@ -231,13 +231,9 @@ TEST_CASE("create warns of a program that registers on a shared bus, unless a pr
     const auto& manager = fixture.manager;
     const std::string name{ambrel::paths::lastComponent(KORVANE_TEST_BUS_PROGRAM)};
     const auto warns = [&](const std::string& program, const Strings& how = {"--shared-bus"}) {
-        Strings words{"create",   "app", "Work", program, "--runner", KORVANE_TEST_RUNNER,
-                      "--replace"};
-        words.insert(words.end(), how.begin(), how.end());
-        const auto done = manager.run(words);
-        REQUIRE(done.status == 0);
-        const bool isTold = contains(done.error, "registers on the session bus: while another");
-        CHECK(isTold == contains(done.error, "your own copy may hand over to the instance too"));
+        const auto told = fixture.replaceBy(program, how);
+        const bool isTold = contains(told, "registers on the session bus: while another");
+        CHECK(isTold == contains(told, "your own copy may hand over to the instance too"));
         return isTold;
     };
 
@@ -273,14 +269,10 @@ TEST_CASE("create warns of what a profile or a service of the bus tells of a sha
     auto profile = profileOf(name);
     profile["bus"] = {{"handsOver", true}};
     const auto warns = [&](const std::string& program, const Strings& how = {"--shared-bus"}) {
-        Strings words{"create",   "app", "Work", program, "--runner", KORVANE_TEST_RUNNER,
-                      "--replace"};
-        words.insert(words.end(), how.begin(), how.end());
-        const auto done = manager.run(words);
-        REQUIRE(done.status == 0);
-        return contains(done.error, "registers on the session bus: while another copy runs, this "
-                                    "instance may hand over to that, and will not be kept apart "
-                                    "then; your own copy may hand over to the instance too.");
+        return contains(fixture.replaceBy(program, how),
+                        "registers on the session bus: while another copy runs, this "
+                        "instance may hand over to that, and will not be kept apart "
+                        "then; your own copy may hand over to the instance too.");
     };
 
     CHECK_FALSE(warns(KORVANE_TEST_QT_PROGRAM));
@@ -318,14 +310,9 @@ TEST_CASE("every installed profile knows what its program's own name on the bus 
 
 TEST_CASE("create warns of a socket by which copies meet wherever their homes are") {
     const Fixture fixture;
-    const auto& manager = fixture.manager;
     const auto warns = [&](const std::string& program, const Strings& more = {}) {
-        Strings words{"create",   "app", "Work", program, "--runner", KORVANE_TEST_RUNNER,
-                      "--replace"};
-        words.insert(words.end(), more.begin(), more.end());
-        const auto done = manager.run(words);
-        REQUIRE(done.status == 0);
-        return contains(done.error, "has a socket by which it may hand over to a copy that runs");
+        return contains(fixture.replaceBy(program, more),
+                        "has a socket by which it may hand over to a copy that runs");
     };
 
     CHECK(warns(KORVANE_TEST_SOCKET_PROGRAM));
