@@ -70,13 +70,18 @@ void awaitLine(const std::string& fifo) {
     ::close(waiting);
 }
 
+gboolean quit(gpointer loop) {
+    g_main_loop_quit(static_cast<GMainLoop*>(loop));
+    return G_SOURCE_REMOVE;
+}
+
 void serve(const std::string& until) {
     GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
     std::thread waiter;
     if (!until.empty()) {
         waiter = std::thread([&] {
             awaitLine(until);
-            g_main_loop_quit(loop);
+            g_idle_add(quit, loop); // g_main_loop_quit() is lost on one that does not run yet
         });
     }
     g_main_loop_run(loop);
