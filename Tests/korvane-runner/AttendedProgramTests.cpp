@@ -25,11 +25,6 @@ Strings signalReporter(const Fifo& fifo, int last) {
     return {KORVANE_TEST_PROBE, "signals", fifo.path(), std::to_string(last)};
 }
 
-/// Ends by nothing but a signal.
-Strings sleeper(const Fifo& withoutWriter) {
-    return shell("read x < " + quoted(withoutWriter.path()));
-}
-
 } // namespace
 
 TEST_CASE("the end of an attended program ends the loop with its status") {
@@ -76,10 +71,8 @@ TEST_CASE("signals that arrive in the loop are passed on, and a second one as we
 
 TEST_CASE("a request to end that comes before the loop, or before the program, is passed on") {
     for (const std::string early : {"beforeLaunch", "beforeLoop"}) {
-        const TempDir tmp;
-        const Fifo withoutWriter(tmp / "fifo");
         CAPTURE(early);
-        const auto result = run(attending(sleeper(withoutWriter), early));
+        const auto result = run(attending(untilSignaled(), early));
         CHECK(result.status == SIGTERM); // the program's end, not the loop's
         CHECK(result.signal == 0);
     }
@@ -104,10 +97,7 @@ TEST_CASE("in a loop an interrupt typed at the terminal reaches the program once
 }
 
 TEST_CASE("in a loop an interrupt typed before the program is there is passed on to it") {
-    const TempDir tmp;
-    const Fifo withoutWriter(tmp / "fifo");
-
-    ProgramOnTerminal host(attending(sleeper(withoutWriter)),
+    ProgramOnTerminal host(attending(untilSignaled()),
                            ProgramOnTerminal::Start::interruptTypedBefore);
 
     CHECK(host.wait() == SIGINT);
@@ -140,10 +130,7 @@ TEST_CASE("in a loop a hang-up signal that is ignored at the start stays ignored
 }
 
 TEST_CASE("children and signals of other code in the process are told to it") {
-    const TempDir tmp;
-    const Fifo withoutWriter(tmp / "fifo");
-
-    const auto result = run(attending(sleeper(withoutWriter), "never", "running", "others"));
+    const auto result = run(attending(untilSignaled(), "never", "running", "others"));
 
     CHECK(result.status == SIGTERM);
     std::istringstream output(result.output);
@@ -159,11 +146,9 @@ TEST_CASE("a request to end that finds another thread after the loop ends nothin
 
 TEST_CASE("what other code starts has no signal blocked and none ignored on this account") {
     const TempDir tmp;
-    const Fifo withoutWriter(tmp / "fifo");
 
-    const auto result =
-        run({.command = attending(sleeper(withoutWriter), "never", "running", "spawn"),
-             .environment = {{"REPORTS", tmp.path()}}});
+    const auto result = run({.command = attending(untilSignaled(), "never", "running", "spawn"),
+                             .environment = {{"REPORTS", tmp.path()}}});
 
     CHECK(result.status == SIGTERM);
     for (const std::string way : {"posix_spawn", "fork", "subprocess"}) {

@@ -86,8 +86,9 @@ TEST_CASE("an interrupt typed at the terminal reaches the program once") {
 
 TEST_CASE("an interrupt typed before the program is there is passed on to it") {
     const Wrapper wrapper;
-    const Fifo withoutWriter(wrapper.tmp / "fifo");
-    wrapper.configure(shell(wrapper.tmp / "h", "read x < " + quoted(withoutWriter.path())));
+    const auto command = untilSignaled();
+    wrapper.configure(
+        commandConfig(wrapper.tmp / "h", command[0], {command.begin() + 1, command.end()}));
 
     ProgramOnTerminal runner({wrapper.runner}, ProgramOnTerminal::Start::interruptTypedBefore);
 

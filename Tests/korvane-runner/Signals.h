@@ -24,6 +24,10 @@ private:
     int fd_ = -1;
 };
 
+/// A command that runs until a signal ends it, whenever that comes. A shell that waits in `read`
+/// may take note of one that comes just before it waits, and wait on.
+inline std::vector<std::string> untilSignaled() { return {"/usr/bin/tail", "-f", "/dev/null"}; }
+
 /// A program that leads a session on a terminal of its own.
 class ProgramOnTerminal {
 public:

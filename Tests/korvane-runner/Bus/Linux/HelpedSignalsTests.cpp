@@ -64,7 +64,10 @@ TEST_CASE("an interrupt typed at the terminal reaches a program with names of it
 
 TEST_CASE("an interrupt typed before is passed on to a program with names of its own") {
     BusStage stage;
-    stage.runCommand("read x < " + quoted(makeFifo(stage.gate("gate"))));
+    stage.runCommand("");
+    // The file itself is what tail(1) is told to follow.
+    writeFile(stage.config.targetAppPath + "/Contents/MacOS/run",
+              "#!" + untilSignaled()[0] + " -f\n");
 
     ProgramOnTerminal runner({stage.wrapper.runner},
                              ProgramOnTerminal::Start::interruptTypedBefore);
